@@ -1,0 +1,21 @@
+#include "cli/commands.h"
+
+namespace kestrelon::cli {
+
+const std::vector<CommandSpec>& commandTable()
+{
+    static const std::vector<CommandSpec> table = [] {
+        std::vector<CommandSpec> t;
+        addProjectCommands(t);
+        addBodyCommands(t);
+        addRegistryCommands(t);
+        addEventCommands(t);
+        addPlayListCommands(t);
+        addHeaderCommands(t);
+        addSettingsCommands(t);
+        return t;
+    }();
+    return table;
+}
+
+} // namespace kestrelon::cli

@@ -1,0 +1,15 @@
+#pragma once
+// Each area of the program adds its commands to the table.
+#include "cli/cli_command.h"
+
+namespace kestrelon::cli {
+
+void addProjectCommands(std::vector<CommandSpec>& table);
+void addBodyCommands(std::vector<CommandSpec>& table);
+void addRegistryCommands(std::vector<CommandSpec>& table);
+void addEventCommands(std::vector<CommandSpec>& table);
+void addPlayListCommands(std::vector<CommandSpec>& table);
+void addHeaderCommands(std::vector<CommandSpec>& table);
+void addSettingsCommands(std::vector<CommandSpec>& table);
+
+} // namespace kestrelon::cli

@@ -1,0 +1,9 @@
+#include "cli/commands.h"
+
+namespace kestrelon::cli {
+
+void addSettingsCommands(std::vector<CommandSpec>& table)
+{
+}
+
+} // namespace kestrelon::cli

@@ -1,0 +1,18 @@
+#include "cli/console_port.h"
+
+namespace kestrelon::cli {
+
+void ConsolePort::showMessage(std::string_view text)
+{
+    RecordingPort::showMessage(text);
+    m_err << text << '\n';
+}
+
+Answer ConsolePort::ask(std::string_view text, Buttons buttons, std::string_view caption)
+{
+    const Answer answer = RecordingPort::ask(text, buttons, caption);
+    m_err << text << " [" << answerName(answer) << "]\n";
+    return answer;
+}
+
+} // namespace kestrelon::cli

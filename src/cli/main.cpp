@@ -1,0 +1,97 @@
+// kestrelon-cli: the workbench's operations without a window, for scripts and
+// firmware builds. Prints one JSON object on standard output; messages also go
+// to standard error as they are shown. Exit 0: done; 1: failed; 2: usage.
+#include "cli/cli_command.h"
+#include "cli/console_port.h"
+#include "common/platform.h"
+
+#include <iostream>
+
+using namespace kestrelon;
+using namespace kestrelon::cli;
+
+namespace {
+
+void printUsage(std::ostream& out)
+{
+    out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] COMMAND ...\n\ncommands:\n";
+    for (const CommandSpec& spec : commandTable())
+        out << "  " << spec.usage << '\n';
+}
+
+const CommandSpec* findCommand(const std::vector<std::string>& words, size_t& used)
+{
+    const CommandSpec* best = nullptr;
+    for (const CommandSpec& spec : commandTable()) {
+        if (spec.words.size() > words.size() || (best && spec.words.size() <= best->words.size()))
+            continue;
+        bool match = true;
+        for (size_t i = 0; i < spec.words.size() && match; ++i)
+            match = words[i] == spec.words[i];
+        if (match) best = &spec;
+    }
+    used = best ? best->words.size() : 0;
+    return best;
+}
+
+Json messagesJson(const RecordingPort& port)
+{
+    Json list = Json::array();
+    for (const ShownMessage& shown : port.messages()) {
+        Json item = {{"text", shown.text}};
+        if (shown.answer)
+            item["answer"] = std::string(answerName(*shown.answer));
+        list.push_back(std::move(item));
+    }
+    return list;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Arguments global(std::vector<std::string>(argv + 1, argv + argc));
+    try {
+        if (global.takeFlag("--help") || global.takeFlag("-h")) {
+            printUsage(std::cout);
+            return 0;
+        }
+        const bool json = global.takeFlag("--json");
+        Answer blanket = Answer::No; // a script never destroys by accident
+        int answerFlags = 0;
+        if (global.takeFlag("--yes")) { blanket = Answer::Yes; ++answerFlags; }
+        if (global.takeFlag("--no")) { blanket = Answer::No; ++answerFlags; }
+        if (global.takeFlag("--cancel")) { blanket = Answer::Cancel; ++answerFlags; }
+        if (answerFlags > 1)
+            throw UsageError("--yes, --no and --cancel exclude each other");
+
+        const std::vector<std::string> words = global.remaining();
+        size_t used = 0;
+        const CommandSpec* spec = findCommand(words, used);
+        if (!spec)
+            throw UsageError(words.empty() ? "no command given" : "unknown command: " + words.front());
+
+        Arguments args(std::vector<std::string>(words.begin() + static_cast<std::ptrdiff_t>(used), words.end()));
+        ConsolePort port([blanket](std::string_view, Buttons buttons, std::string_view) { return answerFor(blanket, buttons); },
+                         std::cerr);
+        Context context{args, port, blanket, json, executableFolder()};
+        Result result = spec->run(context);
+
+        if (json || spec->printsJsonAlways) {
+            Json out = {{"ok", result.ok}, {"messages", messagesJson(port)}};
+            for (auto& [key, value] : result.fields.items())
+                out[key] = value;
+            std::cout << out.dump(2) << '\n';
+        } else if (!result.ok) {
+            std::cerr << "kestrelon-cli: " << spec->usage << ": failed\n";
+        }
+        return result.ok ? 0 : 1;
+    } catch (const UsageError& error) {
+        std::cerr << "kestrelon-cli: " << error.what() << "\n\n";
+        printUsage(std::cerr);
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "kestrelon-cli: " << error.what() << '\n';
+        return 1;
+    }
+}

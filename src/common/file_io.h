@@ -1,0 +1,37 @@
+#pragma once
+// Whole-file reading and writing. Every file the program writes goes through
+// writeFileAtomically: the bytes land in a temporary file beside the target,
+// which is renamed over it only once it is complete, so a crash or a full disk
+// never leaves a half-written file.
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kestrelon {
+
+// The platform's line end for text files the program creates.
+#ifdef _WIN32
+inline constexpr std::string_view kNativeEol = "\r\n";
+#else
+inline constexpr std::string_view kNativeEol = "\n";
+#endif
+
+// Files larger than this are refused by the readers of the program's text files.
+inline constexpr std::uintmax_t kMaxTextFileBytes = 64u * 1024u * 1024u;
+
+enum class ReadStatus { Ok, Missing, Unreadable };
+
+struct ReadResult {
+    ReadStatus status = ReadStatus::Missing;
+    std::string bytes;
+};
+
+ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes = kMaxTextFileBytes);
+
+bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
+
+// Text mode as Windows reads it: every CR LF pair becomes LF.
+std::string textModeFromBytes(std::string_view bytes);
+
+} // namespace kestrelon

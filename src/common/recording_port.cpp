@@ -1,0 +1,45 @@
+#include "common/recording_port.h"
+
+namespace kestrelon {
+
+std::string_view answerName(Answer answer)
+{
+    switch (answer) {
+    case Answer::Ok: return "ok";
+    case Answer::Cancel: return "cancel";
+    case Answer::Yes: return "yes";
+    case Answer::No: return "no";
+    }
+    return "cancel";
+}
+
+RecordingPort::RecordingPort(Policy policy) : m_policy(std::move(policy)) {}
+
+void RecordingPort::showMessage(std::string_view text)
+{
+    m_messages.push_back({std::string(text), {}, std::nullopt});
+}
+
+Answer RecordingPort::ask(std::string_view text, Buttons buttons, std::string_view caption)
+{
+    const Answer answer = m_policy(text, buttons, caption);
+    m_messages.push_back({std::string(text), std::string(caption), answer});
+    return answer;
+}
+
+Answer answerFor(Answer blanket, Buttons buttons)
+{
+    const bool yes = blanket == Answer::Yes || blanket == Answer::Ok;
+    switch (buttons) {
+    case Buttons::YesNo:
+        return yes ? Answer::Yes : Answer::No;
+    case Buttons::OkCancel:
+        return yes ? Answer::Ok : Answer::Cancel;
+    case Buttons::YesNoCancel:
+        if (yes) return Answer::Yes;
+        return blanket == Answer::No ? Answer::No : Answer::Cancel;
+    }
+    return Answer::Cancel;
+}
+
+} // namespace kestrelon

@@ -1,0 +1,34 @@
+#pragma once
+// The one way core code talks to a person. The workbench shows message boxes and
+// progress dialogs, kestrelon-cli prints and answers from its options, tests
+// script the answers. Core code never opens a window itself.
+#include <string>
+#include <string_view>
+
+namespace kestrelon {
+
+enum class Buttons { YesNo, YesNoCancel, OkCancel };
+enum class Answer { Ok, Cancel, Yes, No };
+
+std::string_view answerName(Answer answer); // "ok", "cancel", "yes", "no"
+
+class UserPort {
+public:
+    virtual ~UserPort() = default;
+
+    // A message box with only an OK button.
+    virtual void showMessage(std::string_view text) = 0;
+    // A question; `caption` is empty for the program's standard caption.
+    virtual Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) = 0;
+
+    // Progress of a long operation; the defaults ignore it.
+    virtual void beginProgress(std::string_view title) {}
+    virtual void setProgressRange(int low, int high) {}
+    virtual void setProgressPosition(int position) {}
+    virtual void setProgressText(std::string_view text) {}
+    virtual void endProgress() {}
+    // True once the person asked the running batch to stop.
+    virtual bool stopRequested() { return false; }
+};
+
+} // namespace kestrelon
