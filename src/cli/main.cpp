@@ -81,7 +81,9 @@ int main(int argc, char** argv)
             Json out = {{"ok", result.ok}, {"messages", messagesJson(port)}};
             for (auto& [key, value] : result.fields.items())
                 out[key] = value;
-            std::cout << out.dump(2) << '\n';
+            // Names in project data are 8-bit text in whatever code page wrote
+            // them; bytes that are not UTF-8 print as U+FFFD instead of failing.
+            std::cout << out.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
         } else if (!result.ok) {
             std::cerr << "kestrelon-cli: " << spec->usage << ": failed\n";
         }

@@ -1,0 +1,219 @@
+#include "common/messages.h"
+#include "project/project_document.h"
+#include "project/project_file_reader.h"
+#include "support/files.h"
+#include "support/scripted_port.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+using namespace kestrelon;
+using kestrelon::test::ScriptedPort;
+
+namespace {
+
+const char* const kHead = "# Begin Project\n\n# Begin Files\n";
+
+// Reads `text` as the project file "p.ptp" of a folder with no waves in it;
+// every missing-file question is answered Cancel, so every source is kept.
+struct Read {
+    explicit Read(const std::string& text)
+        : port([](std::string_view, Buttons, std::string_view) { return Answer::Cancel; })
+    {
+        ok = doc.openBytes(text, dir / "p.ptp", port);
+    }
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> out;
+        for (const ProjectItem* item : doc.files()) out.push_back(item->name());
+        return out;
+    }
+    const ProjectItem& item(size_t i) const { return *doc.files().at(i); }
+
+    test::TempDir dir;
+    RecordingPort port;
+    ProjectDocument doc;
+    bool ok = false;
+};
+
+using Names = std::vector<std::string>;
+
+} // namespace
+
+TEST(ProjectFileReader, FindsProjectAndFilesByCaseInsensitivePrefix)
+{
+    Read lower("junk before\n# begin project\n# BEGIN FILES and more\n"
+               "# begin group \"G\"\nid=gid\nparam=4003\n"
+               "# BEGIN SOURCE FILE\nsource=Files\\a.wav\nid=a.wav\nparam=8\n# end source file\n"
+               "# END GROUPING\n# begin source filex\nSource=b.wav\n# End Files\n");
+    ASSERT_TRUE(lower.ok);
+    EXPECT_EQ(lower.names(), (Names{"G", "Files\\a.wav", "b.wav"}));
+    EXPECT_EQ(lower.item(0).id(), "gid");
+    EXPECT_EQ(lower.item(0).flags(), 0x4003u);
+    EXPECT_EQ(lower.item(1).parent(), &lower.item(0));
+    EXPECT_EQ(lower.item(2).parent(), nullptr); // "# END GROUPING" closed the group
+    EXPECT_EQ(lower.item(2).flags(), 9u);       // no PARAM= line: a top-level source
+
+    EXPECT_FALSE(Read("").ok);
+    EXPECT_FALSE(Read("# End Project\n# Begin Project\n# Begin Files\n").ok);
+    EXPECT_FALSE(Read("# Begin Project\n# End Files\n# Begin Files\n").ok);
+    EXPECT_FALSE(Read("# Begin Project\n\n").ok);
+    EXPECT_FALSE(Read("# Begin Projec\n# Begin Files\n").ok); // shorter than the keyword
+    EXPECT_TRUE(Read("# Begin Project\n# Begin Files").ok);   // no End Files: the file's end closes it
+
+    ProjectDocument missing;
+    ScriptedPort none;
+    EXPECT_FALSE(missing.open(test::TempDir().path() / "absent.ptp", none));
+}
+
+TEST(ProjectFileReader, GroupLineTakesItsNameAndExactlyTwoMoreLines)
+{
+    Read r(std::string(kHead) +
+           "# Begin Group \"Voices\"\nID=v\nPARAM=4002\n"
+           "# Begin Group \"Voices\n"                  // no closing quote: still loses a character
+           "PARAM=7\n# Begin Source File\n"             // its two lines: no ID= first, no PARAM= second
+           "SOURCE=Files\\swallowed.wav\n# End Source File\n"
+           "# Begin Group \"\"\n# End Group\n# End Group\n" // consumed as its two lines
+           "# Begin Group\n\n\n"                         // too short for a name
+           "# End Group\n# End Group\n# End Group\n# End Group\n# End Group\n"
+           "# Begin Source File\nSOURCE=Files\\top.wav\n# End Source File\n"
+           "# End Files\n");
+    ASSERT_TRUE(r.ok);
+    // The swallowed "# Begin Source File" leaves its SOURCE= line outside any block, where it means nothing.
+    EXPECT_EQ(r.names(), (Names{"Voices", "Voice", "", "", "Files\\top.wav"}));
+    EXPECT_EQ(r.item(0).flags(), 0x4002u);
+    EXPECT_EQ(r.item(0).id(), "v");
+    EXPECT_EQ(r.item(1).flags(), 2u);
+    EXPECT_EQ(r.item(1).id(), "");
+    EXPECT_EQ(r.item(1).parent(), &r.item(0));
+    EXPECT_EQ(r.item(2).parent(), &r.item(1));
+    EXPECT_EQ(r.item(3).parent(), &r.item(2)); // the "# End Group" lines after "" were its two lines
+    EXPECT_EQ(r.item(4).parent(), nullptr);    // surplus "# End Group" lines did no harm
+    EXPECT_EQ(r.item(4).flags(), 9u);
+}
+
+TEST(ProjectFileReader, SourceBlocksEndAtEndSourceEndGroupOrEndFiles)
+{
+    Read r(std::string(kHead) +
+           "# Begin Group \"G\"\nID=G\nPARAM=3\n"
+           "# Begin Source File\nPARAM=4\nID=early\nSOURCE=.\\Files\\a.wav\nID=a.wav\n"
+           "# Begin EditInfo\nAlgoName=Adpcm\nFileName=ignored\nMultiSelect=-12abc\n# End EditInfo\n"
+           "# Begin EditInfo\nMultiSelect=x\n# END EDITINFO\n"
+           "# End Group\n" // ends the block and the group
+           "# Begin Source File\nSOURCE=Files\\a.wav\nSOURCE=.\\.\\b.wav\nPARAM=ff\nPARAM=zz\n"
+           "# End Files\n" // ends only the block
+           "# Begin Group \"After\"\nID=\nPARAM=3\n# End Group\n"
+           "# End Files\n"
+           "# Begin Group \"Never\"\nID=\nPARAM=3\n# End Group\n");
+    ASSERT_TRUE(r.ok);
+    EXPECT_EQ(r.names(), (Names{"G", "Files\\a.wav", "Files\\a.wav", ".\\b.wav", "After"}));
+    const ProjectItem& a = r.item(1);
+    EXPECT_EQ(a.parent(), &r.item(0));
+    EXPECT_EQ(a.flags(), 8u); // PARAM= before SOURCE= belonged to no item
+    EXPECT_EQ(a.id(), "a.wav");
+    ASSERT_EQ(a.records().size(), 2u);
+    EXPECT_EQ(a.records()[0].fileName, "a.wav");
+    EXPECT_EQ(a.records()[0].algoName, "Adpcm");
+    EXPECT_EQ(a.records()[0].multiSelect, -12);
+    EXPECT_EQ(a.records()[1].multiSelect, 0);
+    EXPECT_EQ(r.item(2).parent(), nullptr);
+    EXPECT_EQ(r.item(2).flags(), 9u);
+    EXPECT_EQ(r.item(3).flags(), 0xffu); // the last item made takes PARAM=; junk hex changes nothing
+}
+
+TEST(ProjectFileReader, OverLongLinesAreCutOrCarriedIntoTheNextEditInfoLine)
+{
+    const std::string longName(300, 'n');
+    const std::string filler(255 - 11, 'e'); // fills the buffer after "EncodeName="
+    Read r(std::string(kHead) + "# Begin Source File\nSOURCE=" + longName + "\nID=" + std::string(252, 'i') +
+           "\n# Begin EditInfo\nEncodeName=" + filler + "DecodeName=tail\n" + "BodyName=" + std::string(400, 'b') +
+           "\n# End EditInfo\n# End Source File\n# End Files\n");
+    ASSERT_TRUE(r.ok);
+    ASSERT_EQ(r.doc.files().size(), 1u);
+    const ProjectItem& item = r.item(0);
+    EXPECT_EQ(item.name(), std::string(248, 'n'));
+    EXPECT_EQ(item.id(), std::string(252, 'i')); // a line of exactly 255 characters is whole
+    ASSERT_EQ(item.records().size(), 1u);
+    EXPECT_EQ(item.records()[0].encodeName, filler);
+    EXPECT_EQ(item.records()[0].decodeName, "tail");
+    EXPECT_EQ(item.records()[0].bodyName, std::string(246, 'b'));
+
+    // The end of the file inside an over-long line: a failure before the Files
+    // section, the end of a successful read inside it.
+    EXPECT_FALSE(Read("# Begin Project\n" + std::string(300, 'x')).ok);
+    EXPECT_FALSE(Read("# Begin Project\n" + std::string(255, 'x')).ok);
+    Read inFiles(std::string(kHead) + "# Begin Group \"G\"\nID=\nPARAM=3\n" + std::string(600, 'x'));
+    EXPECT_TRUE(inFiles.ok);
+    EXPECT_EQ(inFiles.names(), (Names{"G"}));
+
+    // An EditInfo block the file ends in keeps its record.
+    Read open(std::string(kHead) + "# Begin Source File\nSOURCE=s\n# Begin EditInfo\nBodyName=b");
+    ASSERT_TRUE(open.ok);
+    ASSERT_EQ(open.item(0).records().size(), 1u);
+    EXPECT_EQ(open.item(0).records()[0].bodyName, "b");
+}
+
+TEST(ProjectFileReader, CrLfFilesReadLikeLfFiles)
+{
+    const std::string lf = std::string(kHead) +
+                           "# Begin Group \"G\"\nID=G\nPARAM=3\n# Begin Source File\nSOURCE=Files\\a.wav\nID=a.wav\n"
+                           "PARAM=8\n# Begin EditInfo\nBodyName=B\nMultiSelect=1\n# End EditInfo\n"
+                           "# End Source File\n# End Group\n# End Files\n";
+    std::string crlf;
+    for (char c : lf) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    Read a(lf), b(crlf);
+    ASSERT_TRUE(b.ok);
+    EXPECT_EQ(b.names(), (Names{"G", "Files\\a.wav"}));
+    EXPECT_EQ(b.item(1).id(), "a.wav");
+    EXPECT_EQ(b.item(1).records()[0].bodyName, "B");
+    EXPECT_EQ(b.item(1).records()[0].multiSelect, 1);
+    EXPECT_EQ(b.doc.serialize(), a.doc.serialize());
+}
+
+TEST(ProjectFileReader, MissingSourcesAreAskedAboutOneByOne)
+{
+    test::TempDir dir;
+    test::writeBytes(dir / "Files" / "here.wav", "RIFF");
+    const auto path = dir / "p.ptp";
+    test::writeBytes(path, std::string(kHead) +
+                               "# Begin Source File\nSOURCE=.\\Files\\gone.wav\nID=gone.wav\n# End Source File\n"
+                               "# Begin Source File\nSOURCE=Files\\here.wav\n# End Source File\n"
+                               "# Begin Source File\nSOURCE=Files\\lost.wav\n# End Source File\n"
+                               "# End Files\n");
+    const auto question = [](std::string_view name) {
+        return "Project file :\n" + std::string(name) +
+               "\nis/are not existed! \nDo you want to delete the corresponding list item?";
+    };
+
+    ProjectDocument dropped;
+    ScriptedPort port;
+    port.queue(Answer::Ok);
+    port.queue(Answer::Cancel);
+    ASSERT_TRUE(dropped.open(path, port));
+    ASSERT_EQ(port.messages().size(), 2u);
+    EXPECT_EQ(port.messages()[0].text, question(".\\Files\\gone.wav"));
+    EXPECT_EQ(port.messages()[0].caption, msg::kLoseFileCaption);
+    EXPECT_EQ(port.messages()[1].text, question("Files\\lost.wav"));
+    ASSERT_EQ(dropped.files().size(), 2u);
+    EXPECT_EQ(dropped.files()[0]->name(), "Files\\here.wav");
+    EXPECT_EQ(dropped.files()[1]->name(), "Files\\lost.wav");
+    EXPECT_TRUE(dropped.isModified());
+
+    ProjectDocument kept;
+    ScriptedPort keep;
+    keep.queue(Answer::Cancel);
+    keep.queue(Answer::Cancel);
+    ASSERT_TRUE(kept.open(path, keep));
+    EXPECT_EQ(kept.files().size(), 3u);
+    EXPECT_FALSE(kept.isModified());
+}
+
+TEST(ProjectFileReader, RefusesGroupsNestedBeyondTheLimit)
+{
+    std::string deep(kHead);
+    for (size_t i = 0; i < kMaxGroupDepth; ++i) deep += "# Begin Group \"g\"\nID=\nPARAM=2\n";
+    EXPECT_TRUE(Read(deep).ok);
+    Read tooDeep(deep + "# Begin Group \"g\"\nID=\nPARAM=2\n");
+    EXPECT_FALSE(tooDeep.ok);
+    EXPECT_EQ(tooDeep.doc.files().size(), kMaxGroupDepth); // what was read is kept
+}
