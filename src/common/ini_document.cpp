@@ -5,8 +5,10 @@
 #include "common/paths.h"
 #include "common/user_port.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
+#include <map>
 
 namespace kestrelon {
 
@@ -46,6 +48,41 @@ std::optional<int> parseDecimal(std::string_view text)
     return static_cast<int>(value);
 }
 
+std::string lowerAscii(std::string_view text)
+{
+    std::string out(text);
+    for (char& c : out)
+        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+    return out;
+}
+
+// A line break inside a section name, key or value would split its line in two.
+std::string oneLine(std::string_view text)
+{
+    std::string out(text);
+    std::replace(out.begin(), out.end(), '\r', ' ');
+    std::replace(out.begin(), out.end(), '\n', ' ');
+    return out;
+}
+
+// The n of `name` = prefix + n + suffix, n written "%d" and at least 0; -1 if
+// the name has another form ("ITEM01", "ITEM+1" and "ITEM" are not numbered).
+int numberIn(std::string_view name, std::string_view prefix, std::string_view suffix)
+{
+    if (name.size() <= prefix.size() + suffix.size() || !startsWithNoCase(name, prefix) ||
+        !endsWithNoCase(name, suffix))
+        return -1;
+    const std::string_view digits = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
+    if (digits.size() > 10 || (digits.size() > 1 && digits.front() == '0'))
+        return -1;
+    long long n = 0;
+    for (char c : digits) {
+        if (c < '0' || c > '9') return -1;
+        n = n * 10 + (c - '0');
+    }
+    return n > std::numeric_limits<int>::max() ? -1 : static_cast<int>(n);
+}
+
 } // namespace
 
 IniDocument::Line IniDocument::classify(std::string text)
@@ -70,6 +107,7 @@ IniDocument::Line IniDocument::classify(std::string text)
 bool IniDocument::load(const std::filesystem::path& path)
 {
     m_lines.clear();
+    m_indexed = false;
     m_lastError.clear();
     ReadResult read = readFile(path);
     if (read.status == ReadStatus::Missing)
@@ -85,29 +123,61 @@ bool IniDocument::load(const std::filesystem::path& path)
 void IniDocument::parse(std::string_view text)
 {
     m_lines.clear();
+    m_indexed = false;
     const size_t firstLf = text.find('\n');
-    m_eol = (firstLf != npos && firstLf > 0 && text[firstLf - 1] == '\r') ? "\r\n" : "\n";
+    if (firstLf != npos)
+        m_eol = (firstLf > 0 && text[firstLf - 1] == '\r') ? "\r\n" : "\n";
+    else // no line end to copy; a last CR must not become half of a CR LF once a line follows
+        m_eol = (!text.empty() && text.back() == '\r') ? "\r\n" : std::string(kNativeEol);
     m_finalEol = text.empty() || text.back() == '\n';
 
     size_t start = 0;
     while (start < text.size()) {
         size_t end = text.find('\n', start);
-        const size_t next = end == npos ? text.size() : end + 1;
-        if (end == npos) end = text.size();
+        const bool ended = end != npos;
+        const size_t next = ended ? end + 1 : text.size();
+        if (!ended) end = text.size();
         std::string_view raw = text.substr(start, end - start);
-        if (!raw.empty() && raw.back() == '\r' && m_eol == "\r\n")
+        // Only a CR that is part of a CR LF line end belongs to the line end; a
+        // CR closing a last line without LF is the line's own byte.
+        if (ended && !raw.empty() && raw.back() == '\r' && m_eol == "\r\n")
             raw.remove_suffix(1);
         m_lines.push_back(classify(std::string(raw)));
         start = next;
     }
 }
 
+void IniDocument::buildSectionIndex() const
+{
+    m_sectionIndex.clear();
+    m_lastSectionLine = npos;
+    for (size_t i = 0; i < m_lines.size(); ++i) {
+        if (m_lines[i].kind != Line::Section) continue;
+        m_sectionIndex.emplace(lowerAscii(m_lines[i].section), i); // the first of duplicates wins
+        m_lastSectionLine = i;
+    }
+    m_indexed = true;
+}
+
 size_t IniDocument::findSection(std::string_view section) const
 {
-    for (size_t i = 0; i < m_lines.size(); ++i)
-        if (m_lines[i].kind == Line::Section && equalsNoCase(m_lines[i].section, section))
-            return i;
-    return npos;
+    if (!m_indexed)
+        buildSectionIndex();
+    const auto it = m_sectionIndex.find(lowerAscii(section));
+    return it == m_sectionIndex.end() ? npos : it->second;
+}
+
+void IniDocument::insertLine(size_t at, Line line)
+{
+    if (m_indexed) {
+        if (m_lastSectionLine != npos && at <= m_lastSectionLine) {
+            m_indexed = false; // section lines move
+        } else if (line.kind == Line::Section) {
+            m_sectionIndex.emplace(lowerAscii(line.section), at);
+            m_lastSectionLine = at;
+        }
+    }
+    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(at), std::move(line));
 }
 
 size_t IniDocument::findKey(size_t sectionLine, std::string_view key) const
@@ -160,26 +230,59 @@ std::vector<std::string> IniDocument::sectionNames() const
     return names;
 }
 
+std::vector<int> IniDocument::numberedSections(std::string_view prefix, int limit) const
+{
+    std::vector<int> numbers;
+    for (const Line& line : m_lines) {
+        if (line.kind != Line::Section) continue;
+        const int n = numberIn(line.section, prefix, {});
+        if (n >= 0 && n < limit) numbers.push_back(n);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return numbers;
+}
+
+std::vector<std::pair<int, std::string>> IniDocument::numberedValues(std::string_view section, std::string_view prefix,
+                                                                     std::string_view suffix, int limit) const
+{
+    const size_t s = findSection(section);
+    if (s == npos)
+        return {};
+    std::map<int, std::string> found;
+    for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i) {
+        if (m_lines[i].kind != Line::Key) continue;
+        const int n = numberIn(m_lines[i].key, prefix, suffix);
+        if (n >= 0 && n < limit) found.emplace(n, m_lines[i].value); // the first of duplicates wins
+    }
+    return {found.begin(), found.end()};
+}
+
 void IniDocument::setString(std::string_view section, std::string_view key, std::string_view value)
 {
-    const std::string text = std::string(key) + "=" + std::string(value);
-    size_t s = findSection(section);
+    const std::string sectionName = oneLine(section);
+    const std::string keyName = oneLine(key);
+    const std::string text = keyName + "=" + oneLine(value);
+    Line keyLine = classify(text);
+    const size_t s = findSection(sectionName);
     if (s == npos) {
-        m_lines.push_back(classify("[" + std::string(section) + "]"));
-        m_lines.push_back(classify(text));
+        insertLine(m_lines.size(), classify("[" + sectionName + "]"));
+        insertLine(m_lines.size(), std::move(keyLine));
         return;
     }
-    const size_t k = findKey(s, key);
+    const size_t k = findKey(s, keyName);
     if (k != npos) {
-        if (m_lines[k].value != value)
-            m_lines[k] = classify(text);
+        if (m_lines[k].value != keyLine.value) {
+            if (keyLine.kind == Line::Section) m_indexed = false;
+            m_lines[k] = std::move(keyLine);
+        }
         return;
     }
     // After the section's last key line, so blank lines between sections stay put.
     size_t insertAt = s + 1;
     for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i)
         if (m_lines[i].kind == Line::Key) insertAt = i + 1;
-    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(insertAt), classify(text));
+    insertLine(insertAt, std::move(keyLine));
 }
 
 void IniDocument::setInt(std::string_view section, std::string_view key, long long value)

@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace kestrelon {
@@ -38,8 +40,18 @@ public:
     // Names of the sections in file order.
     std::vector<std::string> sectionNames() const;
 
+    // Numbered names as the program's files use them: prefix + n (+ suffix), n
+    // written "%d" from 0. These give, ascending, the n below `limit` for which
+    // such a section (or such a key of `section`) exists, so a reader walks the
+    // numbers the file holds instead of a count it cannot trust. A key's value
+    // is that of its first line, as value() would give it.
+    std::vector<int> numberedSections(std::string_view prefix, int limit) const;
+    std::vector<std::pair<int, std::string>> numberedValues(std::string_view section, std::string_view prefix,
+                                                            std::string_view suffix, int limit) const;
+
     // Sets a value: the key's line is rewritten in place; a new key goes after
-    // the last line of its section; a new section goes at the end.
+    // the last line of its section; a new section goes at the end. A line break
+    // cannot be stored in a line: CR and LF in any of the three become blanks.
     void setString(std::string_view section, std::string_view key, std::string_view value);
     void setInt(std::string_view section, std::string_view key, long long value);
 
@@ -60,8 +72,17 @@ private:
     // Index of the key's line within the section starting at `sectionLine`, or npos.
     size_t findKey(size_t sectionLine, std::string_view key) const;
     static Line classify(std::string text);
+    void buildSectionIndex() const;
+    // Inserts a line at `at`, keeping the section index right.
+    void insertLine(size_t at, Line line);
 
     std::vector<Line> m_lines;
+    // First line of each section, by lower-case name, so readers that walk
+    // thousands of numbered sections stay linear. Built on first use; dropped
+    // whenever a line is inserted before the last section line.
+    mutable std::unordered_map<std::string, size_t> m_sectionIndex;
+    mutable size_t m_lastSectionLine = 0;
+    mutable bool m_indexed = false;
     std::string m_eol{kNativeEol};
     bool m_finalEol = true;
     std::string m_lastError;

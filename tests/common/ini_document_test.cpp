@@ -119,3 +119,74 @@ TEST(IniDocument, LoadTellsMissingFromUnreadable)
     EXPECT_EQ(doc.lastError(), "");
     EXPECT_EQ(doc.value("A", "k"), "v");
 }
+
+TEST(IniDocument, KeepsALastLinesOwnCarriageReturnAndNeverSplitsAWrittenLine)
+{
+    // A CR closing a last line without LF is the line's byte, not a line end.
+    IniDocument doc;
+    doc.parse("[A]\r\nk=v\r");
+    EXPECT_EQ(doc.value("A", "k"), "v");
+    EXPECT_EQ(doc.serialize(), "[A]\r\nk=v\r");
+    // Still so once a line follows it, also in a text with no line end at all.
+    for (const char* text : {"[A]\r\nk=v\r", "k=v\r"}) {
+        doc.parse(text);
+        doc.setString("B", "k", "w");
+        IniDocument reread;
+        reread.parse(doc.serialize());
+        EXPECT_EQ(reread.serialize(), doc.serialize()) << text;
+        EXPECT_EQ(reread.value("B", "k"), "w") << text;
+    }
+
+    // A value, key or section holding a line break is still one line.
+    IniDocument written;
+    written.setString("S\nT", "Key\r\nTwo", "first\nsecond\r");
+    written.setString("S", "other", "x");
+    IniDocument read;
+    read.parse(written.serialize());
+    EXPECT_EQ(read.sectionNames(), (std::vector<std::string>{"S T", "S"}));
+    EXPECT_EQ(read.value("S T", "Key  Two"), "first second");
+    EXPECT_EQ(read.value("S", "other"), "x");
+    EXPECT_EQ(read.serialize(), written.serialize());
+}
+
+TEST(IniDocument, ListsOnlyTheNumberedNamesTheFileHolds)
+{
+    IniDocument doc;
+    doc.parse("[ITEM0]\n[item2]\n[ITEM01]\n[ITEM+3]\n[ITEM]\n[ITEM5]\n[ITEM2]\n[ITEM99999999999]\n[ITEM2147483647]\n"
+              "[Body]\n"
+              "ALGO1=first\nalgo1=second\nALGO0_SECTION=S0\nALGO1_section=S1\nALGO_SECTION=none\nALGO 2=no\n"
+              "ALGO3=\nALGO7=beyond\n");
+    EXPECT_EQ(doc.numberedSections("ITEM", 5), (std::vector<int>{0, 2}));
+    EXPECT_EQ(doc.numberedSections("item", 6), (std::vector<int>{0, 2, 5}));
+    EXPECT_EQ(doc.numberedSections("ITEM", std::numeric_limits<int>::max()), (std::vector<int>{0, 2, 5}));
+    EXPECT_TRUE(doc.numberedSections("ITEM", 0).empty());
+
+    using Values = std::vector<std::pair<int, std::string>>;
+    EXPECT_EQ(doc.numberedValues("BODY", "ALGO", "", 5), (Values{{1, "first"}, {3, ""}}));
+    EXPECT_EQ(doc.numberedValues("Body", "ALGO", "_SECTION", 5), (Values{{0, "S0"}, {1, "S1"}}));
+    EXPECT_TRUE(doc.numberedValues("Missing", "ALGO", "", 5).empty());
+}
+
+TEST(IniDocument, SectionLookupsStayRightWhileLinesMove)
+{
+    IniDocument doc;
+    doc.parse("[A]\nk=1\n[B]\n[x=1\nk=2\n[a]\nk=3\n[D]\nk=6\n");
+    doc.setString("A", "new", "n");  // moves every later section down
+    doc.setString("C", "k", "4");    // a new last section
+    doc.setString("C", "j", "5");    // after the last section line: nothing moves
+    doc.setString("B", "[x", "y]");  // rewritten in place into a section line "[x=y]"
+    doc.setString("x=y", "k", "7");  // so B's k now belongs to that section
+    doc.setString("D", "k", "8");
+    EXPECT_EQ(doc.value("a", "k"), "1");
+    EXPECT_EQ(doc.value("A", "new"), "n");
+    EXPECT_EQ(doc.value("x=y", "k"), "7");
+    EXPECT_EQ(doc.value("C", "j"), "5");
+    EXPECT_EQ(doc.value("D", "k"), "8");
+    EXPECT_FALSE(doc.value("B", "k").has_value());
+
+    IniDocument reread;
+    reread.parse(doc.serialize());
+    for (const auto& [section, key] : std::vector<std::pair<std::string, std::string>>{
+             {"A", "k"}, {"A", "new"}, {"B", "k"}, {"x=y", "k"}, {"C", "k"}, {"C", "j"}, {"D", "k"}})
+        EXPECT_EQ(reread.value(section, key), doc.value(section, key)) << section << "/" << key;
+}
