@@ -78,4 +78,14 @@ inline constexpr std::string_view kExportError = "There is a error when exportti
 // Speech events
 inline constexpr std::string_view kDefaultLabel = "Default Label";
 
+// Settings
+inline constexpr std::string_view kSettingsUnreadable = "The settings could not be read; the defaults are used.";
+
+// Wave files (the file's name is put in front)
+inline constexpr std::string_view kWaveMissing = " does not exist !";
+inline constexpr std::string_view kWaveNotReadable = " is not a readable wave file !";
+inline constexpr std::string_view kWaveDamaged = " is damaged: it holds less sound than its header says !";
+inline constexpr std::string_view kWaveTooLong = " is too long to load !";
+inline constexpr std::string_view kWaveRateUnsupported = " has a sample rate that cannot be converted to the codec's rate !";
+
 } // namespace kestrelon::msg
