@@ -1,0 +1,41 @@
+#pragma once
+// Interim files: the encoder's raw output and the decoded wave are kept packed
+// between the steps of the encode/decode engine. A packed file is a small
+// container (magic, version, sizes, CRC-32 of the original) around one zstd
+// frame; docs/interim-files.md gives the layout. Unpacking checks the whole
+// container before anything is written, so a damaged file is refused, never
+// half-unpacked.
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kestrelon {
+
+inline constexpr std::string_view kInterimMagic = "KSTRLNIF";
+inline constexpr std::uint16_t kInterimVersion = 1;
+inline constexpr std::size_t kInterimHeaderBytes = 32;
+// Packing and unpacking work on whole buffers in memory; larger data is refused.
+inline constexpr std::uint64_t kMaxInterimOriginalBytes = std::uint64_t(1) << 30;
+
+// Packs the file `source` into the interim file `target`; true on success.
+// The target is written whole or not at all: an existing target is replaced
+// only on success. source == target packs in place.
+bool EncryptZip(const std::filesystem::path& source, const std::filesystem::path& target);
+
+// Unpacks the interim file `source` into `target`; true on success. A file that
+// is damaged in any way (wrong magic, unknown version, sizes that disagree,
+// checksum mismatch, truncation, trailing bytes) is refused and nothing is
+// written. source == target unpacks in place.
+bool DecryptUnzip(const std::filesystem::path& source, const std::filesystem::path& target);
+
+// The same on bytes in memory; nullopt when refused.
+std::optional<std::string> packInterim(std::string_view original);
+std::optional<std::string> unpackInterim(std::string_view packed);
+
+// CRC-32 as zip and PNG compute it (reflected polynomial 0xEDB88320, initial
+// value and final XOR 0xFFFFFFFF): the checksum of the original data.
+std::uint32_t crc32Ieee(std::string_view bytes);
+
+} // namespace kestrelon

@@ -1,0 +1,163 @@
+#include "codec/interim_packer.h"
+#include "support/files.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <random>
+
+using namespace kestrelon;
+using kestrelon::test::readBytes;
+using kestrelon::test::writeBytes;
+
+namespace {
+
+std::string randomBytes(std::size_t count, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string bytes(count, '\0');
+    for (char& c : bytes) c = char(random() & 0xFF);
+    return bytes;
+}
+
+// 16-bit little-endian PCM at 16 kHz: a voiced tone with harmonics under a
+// slow syllable envelope, with pauses and a little noise, as a recording has.
+std::string speechLike(std::size_t bytes, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::normal_distribution<double> noise(0.0, 40.0);
+    std::string pcm;
+    pcm.reserve(bytes);
+    for (std::size_t n = 0; pcm.size() + 2 <= bytes; ++n) {
+        const double t = double(n) / 16000.0;
+        const double syllable = std::max(0.0, std::sin(2 * M_PI * 3.0 * t));
+        const double pitch = 2 * M_PI * (120.0 + 20.0 * std::sin(2 * M_PI * 0.5 * t)) * t;
+        const double voice = 6000 * std::sin(pitch) + 2500 * std::sin(2 * pitch) + 1200 * std::sin(3 * pitch);
+        const auto sample = std::int16_t(std::lround(syllable * voice + noise(random)));
+        pcm.push_back(char(sample & 0xFF));
+        pcm.push_back(char((sample >> 8) & 0xFF));
+    }
+    pcm.resize(bytes, '\0');
+    return pcm;
+}
+
+std::size_t fileCount(const std::filesystem::path& folder)
+{
+    return std::size_t(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+} // namespace
+
+TEST(InterimPacker, RoundTripsAnyDataByteForByte)
+{
+    kestrelon::test::TempDir dir;
+    const std::pair<const char*, std::string> cases[] = {
+        {"empty", ""},
+        {"small", "SAF interim \x00\xFF\x01 data"},
+        {"random", randomBytes(5 * 1024 * 1024, 7)},
+        {"speech", speechLike(5 * 1024 * 1024, 11)},
+    };
+    for (const auto& [name, original] : cases) {
+        SCOPED_TRACE(name);
+        const auto raw = dir / (std::string(name) + ".raw");
+        const auto packed = dir / (std::string(name) + ".tmp");
+        const auto unpacked = dir / (std::string(name) + ".out");
+        writeBytes(raw, original);
+        ASSERT_TRUE(EncryptZip(raw, packed));
+        ASSERT_TRUE(DecryptUnzip(packed, unpacked));
+        EXPECT_TRUE(readBytes(unpacked) == original);
+        if (std::string(name) == "speech") {
+            EXPECT_LT(std::filesystem::file_size(packed), original.size() * 9 / 10);
+        }
+    }
+    // Only the files asked for: no temporary scraps left beside them.
+    EXPECT_EQ(fileCount(dir.path()), 3 * std::size(cases));
+}
+
+TEST(InterimPacker, HeaderIsLaidOutAsDocumented)
+{
+    const std::string packed = packInterim("hello").value();
+    ASSERT_GT(packed.size(), kInterimHeaderBytes);
+    const auto byte = [&](std::size_t at) { return unsigned(static_cast<unsigned char>(packed[at])); };
+    EXPECT_EQ(packed.substr(0, 8), "KSTRLNIF");
+    EXPECT_EQ(byte(8) | byte(9) << 8, 1u);  // version
+    EXPECT_EQ(byte(10) | byte(11) << 8, 0u); // flags
+    EXPECT_EQ(byte(12), 5u);                  // original size, low byte
+    EXPECT_EQ(byte(20), packed.size() - kInterimHeaderBytes); // packed size, low byte
+    for (std::size_t at : {13, 14, 15, 16, 17, 18, 19, 21, 22, 23, 24, 25, 26, 27}) EXPECT_EQ(byte(at), 0u) << at;
+    // The checksum is the common CRC-32 (check value of "123456789": CBF43926).
+    EXPECT_EQ(crc32Ieee("123456789"), 0xCBF43926u);
+    EXPECT_EQ(byte(28) | byte(29) << 8 | byte(30) << 16 | std::uint32_t(byte(31)) << 24, crc32Ieee("hello"));
+    // The payload is a zstd frame (magic 28 B5 2F FD).
+    EXPECT_EQ(packed.substr(32, 4), "\x28\xB5\x2F\xFD");
+}
+
+TEST(InterimPacker, RefusesEveryDamageAndLeavesTheTargetUntouched)
+{
+    kestrelon::test::TempDir dir;
+    const std::string original = speechLike(6000, 3) + "tail";
+    const std::string good = packInterim(original).value();
+    const auto damaged = dir / "damaged.tmp";
+    const auto target = dir / "target.raw";
+    writeBytes(target, "previous contents");
+
+    const auto expectRefused = [&](const std::string& bytes, const std::string& what) {
+        SCOPED_TRACE(what);
+        writeBytes(damaged, bytes);
+        EXPECT_FALSE(DecryptUnzip(damaged, target));
+        EXPECT_EQ(readBytes(target), "previous contents");
+        EXPECT_EQ(fileCount(dir.path()), 2u);
+    };
+
+    const auto flipped = [&](std::size_t at) {
+        std::string bytes = good;
+        bytes[at] = char(bytes[at] ^ 0xFF);
+        return bytes;
+    };
+    // One byte changed anywhere, header or payload, is caught...
+    for (std::size_t at = 0; at < good.size(); ++at)
+        EXPECT_FALSE(unpackInterim(flipped(at)).has_value()) << "byte " << at << " flipped";
+    // ...and as a file, refused without a trace: one byte in each header field
+    // (magic, version, flags, original size, packed size, checksum) and in the
+    // payload's start, middle and end.
+    for (std::size_t at : {std::size_t(3), std::size_t(8), std::size_t(11), std::size_t(12), std::size_t(19),
+                           std::size_t(20), std::size_t(27), std::size_t(30), kInterimHeaderBytes + 5,
+                           (kInterimHeaderBytes + good.size()) / 2, good.size() - 1})
+        expectRefused(flipped(at), "byte " + std::to_string(at) + " flipped");
+    // Cut short anywhere, including inside the header; one byte too many.
+    for (std::size_t length : {std::size_t(0), std::size_t(5), std::size_t(8), std::size_t(12), std::size_t(31),
+                               std::size_t(32), std::size_t(36), good.size() / 2, good.size() - 1})
+        expectRefused(good.substr(0, length), "truncated to " + std::to_string(length));
+    expectRefused(good + '\0', "trailing byte");
+    // A file from a later format version.
+    std::string later = good;
+    later[8] = 2;
+    expectRefused(later, "version 2");
+    // A missing source, to either side.
+    EXPECT_FALSE(DecryptUnzip(dir / "absent.tmp", target));
+    EXPECT_FALSE(EncryptZip(dir / "absent.raw", target));
+    EXPECT_EQ(readBytes(target), "previous contents");
+
+    // The undamaged file still unpacks over the same target.
+    writeBytes(damaged, good);
+    ASSERT_TRUE(DecryptUnzip(damaged, target));
+    EXPECT_TRUE(readBytes(target) == original);
+}
+
+TEST(InterimPacker, PacksAndUnpacksInPlace)
+{
+    kestrelon::test::TempDir dir;
+    const auto file = dir / "SAF1.tmp";
+    const std::string original = speechLike(20000, 5);
+    writeBytes(file, original);
+    ASSERT_TRUE(EncryptZip(file, file));
+    EXPECT_EQ(readBytes(file).substr(0, 8), "KSTRLNIF");
+    ASSERT_TRUE(DecryptUnzip(file, file));
+    EXPECT_TRUE(readBytes(file) == original);
+    // In place, a refusal leaves the file as it was.
+    EXPECT_FALSE(DecryptUnzip(file, file));
+    EXPECT_TRUE(readBytes(file) == original);
+    EXPECT_EQ(fileCount(dir.path()), 1u);
+}
