@@ -6,6 +6,6 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 cmake --preset default
 cmake --build --preset default
-cli=build/default/src/cli/kestrelon-cli
+cli=build/default/bin/kestrelon-cli
 "$cli" project dump samples/demo/demo.ptp --drop-missing
 "$cli" bodies samples/KestrelonBodySetting.dat
