@@ -46,6 +46,9 @@ struct Context {
     Answer blanket;                      // --yes / --no / --cancel
     bool json = false;                   // --json
     std::filesystem::path programFolder; // folder of the executable
+    // --settings FILE: the body settings file; by default
+    // <program folder>/KestrelonBodySetting.dat.
+    std::filesystem::path bodySettingsFile;
 };
 
 struct Result {

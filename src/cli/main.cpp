@@ -1,8 +1,10 @@
 // kestrelon-cli: the workbench's operations without a window, for scripts and
 // firmware builds. Prints one JSON object on standard output; messages also go
 // to standard error as they are shown. Exit 0: done; 1: failed; 2: usage.
+#include "bodies/body_settings.h"
 #include "cli/cli_command.h"
 #include "cli/console_port.h"
+#include "common/paths.h"
 #include "common/platform.h"
 
 #include <iostream>
@@ -14,7 +16,7 @@ namespace {
 
 void printUsage(std::ostream& out)
 {
-    out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] COMMAND ...\n\ncommands:\n";
+    out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] [--settings FILE] COMMAND ...\n\ncommands:\n";
     for (const CommandSpec& spec : commandTable())
         out << "  " << spec.usage << '\n';
 }
@@ -64,6 +66,7 @@ int main(int argc, char** argv)
         if (global.takeFlag("--cancel")) { blanket = Answer::Cancel; ++answerFlags; }
         if (answerFlags > 1)
             throw UsageError("--yes, --no and --cancel exclude each other");
+        const std::optional<std::string> settings = global.takeOption("--settings");
 
         const std::vector<std::string> words = global.remaining();
         size_t used = 0;
@@ -74,7 +77,10 @@ int main(int argc, char** argv)
         Arguments args(std::vector<std::string>(words.begin() + static_cast<std::ptrdiff_t>(used), words.end()));
         ConsolePort port([blanket](std::string_view, Buttons buttons, std::string_view) { return answerFor(blanket, buttons); },
                          std::cerr);
-        Context context{args, port, blanket, json, executableFolder()};
+        const std::filesystem::path programFolder = executableFolder();
+        const std::filesystem::path bodySettingsFile =
+            settings ? std::filesystem::absolute(pathFromUtf8(*settings)) : programFolder / pathFromUtf8(kBodySettingsFileName);
+        Context context{args, port, blanket, json, programFolder, bodySettingsFile};
         Result result = spec->run(context);
 
         if (json || spec->printsJsonAlways) {

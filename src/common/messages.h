@@ -9,6 +9,8 @@ namespace kestrelon::msg {
 // Start-up and frame
 inline constexpr std::string_view kAlreadyRunning = "This program is already running!";
 inline constexpr std::string_view kHelpNotFound = "Not found help file \"Kestrelon.chm\" !";
+inline constexpr std::string_view kExternalEditorMissing = "The external editor has not existed!";
+inline constexpr std::string_view kKeycodeError = "The keycode is error !";
 
 // Ini documents
 inline constexpr std::string_view kInvalidData = "Invalid data!";
@@ -35,6 +37,17 @@ inline constexpr std::string_view kSaveBeforeClose = "The project has been modif
 inline constexpr std::string_view kLogOpenProjectFileError = "Open project file error!";
 inline constexpr std::string_view kLogSaveProjectFileError = "Save project file error";
 inline constexpr std::string_view kLogSaveSetFileError = "Error in save set file!";
+// Failures of the project lifecycle that the original program did not report.
+inline constexpr std::string_view kCannotSaveWait = "Cannot save the project, please wait !";
+inline constexpr std::string_view kSaveProjectFailed = "Save project failed !";
+inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy ";        // source, then kCopyTo, then target
+inline constexpr std::string_view kCopyTo = " to ";
+inline constexpr std::string_view kCopyBackFailedSuffix = " !\nNothing has been deleted and the project stays open.";
+inline constexpr std::string_view kSaveAsCopyFailedSuffix = " !\nThe project has not been saved under the new name.";
+inline constexpr std::string_view kCanNotCreateFolderSuffix = " !";       // after kCanNotCreatePrefix and a folder
+inline constexpr std::string_view kCanNotDeletePrefix = "Can not delete ";    // a folder, then kCanNotDeleteSuffix
+inline constexpr std::string_view kCanNotDeleteSuffix = " completely !";
+inline constexpr std::string_view kSaveAsIntoTemp = "A project can not be saved inside its own Temp folder !";
 
 // Missing source file while reading a project ("LoseFile" dialog)
 inline constexpr std::string_view kLoseFileCaption = "LoseFile";
@@ -52,6 +65,12 @@ inline constexpr std::string_view kDeleteAllItems = "Are you sure to delete all 
 inline constexpr std::string_view kDeleteItemPrefix = "Are you sure to delete the item ";
 inline constexpr std::string_view kDeleteFolderPrefix = "Are you sure to delete the folder ";
 inline constexpr std::string_view kDeleteSelectedItems = "Are you sure to delete selected items?";
+inline constexpr std::string_view kFolderNameEmptyRename = "The folder name is empty,can't rename successfully!";
+inline constexpr std::string_view kFolderNameTooLong = "The folder name is too long !";
+inline constexpr std::string_view kFolderTooDeep = "The folder can not be nested so deeply !";
+// After kCanNotAddFilePrefix and the quoted file name.
+inline constexpr std::string_view kCopyFailedSuffix = "!\nIt could not be copied into the project folder!";
+inline constexpr std::string_view kFileNameTooLongSuffix = "!\nIts name is too long for the project file!";
 
 // Main list
 inline constexpr std::string_view kDeleteSelectedItem = "Are you sure to delete the selected item?";
@@ -68,12 +87,19 @@ inline constexpr std::string_view kBodyFileMissingSuffix = " do not exist !";
 inline constexpr std::string_view kReadLengthUnsuccessful = "read length unsuccessful !";
 inline constexpr std::string_view kEncodingSuffix = " Encoding ......";
 inline constexpr std::string_view kDecodingSuffix = " Decoding ......";
+// After kCanNotCopyPrefix, a file, kCopyTo and a file.
+inline constexpr std::string_view kAlgorithmNotAddedSuffix = " !\nThe algorithm could not be added to the project.";
 
 // Encoded files and export
 inline constexpr std::string_view kNotACorrectEncodedFile = " is not a correct encoded file !";
 inline constexpr std::string_view kReplaceItSuffix = " already existed , replace it ?";
 inline constexpr std::string_view kTheExportFilePrefix = "The export file ";
 inline constexpr std::string_view kExportError = "There is a error when exportting!";
+// Failures of export that the original program did not report.
+inline constexpr std::string_view kExportNameInvalidSuffix = " is not a valid export file name !"; // after the quoted name
+inline constexpr std::string_view kExportCanNotWritePrefix = "Can not write the export file "; // path, then the suffix
+inline constexpr std::string_view kExportCanNotWriteSuffix = " !";
+inline constexpr std::string_view kExportWorkingFileSuffix = " is a working file of the project and can not be replaced !"; // after the quoted name
 
 // Speech events
 inline constexpr std::string_view kDefaultLabel = "Default Label";
@@ -87,5 +113,44 @@ inline constexpr std::string_view kWaveNotReadable = " is not a readable wave fi
 inline constexpr std::string_view kWaveDamaged = " is damaged: it holds less sound than its header says !";
 inline constexpr std::string_view kWaveTooLong = " is too long to load !";
 inline constexpr std::string_view kWaveRateUnsupported = " has a sample rate that cannot be converted to the codec's rate !";
+
+// Reference codec plug-ins (shown by the host as the codec's error text). A
+// file or codec name goes in front of a text beginning with a blank; the
+// pieces of a text with two names are joined in the order listed.
+inline constexpr std::string_view kCodecSuffix = " !";
+inline constexpr std::string_view kCodecBodyUnreadable = " cannot be read as a codec body file !";
+inline constexpr std::string_view kCodecBodyBadValue = " has no valid "; // then the key, then kCodecSuffix
+inline constexpr std::string_view kCodecBodyOtherCodec = " describes the codec "; // then its name, kCodecNot, ours
+inline constexpr std::string_view kCodecNot = ", not ";
+inline constexpr std::string_view kCodecBitRatePrefix = "The bit rate "; // rate, kCodecBitRateMiddle, codec, suffix
+inline constexpr std::string_view kCodecBitRateMiddle = " is not offered by ";
+inline constexpr std::string_view kCodecNoBitRate = "No bit rate has been chosen for "; // codec, suffix
+inline constexpr std::string_view kCodecSourceRateMiddle = " has a sample rate that "; // wave, this, codec, suffix
+inline constexpr std::string_view kCodecSourceRateSuffix = " does not accept !";
+inline constexpr std::string_view kCodecEventsUnreadable = " cannot be read as a speech event file !";
+inline constexpr std::string_view kCodecLibraryFailed = " could not encode: its codec library failed !";
+inline constexpr std::string_view kCodecCanNotWrite = "Can not write "; // file, suffix
+inline constexpr std::string_view kCodecOtherCodecFile = " was not encoded by "; // file, this, codec, suffix
+inline constexpr std::string_view kCodecDamaged = " is damaged: its encoded data is incomplete or altered !";
+
+// Body information
+inline constexpr std::string_view kVolumeAboveMaximum = "The input volume value is larger than the maximum value of this body!";
+inline constexpr std::string_view kVolumeBelowMinimum = "The input volume value is smaller than the minimum value of this body!";
+
+// DLL setting (the original program did not report these)
+inline constexpr std::string_view kRemoveAlgorithmPrefix = "Are you sure to remove the algorithm "; // name, then the suffix
+inline constexpr std::string_view kRemoveAlgorithmSuffix = " from the project?";
+inline constexpr std::string_view kCanNotDeleteFileSuffix = " !"; // after kCanNotDeletePrefix and a file
+inline constexpr std::string_view kEditorNotExecutable = " is not an executable program !"; // after the path
+inline constexpr std::string_view kRegistryNotWritten = " could not be written !"; // after the registry's path
+inline constexpr std::string_view kExternalEditorNotExisted = "The external editor has not existed!";
+
+// Encode/decode engine: failures of the file work around the codec. A file's
+// name goes in front.
+inline constexpr std::string_view kInterimMissing = " does not exist in the project folder !";
+inline constexpr std::string_view kInterimCanNotPack = " could not be packed !";
+inline constexpr std::string_view kInterimCanNotUnpack = " could not be unpacked: it is damaged !";
+inline constexpr std::string_view kNoTempFileIn = "Can not create a temporary file in "; // folder, then " !"
+inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopyPrefix, a file, kCopyTo, a file
 
 } // namespace kestrelon::msg

@@ -9,6 +9,7 @@ std::string_view answerName(Answer answer)
     case Answer::Cancel: return "cancel";
     case Answer::Yes: return "yes";
     case Answer::No: return "no";
+    case Answer::SkipAll: return "skipall";
     }
     return "cancel";
 }
@@ -38,6 +39,10 @@ Answer answerFor(Answer blanket, Buttons buttons)
     case Buttons::YesNoCancel:
         if (yes) return Answer::Yes;
         return blanket == Answer::No ? Answer::No : Answer::Cancel;
+    case Buttons::ReplaceSkipSkipAllStop:
+        if (yes) return Answer::Yes;
+        if (blanket == Answer::No || blanket == Answer::SkipAll) return blanket;
+        return Answer::Cancel;
     }
     return Answer::Cancel;
 }

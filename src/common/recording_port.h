@@ -37,7 +37,8 @@ private:
 
 // The answer a blanket choice gives to a question with these buttons: "yes" is
 // Yes or OK, "no" is No (Cancel where there is no No), "cancel" is Cancel (No
-// where there is no Cancel).
+// where there is no Cancel). For the Replace/Skip/Skip All/Stop question, yes
+// replaces, no skips (skip-all is kept as it is) and cancel stops.
 Answer answerFor(Answer blanket, Buttons buttons);
 
 } // namespace kestrelon

@@ -7,10 +7,12 @@
 
 namespace kestrelon {
 
-enum class Buttons { YesNo, YesNoCancel, OkCancel };
-enum class Answer { Ok, Cancel, Yes, No };
+// ReplaceSkipSkipAllStop: the "Check" question of a batch (Replace, Skip,
+// Skip All, Stop), answered Yes, No, SkipAll or Cancel.
+enum class Buttons { YesNo, YesNoCancel, OkCancel, ReplaceSkipSkipAllStop };
+enum class Answer { Ok, Cancel, Yes, No, SkipAll };
 
-std::string_view answerName(Answer answer); // "ok", "cancel", "yes", "no"
+std::string_view answerName(Answer answer); // "ok", "cancel", "yes", "no", "skipall"
 
 class UserPort {
 public:

@@ -1,0 +1,57 @@
+#include "cli/project_runner.h"
+
+#include "cli/project_json.h"
+#include "common/paths.h"
+#include "playback/project_companions.h"
+#include "project/project_folder_ops.h"
+#include "project/project_session.h"
+
+#include <iostream>
+#include <system_error>
+
+namespace kestrelon::cli {
+
+namespace fs = std::filesystem;
+
+fs::path absolutePathArgument(const std::string& word)
+{
+    return absoluteNormal(pathFromUtf8(word));
+}
+
+void printSummary(const Context& context, const std::string& line)
+{
+    if (!context.json)
+        std::cout << line << '\n';
+}
+
+Result runProjectOperation(Context& context, const std::string& ptpPath,
+                           std::function<bool(ProjectSession&)> operation)
+{
+    return runProjectOperation(context, ptpPath,
+                               [&](ProjectSession& session, ProjectCompanionFiles&) {
+                                   return operation ? operation(session) : true;
+                               });
+}
+
+Result runProjectOperation(Context& context, const std::string& ptpPath,
+                           std::function<bool(ProjectSession&, ProjectCompanionFiles&)> operation)
+{
+    std::error_code ec;
+    const fs::path startFolder = fs::current_path(ec);
+    const fs::path file = absolutePathArgument(ptpPath);
+    ProjectCompanionFiles companions(context.port);
+    // Closing returns to the folder the command was started in.
+    ProjectSession session(context.port, &companions, nullptr, startFolder);
+    if (!session.openProject(file))
+        return {false, {{"files", Json::array()}, {"project", utf8FromPath(file)}}};
+
+    bool ok = operation ? operation(session, companions) : true;
+    if (ok && session.document().isModified())
+        ok = session.saveProject();
+    Json files = filesJson(session.document());
+    const fs::path endedAs = session.projectFile();
+    ok = session.closeProject() && ok;
+    return {ok, {{"files", std::move(files)}, {"project", utf8FromPath(endedAs)}}};
+}
+
+} // namespace kestrelon::cli

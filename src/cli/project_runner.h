@@ -1,0 +1,43 @@
+#pragma once
+// The frame of every kestrelon-cli command that changes a project: open it,
+// run the operation, save when the operation succeeded and changed something,
+// close, and answer with the tree as `project dump` shows it. The session runs
+// with the project's play list and algorithm registry, and without a
+// recent-project list: scripts must not reorder the user's menu.
+#include "cli/cli_command.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace kestrelon {
+class ProjectCompanionFiles;
+class ProjectSession;
+}
+
+namespace kestrelon::cli {
+
+// A command-line path made absolute against the current folder now. Opening a
+// project makes its folder the current one, so a command resolves its path
+// arguments before it opens anything.
+std::filesystem::path absolutePathArgument(const std::string& word);
+
+// One line for a person on standard output; nothing with --json, where the
+// JSON object is the answer.
+void printSummary(const Context& context, const std::string& line);
+
+// Opens `ptpPath` (failure: ok false, "files" empty), runs `operation`, saves
+// when it returned true and the project is modified, and closes. When the
+// operation failed and left the project modified, the close asks whether to
+// save, and the global --yes/--no/--cancel answers. ok: the operation, the
+// save and the close all succeeded. Fields: "files", the Files tree after the
+// operation, and "project", the project file it ended as.
+Result runProjectOperation(Context& context, const std::string& ptpPath,
+                           std::function<bool(ProjectSession&)> operation);
+
+// The same for operations that also work on the project's companion files
+// (the algorithm registry, the play list) as the session loaded them.
+Result runProjectOperation(Context& context, const std::string& ptpPath,
+                           std::function<bool(ProjectSession&, ProjectCompanionFiles&)> operation);
+
+} // namespace kestrelon::cli

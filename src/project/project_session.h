@@ -1,0 +1,116 @@
+#pragma once
+// The one open project and its whole life: New, Open, Save, Save As and Close,
+// with the project folder's working folder (Temp) kept in step. The main frame
+// and kestrelon-cli hold one session; every message and question goes through
+// the UserPort, so it runs the same with a window, in a script or in a test.
+//
+// Folder layout of a project N: N/N.ptp (the project file), N/Files (source
+// waves and their ".evt" files), N/Algos (plug-ins, ".bdy" files, the
+// algorithm registry), N/Temp (working files) and N/Temp/evt.
+#include "project/project_document.h"
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kestrelon {
+
+class RecentProjects;
+class UserPort;
+struct FileCopy;
+
+// Files that travel with a project besides the project file: the play list and
+// the algorithm registry. Implemented above this layer (src/playback/project_companions).
+class ProjectCompanions {
+public:
+    virtual ~ProjectCompanions() = default;
+    // Open: the play list (a failure goes to the silent log) and the registry of <folder>/Algos.
+    virtual void load(const std::filesystem::path& projectFile) = 0;
+    // Save and Save As: the play list next to the project file (the project
+    // path with the extension ".set") and the registry of that project's Algos.
+    virtual void saveTo(const std::filesystem::path& projectFile) = 0;
+    // Close.
+    virtual void clear() = 0;
+};
+
+class ProjectSession {
+public:
+    static constexpr int kTempFolderTries = 50;
+    static constexpr std::chrono::milliseconds kTempFolderWait{100};
+
+    // `companions` and `recent` may be null. `programFolder` becomes the
+    // current folder again when a project closes.
+    ProjectSession(UserPort& port, ProjectCompanions* companions, RecentProjects* recent,
+                   std::filesystem::path programFolder);
+    ~ProjectSession();
+    ProjectSession(const ProjectSession&) = delete;
+    ProjectSession& operator=(const ProjectSession&) = delete;
+
+    bool isOpen() const { return !m_projectFile.empty(); }
+    ProjectDocument& document() { return *m_document; }
+    const ProjectDocument& document() const { return *m_document; }
+    std::filesystem::path projectFile() const { return m_projectFile; }   // empty when none
+    std::filesystem::path projectFolder() const;                          // folder of the project file
+    std::filesystem::path tempFolder() const;                             // <folder>/Temp
+    std::filesystem::path filesFolder() const;                            // <folder>/Files
+    std::filesystem::path algosFolder() const;                            // <folder>/Algos
+
+    // The frame's busy flag: set while encoding, decoding or playing. Close,
+    // Save and Save As are refused while it is set.
+    bool busy() const { return m_busy; }
+    void setBusy(bool busy) { m_busy = busy; }
+
+    // Set by New Project, cleared by Save, Save As and Close. A project closed
+    // while it is set was never saved, and its folder is deleted.
+    bool isNewProject() const { return m_newProject; }
+
+    // Files to delete at the next Save or Close (e.g. the wave of a removed
+    // item). Only files inside the project folder are ever deleted; a relative
+    // entry is relative to the project folder.
+    std::vector<std::filesystem::path>& deletionList() { return m_deletionList; }
+    // The engine's temporary files, deleted on Close (inside the project folder only).
+    void addTemporaryFile(const std::filesystem::path& file) { m_temporaryFiles.push_back(file); }
+    const std::vector<std::filesystem::path>& temporaryFiles() const { return m_temporaryFiles; }
+    void markModified() { m_document->setModified(true); }
+
+    // New Project after the dialog's checks (checkNewProject): closes the open
+    // project, makes LOCATION/NAME with Temp, Files and Algos, and starts an
+    // empty, unsaved project there. The project file is written by the first Save.
+    bool newProject(const std::string& location, const std::string& name);
+    bool openProject(const std::filesystem::path& path);
+    bool saveProject();
+    // ".ptp" is appended when the name lacks it.
+    bool saveProjectAs(const std::filesystem::path& path);
+    // True when no project is open afterwards.
+    bool closeProject();
+
+    // How often and how patiently a purged Temp folder is made again.
+    void setTempFolderRetry(int tries, std::chrono::milliseconds wait);
+
+private:
+    void showCopyFailure(const FileCopy& failed, std::string_view suffix);
+    bool makeWorkingFolders(const std::filesystem::path& folder, std::vector<std::filesystem::path>* made);
+    bool recreateTempFolder(const std::filesystem::path& folder);
+    void deleteFolderReporting(const std::filesystem::path& folder, const std::filesystem::path& boundary);
+    void enterFolder(const std::filesystem::path& folder);
+    void addRecent(const std::filesystem::path& file);
+    void forgetRecent(const std::filesystem::path& file);
+    void discard();
+
+    UserPort& m_port;
+    ProjectCompanions* m_companions;
+    RecentProjects* m_recent;
+    std::filesystem::path m_programFolder;
+    std::unique_ptr<ProjectDocument> m_document;
+    std::filesystem::path m_projectFile;
+    bool m_busy = false;
+    bool m_newProject = false;
+    std::vector<std::filesystem::path> m_deletionList;
+    std::vector<std::filesystem::path> m_temporaryFiles;
+    int m_tempTries = kTempFolderTries;
+    std::chrono::milliseconds m_tempWait = kTempFolderWait;
+};
+
+} // namespace kestrelon

@@ -1,0 +1,166 @@
+// The road of one file through the built kestrelon-cli: a new project, real
+// speech added, a row per reference codec encoded, decoded and listed, with
+// the program's own program folder, body settings and codec plug-ins.
+#include "cli_run.h"
+#include "common/paths.h"
+#include "support/files.h"
+#include "support/temp_dir.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+using namespace kestrelon;
+using namespace kestrelon::test;
+using Json = nlohmann::ordered_json;
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kSpeechFolder = "/usr/share/codec2/wav";
+
+class EncodeCommandsTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(runCli({"project", "new", temp.path().string(), "Road"}, scratch.path()).exitCode, 0);
+        ASSERT_EQ(run({"project", "add-files", ptp(), (kSpeechFolder / "hts1a.wav").string(),
+                       (kSpeechFolder / "morig.wav").string()})
+                      .exitCode,
+                  0);
+    }
+
+    struct Run {
+        int exitCode = -1;
+        Json answer;
+        std::string err;
+    };
+
+    Run run(std::vector<std::string> words)
+    {
+        words.insert(words.begin(), "--json");
+        const CliRun done = runCli(words, scratch.path());
+        Run out{done.exitCode, Json::object(), done.err};
+        if (!done.out.empty())
+            out.answer = Json::parse(done.out);
+        return out;
+    }
+
+    std::string ptp() const { return (temp / "Road" / "Road.ptp").string(); }
+    fs::path folder() const { return temp / "Road"; }
+
+    TempDir scratch;
+    TempDir temp;
+};
+
+} // namespace
+
+TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndRate)
+{
+    const std::vector<std::pair<std::string, std::string>> codecs = {
+        {"ImaAdpcm", "32000"}, {"MuLaw", "64000"}, {"Pcm", "128000"}, {"Codec2", "3200"}, {"Speex", "8000"}};
+    for (const auto& [algorithm, rate] : codecs) {
+        const Run added = run({"project", "add-encode", ptp(), "--body", "KS-1 Voice", "--algo", algorithm, "--rate",
+                               rate, "hts1a.wav"});
+        ASSERT_EQ(added.exitCode, 0) << added.err;
+        EXPECT_EQ(added.answer["sources"][0]["outcome"], "added");
+        EXPECT_EQ(added.answer["sources"][0]["encode"], "done");
+    }
+    const Run decoded = run({"project", "decode", ptp()});
+    ASSERT_EQ(decoded.exitCode, 0) << decoded.err;
+
+    const Run listed = run({"project", "list", ptp()});
+    ASSERT_EQ(listed.exitCode, 0);
+    const Json& rows = listed.answer["rows"];
+    ASSERT_EQ(rows.size(), codecs.size());
+    const double original = double(fs::file_size(kSpeechFolder / "hts1a.wav"));
+    for (size_t i = 0; i < codecs.size(); ++i) {
+        SCOPED_TRACE(codecs[i].first);
+        const Json& row = rows[i];
+        EXPECT_EQ(row["algorithm"], codecs[i].first);
+        const std::string encodeSize = row["encodeSize"];
+        char rate[32];
+        std::snprintf(rate, sizeof rate, "%.0f", std::stod(encodeSize) / original * 100.0);
+        EXPECT_EQ(row["compressionRate"], rate);
+        EXPECT_NE(row["decodeSize"], "");
+        EXPECT_EQ(row["renameEncode"], "hts1a_KS-1 Voice_" + codecs[i].first + "_" + codecs[i].second + "." +
+                                           std::string(row["renameEncode"]).substr(
+                                               std::string(row["renameEncode"]).rfind('.') + 1));
+        // The folder is as Save and Close leave it: the interim file beside
+        // the project file, Temp gone, the codec in Algos.
+        EXPECT_TRUE(fs::is_regular_file(folder() / std::string(row["encodeName"])));
+        EXPECT_TRUE(fs::is_regular_file(folder() / "Algos" / (codecs[i].first + std::string(librarySuffix()))));
+    }
+    EXPECT_FALSE(fs::exists(folder() / "Temp"));
+    EXPECT_EQ(std::stoi(std::string(rows[2]["compressionRate"])), 100); // 16-bit PCM keeps the size
+    const std::string registry = readBytes(folder() / "Algos" / "dllsetinfo.ini");
+    EXPECT_NE(registry.find("Count=5"), std::string::npos);
+
+    // Encoding one row again reuses its interim file.
+    const Run again = run({"project", "encode", ptp(), "--rows", "1"});
+    ASSERT_EQ(again.exitCode, 0);
+    EXPECT_EQ(again.answer["rows"][1]["encodeName"], rows[1]["encodeName"]);
+    EXPECT_EQ(again.answer["rows"][1]["outcome"], "done");
+    EXPECT_FALSE(again.answer["rows"][0].contains("outcome"));
+}
+
+TEST_F(EncodeCommandsTest, ChoicesTheBodiesDoNotOfferAndRowsThatDoNotExistAreRefused)
+{
+    Run refused = run({"project", "add-encode", ptp(), "--body", "No Such Body", "--algo", "Pcm", "--rate", "128000"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.answer["ok"], false);
+    EXPECT_NE(std::string(refused.answer["error"]).find("unknown body \"No Such Body\""), std::string::npos);
+    refused = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Pcm", "--rate", "128000"});
+    EXPECT_NE(std::string(refused.answer["error"]).find("has no algorithm \"Pcm\""), std::string::npos);
+    refused = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "2150"});
+    EXPECT_NE(std::string(refused.answer["error"]).find("has no bit rate \"2150\""), std::string::npos);
+    refused = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "nope.wav"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(run({"project", "list", ptp()}).answer["rows"].size(), 0u);
+
+    // Every source at once, with decoding; a second time the question is answered "no": skipped.
+    Run added = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "--decode"});
+    ASSERT_EQ(added.exitCode, 0) << added.err;
+    ASSERT_EQ(added.answer["rows"].size(), 2u);
+    EXPECT_NE(added.answer["rows"][1]["decodeSize"], "");
+    added = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "5950"});
+    EXPECT_EQ(added.answer["sources"][0]["outcome"], "skipped");
+    EXPECT_EQ(added.answer["messages"][0]["text"], "\"hts1a.wav\" Speex already existed!\nDo you want to replace it?");
+    EXPECT_EQ(added.answer["messages"][0]["answer"], "no");
+    // --yes replaces, --cancel stops at the first question.
+    added = run({"--yes", "project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "5950",
+                 "morig.wav"});
+    EXPECT_EQ(added.answer["sources"][0]["outcome"], "replaced");
+    EXPECT_EQ(added.answer["rows"][1]["bitRate"], "5950");
+    added = run({"--cancel", "project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "8000"});
+    EXPECT_EQ(added.answer["stopped"], true);
+    EXPECT_EQ(added.answer["sources"].size(), 0u);
+    EXPECT_EQ(added.answer["messages"][0]["answer"], "cancel");
+
+    const Run missing = run({"project", "encode", ptp(), "--rows", "0,2"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.answer["error"], "no row 2: the project has 2 row(s)");
+}
+
+TEST_F(EncodeCommandsTest, AnotherBodySettingsFileAndAnAddedAlgorithm)
+{
+    const std::string suffix(librarySuffix());
+    writeBytes(temp / "bodies.dat", "[BODY]\nCOUNT=1\nBODY0=Bench\n[Bench]\nALGOCOUNT=1\nALGO0=ImaAdpcm\n"
+                                    "ALGO0_SECTION=IMA\n[IMA]\nDLLDIR=Algorithms\nPATHNAME=Algorithms\\ImaAdpcm" +
+                                        suffix + "\nBITRATECOUNT=1\nBITRATE0=16000\nCONFIG=0\n");
+    const Run added = run({"--settings", (temp / "bodies.dat").string(), "project", "add-encode", ptp(), "--body",
+                           "Bench", "--algo", "ImaAdpcm", "--rate", "16000", "morig.wav"});
+    ASSERT_EQ(added.exitCode, 0) << added.err;
+    EXPECT_EQ(added.answer["rows"][0]["body"], "Bench");
+
+    const fs::path program = fs::path(KESTRELON_CLI).parent_path();
+    const Run algo = run({"project", "add-algo", ptp(), (program / "Algorithms" / ("MuLaw" + suffix)).string()});
+    ASSERT_EQ(algo.exitCode, 0) << algo.err;
+    EXPECT_EQ(algo.answer["outcome"], "added");
+    EXPECT_EQ(algo.answer["algorithms"].size(), 2u);
+    EXPECT_EQ(algo.answer["algorithms"][1]["path"], "Algos\\MuLaw" + suffix);
+    const Run declined = run({"project", "add-algo", ptp(), (program / "Algorithms" / ("MuLaw" + suffix)).string()});
+    EXPECT_EQ(declined.answer["outcome"], "declined");
+}
