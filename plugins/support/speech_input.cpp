@@ -8,7 +8,7 @@
 namespace kestrelon::support {
 
 bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate,
-                      std::vector<std::int16_t>& samples, std::string* error)
+                      std::vector<std::int16_t>& samples, std::string* error, int* sourceRate)
 {
     samples.clear();
     WaveFile wave;
@@ -17,6 +17,8 @@ bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate,
             *error = wave.error();
         return false;
     }
+    if (sourceRate)
+        *sourceRate = wave.sampleRate();
     if (!canResample(wave.sampleRate(), workingRate)) {
         if (error)
             *error = utf8FromPath(path.filename()) + std::string(msg::kWaveRateUnsupported);
