@@ -13,6 +13,9 @@ const std::vector<CommandSpec>& commandTable()
         addPlayListCommands(t);
         addHeaderCommands(t);
         addSettingsCommands(t);
+        addAlgoCommands(t);
+        addExportCommands(t);
+        addEncodeCommands(t);
         return t;
     }();
     return table;

@@ -11,5 +11,8 @@ void addEventCommands(std::vector<CommandSpec>& table);
 void addPlayListCommands(std::vector<CommandSpec>& table);
 void addHeaderCommands(std::vector<CommandSpec>& table);
 void addSettingsCommands(std::vector<CommandSpec>& table);
+void addAlgoCommands(std::vector<CommandSpec>& table);
+void addExportCommands(std::vector<CommandSpec>& table);
+void addEncodeCommands(std::vector<CommandSpec>& table);
 
 } // namespace kestrelon::cli

@@ -54,6 +54,7 @@ Json settingsJson(const SettingsStore& store)
         {key(names::kApplyAllFiles), store.applyAllFiles},
         {key(names::kProjectPath), store.lastProjectPath},
         {key(names::kFilePath), store.lastFilePath},
+        {key(names::kExternalEditor), store.externalEditor},
     };
     out[key(names::kRecentSection)] = std::move(recent);
     return out;

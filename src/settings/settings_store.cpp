@@ -124,6 +124,7 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
     readInt(*settings, names::kLastSection, names::kApplyAllFiles, loaded.applyAllFiles);
     readText(*settings, names::kLastSection, names::kProjectPath, loaded.lastProjectPath);
     readText(*settings, names::kLastSection, names::kFilePath, loaded.lastFilePath);
+    readText(*settings, names::kLastSection, names::kExternalEditor, loaded.externalEditor);
 
     // The list is one value: when any entry is stored, the stored entries
     // replace the list, empty ones left out.
@@ -160,6 +161,7 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     settings->setValue(keyOf(names::kLastSection, names::kApplyAllFiles), applyAllFiles);
     settings->setValue(keyOf(names::kLastSection, names::kProjectPath), qText(lastProjectPath));
     settings->setValue(keyOf(names::kLastSection, names::kFilePath), qText(lastFilePath));
+    settings->setValue(keyOf(names::kLastSection, names::kExternalEditor), qText(externalEditor));
 
     // Entries beyond the list's current length must not survive from an
     // earlier, longer list.

@@ -36,6 +36,8 @@ inline constexpr std::string_view kBitRate = "BitRate";
 inline constexpr std::string_view kApplyAllFiles = "ApplyAllFiles";
 inline constexpr std::string_view kProjectPath = "ProjectPath";
 inline constexpr std::string_view kFilePath = "FilePath";
+// The external sound editor chosen in the "DLL Setting" dialog.
+inline constexpr std::string_view kExternalEditor = "ExternalEditor";
 inline constexpr std::string_view kRecentSection = "Recent Project File List";
 inline constexpr std::string_view kRecentKeyPrefix = "File"; // File1 .. File5
 } // namespace settings_names
@@ -55,6 +57,7 @@ struct SettingsStore {
     int applyAllFiles = 1;    // boolean: the file setting dialog's "all files" box
     std::string lastProjectPath;
     std::string lastFilePath;
+    std::string externalEditor; // full path of the editor program; empty when none chosen
     std::vector<std::string> recentProjects; // most recent first, at most 5
 
     // Every value found replaces the one held; a missing value keeps it. A

@@ -37,6 +37,7 @@ SettingsStore everyValueChanged()
     store.applyAllFiles = 0;
     store.lastProjectPath = "C:\\Work\\a, b=c; [d]";
     store.lastFilePath = "/home/\xC3\xA9t\xC3\xA9/sons";
+    store.externalEditor = "/opt/sound editor/bin/edit";
     store.recentProjects = {"C:\\p1\\p1.ptp", "/p2/p2.ptp", "p3,x.ptp", "@p4.ptp", "p5.ptp"};
     return store;
 }

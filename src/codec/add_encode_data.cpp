@@ -1,0 +1,159 @@
+#include "codec/add_encode_data.h"
+
+#include "codec/project_algorithms.h"
+#include "common/messages.h"
+#include "common/user_port.h"
+#include "project/project_item.h"
+#include "project/project_session.h"
+
+#include <algorithm>
+
+namespace kestrelon {
+
+FixedEncodeSetting::FixedEncodeSetting(std::string body, std::string algorithm, std::string bitRate)
+    : m_body(std::move(body)), m_algorithm(std::move(algorithm)), m_bitRate(std::move(bitRate))
+{
+}
+
+EncodeSettingAnswer FixedEncodeSetting::choose(const ProjectItem&, const LastEncodeSetting&)
+{
+    ++m_shown;
+    return {true, m_body, m_algorithm, m_bitRate, true};
+}
+
+std::string replaceQuestion(const ProjectItem& source, std::string_view algorithm)
+{
+    return "\"" + source.id() + "\" " + std::string(algorithm) + std::string(msg::kReplaceExistedMiddle) +
+           std::string(msg::kReplaceQuestion);
+}
+
+namespace {
+
+struct Choice {
+    std::string body;
+    std::string algorithm;
+    std::string bitRate;
+};
+
+// Encodes record `index` of `source` as a batch of one row.
+RowOutcome encodeOne(const EngineEnvironment& env, ProjectItem* source, std::size_t index, bool autoDecode,
+                     bool& stopped)
+{
+    MainList list = MainList::fromDocument(env.session.document());
+    const std::optional<std::size_t> row = list.rowOf(source, index);
+    if (!row)
+        return RowOutcome::Failed;
+    list.selectRows({*row});
+    CodecEngine engine(env);
+    const BatchResult batch = engine.encodeSelected(list, autoDecode);
+    stopped = batch.stopped;
+    return batch.rows[*row];
+}
+
+} // namespace
+
+AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<ProjectItem*>& selected,
+                              EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode)
+{
+    AddEncodeResult result;
+    Choice choice;
+    bool choiceValid = false;
+    bool applyInForce = false;
+    bool skipAll = false;
+    bool first = true;
+
+    for (ProjectItem* source : selected) {
+        if (source == nullptr || !source->isSource())
+            continue;
+
+        if (first || !applyInForce) {
+            first = false;
+            choiceValid = false; // opening the dialog clears the invalid mark
+            const EncodeSettingAnswer answer = chooser.choose(*source, last);
+            if (!answer.confirmed) {
+                result.cancelled = true;
+                return result;
+            }
+            if (!answer.bodyName || !answer.algName || !answer.bitRate) {
+                // The dialog closes as if confirmed; the kept choice and the
+                // check box stay as they were.
+                env.port.showMessage(msg::kThereIsAError);
+            } else {
+                choice = {*answer.bodyName, *answer.algName, *answer.bitRate};
+                last.bodyName = choice.body;
+                last.algName = choice.algorithm;
+                last.bitRate = choice.bitRate;
+                last.applyAllFiles = answer.applyToAll;
+                choiceValid = true;
+            }
+            applyInForce = last.applyAllFiles;
+        }
+
+        AddedSource added;
+        added.source = source;
+        const BodyAlgoInfo* algorithm =
+            choiceValid ? offeredAlgorithm(env.bodies, choice.body, choice.algorithm, choice.bitRate) : nullptr;
+        if (algorithm == nullptr) {
+            result.sources.push_back(added); // NoChoice
+            continue;
+        }
+
+        // A row with the same algorithm already there: Replace, Skip, Skip All or Stop.
+        std::vector<EditInfoRecord>& records = source->records();
+        const auto existing = std::find_if(records.begin(), records.end(),
+                                           [&](const EditInfoRecord& r) { return r.algoName == choice.algorithm; });
+        if (existing != records.end()) {
+            Answer answer = Answer::SkipAll;
+            if (!skipAll)
+                answer = env.port.ask(replaceQuestion(*source, choice.algorithm), Buttons::ReplaceSkipSkipAllStop);
+            if (answer == Answer::Cancel) {
+                result.stopped = true;
+                return result;
+            }
+            if (answer != Answer::Yes) {
+                skipAll = skipAll || answer == Answer::SkipAll;
+                added.outcome = SourceOutcome::Skipped;
+                result.sources.push_back(added);
+                continue;
+            }
+        }
+
+        bringAlgorithmIntoProject(env.session, env.registry, env.programFolder, *algorithm, env.port);
+
+        if (existing != records.end()) {
+            // The row takes the new choice; results of the old one no longer
+            // hold. Its interim file name is kept and reused by the encode.
+            EditInfoRecord& record = *existing;
+            record.bodyName = choice.body;
+            record.bitRate = choice.bitRate;
+            record.encodeSize.clear();
+            record.compressionRate.clear();
+            record.renameEncode.clear();
+            record.decodeName.clear();
+            record.decodeSize.clear();
+            added.outcome = SourceOutcome::Replaced;
+            added.recordIndex = static_cast<std::size_t>(existing - records.begin());
+        } else {
+            EditInfoRecord record;
+            record.fileName = source->id();
+            record.bodyName = choice.body;
+            record.algoName = choice.algorithm;
+            record.bitRate = choice.bitRate;
+            records.push_back(std::move(record));
+            added.outcome = SourceOutcome::Added;
+            added.recordIndex = records.size() - 1;
+        }
+        env.session.markModified();
+
+        bool stopped = false;
+        added.encode = encodeOne(env, source, added.recordIndex, autoDecode, stopped);
+        result.sources.push_back(added);
+        if (stopped) {
+            result.stopped = true;
+            return result;
+        }
+    }
+    return result;
+}
+
+} // namespace kestrelon

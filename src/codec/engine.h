@@ -1,0 +1,105 @@
+#pragma once
+// The encode/decode engine: turns the selected rows of the main list into
+// interim encoded files (the codec's output packed with EncryptZip, Temp\SAF*.tmp)
+// and back into decoded waves (packed, Temp\SAF*.dfn), recording names and
+// sizes in the rows' edit-info records. docs/engine.md walks through one row.
+//
+// Everything runs on the caller's thread, one row at a time; the person sees
+// progress and messages through the port and stops a batch through the port's
+// stopRequested(), which is asked before each row.
+#include "codec/main_list.h"
+#include "codec/temp_names.h"
+#include "plugins/algorithm_registry.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrelon {
+
+class BodySettings;
+struct BodyAlgoInfo;
+class CodecHost;
+class ProjectSession;
+class UserPort;
+
+// What the engine works with: the open project, its algorithm registry (as
+// the project's companion files hold it), the body settings and one codec
+// holder. The registry is changed only by Add Encode Data and add-algo.
+struct EngineEnvironment {
+    ProjectSession& session;
+    std::vector<AlgoRegEntry>& registry;
+    const BodySettings& bodies;
+    CodecHost& host;
+    UserPort& port;
+    // Where the body settings' PATHNAMEs are taken from.
+    std::filesystem::path programFolder;
+};
+
+// What became of one row of a batch.
+enum class RowOutcome {
+    NotSelected,
+    Done,        // encoded (and decoded, when asked) or decoded
+    Invalid,     // body / algorithm / bit rate not a valid combination: passed over silently
+    Unreadable,  // the source wave is missing or not loadable (encode), or nothing was encoded yet (decode)
+    Failed,      // the codec or the file work failed; the row keeps its old results
+    NotReached,  // the batch was stopped before this row
+};
+
+struct BatchResult {
+    std::vector<RowOutcome> rows; // one per row of the list
+    bool stopped = false;
+
+    std::size_t count(RowOutcome outcome) const;
+    // True when every selected row was done.
+    bool allDone() const;
+};
+
+class CodecEngine {
+public:
+    explicit CodecEngine(EngineEnvironment environment);
+
+    // Encodes the selected rows in list order. With `autoDecode` each row that
+    // encodes is decoded at once, before the next row (the automatic decode
+    // switch). The busy flag is set for the whole batch; the compression rates
+    // of all rows are recomputed at the end.
+    BatchResult encodeSelected(MainList& list, bool autoDecode = false);
+    // Decodes the selected rows in list order, then recomputes the rates.
+    BatchResult decodeSelected(MainList& list);
+
+    // Whether a row's body, algorithm and bit rate form a combination the
+    // engine can run: the body settings offer the algorithm with that bit rate
+    // for that body, and the project's registry names its library, which
+    // stands in Algos. The body algorithm, or null.
+    const BodyAlgoInfo* validCombination(const EditInfoRecord& record) const;
+
+    // The export name of a row: base_body_algorithm_bitrate.ext, base being
+    // the source's file name without ".wav". Characters a file name cannot
+    // hold become "_"; an empty extension leaves no dot.
+    static std::string exportName(const EditInfoRecord& record, std::string_view extension);
+
+    // The source wave of a row: Files\<source file name>.
+    std::filesystem::path sourceWavePath(const ProjectItem& source) const;
+
+private:
+    BatchResult runBatch(MainList& list, const std::function<RowOutcome(const ListRow&)>& work);
+    RowOutcome encodeRow(const ListRow& row);
+    RowOutcome decodeRow(const ListRow& row);
+    bool stopRequested();
+    // Names no record, Temp file or file beside the project file uses.
+    StemTaken takenStems() const;
+    // A new SAF*.tmp in Temp, entered in the session's temporary files.
+    std::optional<std::filesystem::path> newTempFile();
+    bool loadCodec(const BodyAlgoInfo& algorithm, const EditInfoRecord& record);
+    // Lets go of a decoded wave the row no longer names.
+    void dropDecodedWave(const std::string& name);
+
+    EngineEnvironment m_env;
+    bool m_run = false; // the batch's run flag
+};
+
+} // namespace kestrelon

@@ -1,0 +1,129 @@
+#include "codec/main_list.h"
+
+#include "codec/temp_names.h"
+#include "common/messages.h"
+#include "common/paths.h"
+#include "common/user_port.h"
+#include "project/project_document.h"
+#include "project/project_session.h"
+#include "project/tree_selection.h"
+
+#include <algorithm>
+#include <map>
+#include <system_error>
+
+namespace kestrelon {
+
+namespace fs = std::filesystem;
+
+MainList MainList::fromDocument(ProjectDocument& document)
+{
+    MainList list;
+    for (ProjectItem* item : filesTreeOrder(document)) {
+        if (!item->isSource())
+            continue;
+        for (std::size_t index = 0; index < item->records().size(); ++index)
+            list.m_rows.push_back({item, index});
+    }
+    list.selection.assign(list.m_rows.size(), false);
+    return list;
+}
+
+std::size_t MainList::selectedCount() const
+{
+    std::size_t count = 0;
+    for (std::size_t row = 0; row < m_rows.size(); ++row)
+        count += isSelected(row) ? 1 : 0;
+    return count;
+}
+
+void MainList::selectAll()
+{
+    selection.assign(m_rows.size(), true);
+}
+
+void MainList::clearSelection()
+{
+    selection.assign(m_rows.size(), false);
+}
+
+bool MainList::selectRows(const std::vector<std::size_t>& rows)
+{
+    for (const std::size_t row : rows)
+        if (row >= m_rows.size())
+            return false;
+    clearSelection();
+    for (const std::size_t row : rows)
+        selection[row] = true;
+    return true;
+}
+
+std::optional<std::size_t> MainList::rowOf(const ProjectItem* source, std::size_t recordIndex) const
+{
+    for (std::size_t row = 0; row < m_rows.size(); ++row)
+        if (m_rows[row].source == source && m_rows[row].recordIndex == recordIndex)
+            return row;
+    return std::nullopt;
+}
+
+bool MainList::deleteSelected(UserPort& port, ProjectSession& session)
+{
+    std::vector<std::size_t> doomed;
+    for (std::size_t row = 0; row < m_rows.size(); ++row)
+        if (isSelected(row))
+            doomed.push_back(row);
+    if (doomed.empty())
+        return false;
+    const std::string_view question = doomed.size() == 1 ? msg::kDeleteSelectedItem : msg::kDeleteSelectedItems;
+    if (port.ask(question, Buttons::YesNo) != Answer::Yes)
+        return false;
+    removeRows(doomed, session, false);
+    return true;
+}
+
+bool MainList::deleteAll(UserPort& port, ProjectSession& session)
+{
+    if (m_rows.empty())
+        return false;
+    if (port.ask(msg::kDeleteAllListItems, Buttons::YesNo) != Answer::Yes)
+        return false;
+    std::vector<std::size_t> doomed(m_rows.size());
+    for (std::size_t row = 0; row < doomed.size(); ++row)
+        doomed[row] = row;
+    removeRows(doomed, session, true);
+    return true;
+}
+
+void MainList::removeRows(const std::vector<std::size_t>& doomed, ProjectSession& session, bool withEventFiles)
+{
+    // Per source, the record indexes to remove, taken out from the back so
+    // the indexes still to come stay valid.
+    std::map<ProjectItem*, std::vector<std::size_t>> bySource;
+    for (const std::size_t row : doomed)
+        bySource[m_rows[row].source].push_back(m_rows[row].recordIndex);
+
+    for (auto& [source, indexes] : bySource) {
+        std::sort(indexes.rbegin(), indexes.rend());
+        for (const std::size_t index : indexes) {
+            if (index >= source->records().size())
+                continue;
+            const EditInfoRecord& record = source->records()[index];
+            // The row's working event file: the copy in Temp\evt goes now;
+            // the one Close left beside the project file goes with the next
+            // Save or Close, like every other file the project lets go of.
+            if (withEventFiles && session.isOpen() && isPlainFileName(record.encodeName)) {
+                const std::string eventName = utf8FromPath(pathFromUtf8(record.encodeName).stem()) + ".evt";
+                std::error_code ec;
+                fs::remove(session.tempFolder() / "evt" / pathFromUtf8(eventName), ec);
+                const fs::path besideProject = session.projectFolder() / pathFromUtf8(eventName);
+                if (fs::exists(fs::symlink_status(besideProject, ec)))
+                    session.deletionList().push_back(besideProject);
+            }
+            source->records().erase(source->records().begin() + static_cast<std::ptrdiff_t>(index));
+        }
+    }
+    session.markModified();
+    *this = fromDocument(session.document());
+}
+
+} // namespace kestrelon

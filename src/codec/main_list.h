@@ -1,0 +1,75 @@
+#pragma once
+// The rows of the main list: one per edit-info record of the open project, in
+// list order, with the list's selection. Sources come in tree order (depth
+// first, parent before children) and each source's records in their order.
+//
+// A row refers to its record by source item and index rather than by
+// pointer, so adding a record to a source never leaves a row dangling; after
+// records are added or removed, build the list again with fromDocument().
+//
+// The workbench's list view, the encode/decode engine, export and
+// kestrelon-cli all work on this one model; docs/engine.md says how.
+#include "project/edit_info_record.h"
+#include "project/project_item.h"
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace kestrelon {
+
+class ProjectDocument;
+class ProjectSession;
+class UserPort;
+
+struct ListRow {
+    ProjectItem* source = nullptr;
+    std::size_t recordIndex = 0;
+
+    EditInfoRecord& record() const { return source->records()[recordIndex]; }
+};
+
+class MainList {
+public:
+    MainList() = default;
+    static MainList fromDocument(ProjectDocument& document);
+
+    const std::vector<ListRow>& rows() const { return m_rows; }
+    std::vector<ListRow>& rows() { return m_rows; }
+    std::size_t size() const { return m_rows.size(); }
+    bool empty() const { return m_rows.empty(); }
+
+    // Per row: the row's list state has the selected bit. Kept as long as
+    // rows(); a caller that reorders rows reorders this alike.
+    std::vector<bool> selection;
+
+    bool isSelected(std::size_t row) const { return row < selection.size() && selection[row]; }
+    std::size_t selectedCount() const;
+    void selectAll();
+    void clearSelection();
+    // Selects exactly the rows given (counted from 0 in list order); false,
+    // with the selection unchanged, when any of them is not a row.
+    bool selectRows(const std::vector<std::size_t>& rows);
+
+    // The row showing record `recordIndex` of `source`.
+    std::optional<std::size_t> rowOf(const ProjectItem* source, std::size_t recordIndex) const;
+
+    // "Delete": with no row selected nothing happens; otherwise asks "Are you
+    // sure to delete the selected item?" (one row) or "Are you sure to delete
+    // selected items?" (several). Yes removes the selected records from their
+    // sources, marks the project modified and builds the rows again (nothing
+    // selected). True when rows were removed.
+    bool deleteSelected(UserPort& port, ProjectSession& session);
+    // "Delete All": with no rows nothing happens; otherwise asks "Are you sure
+    // to delete all items ?" and on Yes removes every record together with the
+    // rows' working event files (Temp\evt\<interim>.evt now, its copy beside
+    // the project file at the next Save or Close).
+    bool deleteAll(UserPort& port, ProjectSession& session);
+
+private:
+    void removeRows(const std::vector<std::size_t>& doomed, ProjectSession& session, bool withEventFiles);
+
+    std::vector<ListRow> m_rows;
+};
+
+} // namespace kestrelon
