@@ -9,7 +9,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev
   nlohmann-json3-dev libsndfile1-dev libzstd-dev
   libcodec2-dev codec2-examples libspeex-dev libspeexdsp-dev libsdl2-dev
-  xvfb xauth sox
+  xvfb xauth sox imagemagick
 )
 
 missing=()

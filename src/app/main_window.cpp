@@ -1,0 +1,605 @@
+#include "app/main_window.h"
+
+#include "app/dialogs/add_folder_dialog.h"
+#include "app/dialogs/body_information_dialog.h"
+#include "app/dialogs/dll_setting_dialog.h"
+#include "app/dialogs/new_project_dialog.h"
+#include "app/dialogs/splitter_bar_dialog.h"
+#include "app/external_editor.h"
+#include "app/file_chooser.h"
+#include "app/qt_user_port.h"
+#include "app/views/main_view.h"
+#include "bodies/body_settings.h"
+#include "app/workspace_bar.h"
+#include "common/messages.h"
+#include "common/paths.h"
+#include "project/workspace_tree.h"
+
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QFrame>
+#include <QLabel>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTimer>
+#include <QToolBar>
+#include <QTreeView>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <system_error>
+
+namespace kestrelon {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kProgramTitle = "Kestrelon";
+constexpr std::string_view kHelpFileName = "Kestrelon.chm";
+// A menu text may not show a path's "&" as a mnemonic.
+QString escapeMnemonics(QString text) { return text.replace(QLatin1Char('&'), QStringLiteral("&&")); }
+
+// The property of a Files tree node: what it is and where its file lies.
+void showItemProperty(QWidget* parent, const ProjectItem& item, const fs::path& onDisk)
+{
+    QDialog dialog(parent);
+    dialog.setWindowTitle(QStringLiteral("Property"));
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("Name:"), new QLabel(QString::fromStdString(item.name())));
+    form->addRow(QStringLiteral("ID:"), new QLabel(QString::fromStdString(item.id())));
+    form->addRow(QStringLiteral("Kind:"),
+                 new QLabel(item.isGroup() ? QStringLiteral("Folder") : QStringLiteral("Source file")));
+    if (item.isSource()) {
+        std::error_code ec;
+        const auto size = fs::file_size(onDisk, ec);
+        form->addRow(QStringLiteral("Path:"), new QLabel(qtPath(onDisk)));
+        form->addRow(QStringLiteral("Size (byte):"),
+                     new QLabel(ec ? QStringLiteral("(missing)") : QString::number(qulonglong(size))));
+        form->addRow(QStringLiteral("Encode settings:"), new QLabel(QString::number(item.records().size())));
+    } else {
+        form->addRow(QStringLiteral("Items:"), new QLabel(QString::number(item.children().size())));
+    }
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, &dialog);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addLayout(form);
+    layout->addWidget(buttons);
+    dialog.exec();
+}
+
+} // namespace
+
+MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* parent)
+    : QMainWindow(parent),
+      m_options(std::move(options)),
+      m_bodies(bodies),
+      m_ownPort(m_options.port ? nullptr : std::make_unique<QtUserPort>()),
+      m_port(m_options.port ? m_options.port : m_ownPort.get()),
+      m_ownChooser(m_options.chooser ? nullptr : std::make_unique<QtFileChooser>(this)),
+      m_chooser(m_options.chooser ? m_options.chooser : m_ownChooser.get()),
+      m_companions(*m_port),
+      m_session(*m_port, &m_companions, &m_recent, m_options.programFolder)
+{
+    // The settings are read before any window of the frame exists.
+    loadSettings();
+    if (m_ownPort) m_ownPort->setParent(this);
+
+    setObjectName(QStringLiteral("MainFrame"));
+    setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowTabbedDocks);
+    m_commands = new CommandTable(this);
+    connect(m_commands, &CommandTable::triggered, this, &MainWindow::runCommand);
+
+    m_view = new MainView(*m_port);
+    m_view->setEnvironment(m_bodies, &m_companions.algorithms(), m_options.programFolder);
+    m_view->setSettings(&m_settings);
+    m_view->setSession(&m_session);
+    setCentralWidget(m_view);
+    connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);
+    connect(m_view, &MainView::rowsChanged, this, [this] {
+        updateTitle();
+        updateCommands();
+    });
+
+    createWorkspace();
+    createMenus();
+    createToolBars();
+    createStatusBar();
+    resize(1000, 700);
+    sessionChanged();
+}
+
+MainWindow::~MainWindow()
+{
+    // The Files tree view must not outlive the tree it shows.
+    if (m_workspace) m_workspace->setProject(nullptr, nullptr, {}, nullptr);
+    saveSettings();
+}
+
+// ---- Settings
+
+void MainWindow::loadSettings()
+{
+    if (!m_settings.load(m_options.configFolder))
+        QTimer::singleShot(0, this, [this] { m_port->showMessage(msg::kSettingsUnreadable); });
+    m_recent = RecentProjects(m_settings.recentProjects);
+}
+
+void MainWindow::saveSettings()
+{
+    m_settings.recentProjects = m_recent.entries();
+    m_settings.save(m_options.configFolder);
+}
+
+// ---- Building the frame
+
+void MainWindow::createWorkspace()
+{
+    m_workspace = new WorkspaceBar(this);
+    addDockWidget(Qt::LeftDockWidgetArea, m_workspace);
+    resizeDocks({m_workspace}, {170}, Qt::Horizontal);
+    connect(m_workspace, &WorkspaceBar::selectionChanged, this, &MainWindow::updateCommands);
+    connect(m_workspace, &WorkspaceBar::sourceActivated, this, [this] { runCommand(cmd::kShowProperty); });
+    connect(m_workspace, &QDockWidget::visibilityChanged, this,
+            [this](bool) { action(cmd::kWorkspace)->setChecked(!m_workspace->isHidden()); });
+}
+
+void MainWindow::createMenus()
+{
+    const auto add = [this](QMenu* menu, std::initializer_list<int> ids) {
+        for (int id : ids) {
+            if (id == 0) menu->addSeparator();
+            else menu->addAction(action(id));
+        }
+    };
+    using namespace cmd;
+
+    QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+    add(file, {kNewProject, kOpenProject, kCloseProject, 0, kSaveProject, kSaveProjectAs, 0, kExportAll, 0});
+    for (int id = kRecentFirst; id <= kRecentLast; ++id) file->addAction(action(id));
+    add(file, {0, kExit});
+
+    QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    add(edit, {kAddFiles, kAddFolder, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles, kDeleteAll, 0,
+               kSelectAllTree, kShowProperty});
+
+    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    add(view, {kStandardToolbar, kActionToolbar, kWorkspace, 0, kBodyInformation, kEncodeInfo, kRowProperty,
+               kShowWaveform, 0, kShowConfigurationUpdateOnly});
+
+    QMenu* act = menuBar()->addMenu(QStringLiteral("&Action"));
+    add(act, {kAddEncodeData, kEncode, kDecode, 0, kSelectAllRows, kDeleteRows, kDeleteAllRows, kClear, kDuplicate, 0, kPc,
+              kTargetBoard, kPlay, kStop, kPause, kPlayLooped, kPlaySentence, 0, kExportSelected, 0, kDllSetting,
+              kAutoDecode, kExternalEditor});
+
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    add(help, {kHelp});
+
+    // The trees' pop-up menus.
+    m_filesMenu = new QMenu(this);
+    add(m_filesMenu, {kAddFiles, kAddFolder, 0, kAddEncodeData, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles,
+                      kDeleteAll, 0, kSelectAllTree, kShowProperty, kExternalEditor});
+    m_workspace->setFilesMenu(m_filesMenu);
+    m_algorithmsMenu = new QMenu(this);
+    add(m_algorithmsMenu, {kShowConfiguration, 0, kDllSetting});
+    m_workspace->setAlgorithmsMenu(m_algorithmsMenu);
+
+    action(kAutoDecode)->setChecked(m_settings.autoDecode != 0);
+    for (QMenu* menu : {file, edit, view, act, help, m_filesMenu, m_algorithmsMenu})
+        connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateCommands);
+}
+
+void MainWindow::createToolBars()
+{
+    using namespace cmd;
+    QStyle* look = style();
+    action(kNewProject)->setIcon(look->standardIcon(QStyle::SP_FileIcon));
+    action(kOpenProject)->setIcon(look->standardIcon(QStyle::SP_DialogOpenButton));
+    action(kSaveProject)->setIcon(look->standardIcon(QStyle::SP_DialogSaveButton));
+    action(kHelp)->setIcon(look->standardIcon(QStyle::SP_DialogHelpButton));
+    action(kAddFolder)->setIcon(look->standardIcon(QStyle::SP_FileDialogNewFolder));
+    action(kAddFiles)->setIcon(look->standardIcon(QStyle::SP_FileDialogStart));
+    action(kPlay)->setIcon(look->standardIcon(QStyle::SP_MediaPlay));
+    action(kStop)->setIcon(look->standardIcon(QStyle::SP_MediaStop));
+    action(kPause)->setIcon(look->standardIcon(QStyle::SP_MediaPause));
+
+    m_standardBar = addToolBar(QStringLiteral("Standard Toolbar"));
+    m_standardBar->setObjectName(QStringLiteral("StandardToolbar"));
+    for (int id : {kNewProject, kOpenProject, kSaveProject, 0, kHelp}) {
+        if (id == 0) m_standardBar->addSeparator();
+        else m_standardBar->addAction(action(id));
+    }
+
+    m_actionBar = addToolBar(QStringLiteral("Action Toolbar"));
+    m_actionBar->setObjectName(QStringLiteral("ActionToolbar"));
+    m_actionBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    for (int id : {kAddFiles, kAddFolder, 0, kAddEncodeData, kEncode, kDecode, 0, kPc, kTargetBoard, kPlay, kStop,
+                   0, kExportSelected}) {
+        if (id == 0) m_actionBar->addSeparator();
+        else m_actionBar->addAction(action(id));
+    }
+
+    for (auto [bar, id] : {std::pair{m_standardBar, kStandardToolbar}, std::pair{m_actionBar, kActionToolbar}}) {
+        action(id)->setChecked(true);
+        connect(bar, &QToolBar::visibilityChanged, action(id), &QAction::setChecked);
+    }
+}
+
+void MainWindow::createStatusBar()
+{
+    // The caps-lock pane starts empty. Qt has no portable query of the lock
+    // key's state, so it stays empty (see docs/workbench.md).
+    m_capsIndicator = new QLabel;
+    m_capsIndicator->setObjectName(QStringLiteral("CapsIndicator"));
+    m_capsIndicator->setMinimumWidth(m_capsIndicator->fontMetrics().horizontalAdvance(QStringLiteral("CAP")) + 12);
+    m_capsIndicator->setAlignment(Qt::AlignCenter);
+    m_capsIndicator->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    m_capsIndicator->clear();
+    statusBar()->addPermanentWidget(m_capsIndicator);
+    statusBar()->showMessage(QStringLiteral("Ready"));
+}
+
+// ---- State
+
+std::vector<ProjectItem*> MainWindow::selectedSources() const
+{
+    return m_tree ? m_tree->selection().sources() : std::vector<ProjectItem*>{};
+}
+
+FrameState MainWindow::frameState() const
+{
+    FrameState state;
+    state.projectOpen = m_session.isOpen();
+    state.busy = m_session.busy();
+    state.editorRunning = m_editorRunning;
+    state.recentCount = int(m_recent.size());
+    if (m_tree) {
+        const TreeSelection& selection = m_tree->selection();
+        state.filesTreeEmpty = m_session.document().topLevelFiles().empty();
+        state.hasTarget = m_workspace->target().has_value();
+        state.selectedItems = int(selection.items().size());
+        state.selectedSources = int(selection.sources().size());
+        state.selectedFolders = int(selection.folders().size());
+        if (ProjectItem* primary = selection.primary(); primary && primary->isGroup())
+            for (const ProjectItem* child : primary->children())
+                if (child->isSource()) state.primaryFolderHasFiles = true;
+    }
+    state.bodiesLoaded = m_bodies != nullptr;
+    state.listHasRows = m_view->hasRows();
+    state.listHasSelection = m_view->hasSelection();
+    state.listHasCurrentRow = m_view->hasCurrentRow();
+    return state;
+}
+
+void MainWindow::updateCommands()
+{
+    m_commands->update(frameState());
+}
+
+void MainWindow::updateTitle()
+{
+    const QString program = QString::fromUtf8(kProgramTitle.data(), qsizetype(kProgramTitle.size()));
+    if (!m_session.isOpen()) {
+        setWindowTitle(program);
+        return;
+    }
+    setWindowTitle(qtPath(m_session.projectFile().filename()) + QStringLiteral(" - ") + program);
+}
+
+void MainWindow::updateRecentMenu()
+{
+    for (int index = 0; index <= cmd::kRecentLast - cmd::kRecentFirst; ++index) {
+        QAction* entry = action(cmd::kRecentFirst + index);
+        const bool used = std::size_t(index) < m_recent.size();
+        entry->setVisible(used || index == 0);
+        entry->setText(used ? QStringLiteral("&%1 ").arg(index + 1) +
+                                  escapeMnemonics(QString::fromStdString(m_recent.displayText(std::size_t(index))))
+                            : QStringLiteral("Recent File"));
+        entry->setToolTip(used ? QString::fromStdString(m_recent.entries()[std::size_t(index)]) : QString());
+    }
+}
+
+void MainWindow::sessionChanged()
+{
+    // The old tree's selection refers to the project that just closed: the
+    // frame stops seeing it before the bar lets go of it (which updates the
+    // commands), and it goes only after that.
+    const std::unique_ptr<WorkspaceTree> closedTree = std::move(m_tree);
+    m_workspace->setProject(nullptr, nullptr, {}, nullptr);
+    if (m_session.isOpen()) {
+        m_tree = std::make_unique<WorkspaceTree>(m_session.document(), m_session.projectFolder(),
+                                                 m_session.deletionList(), *m_port);
+        m_tree->onChanged = [this] { treeChanged(); };
+        m_workspace->setProject(m_tree.get(), &m_session.document(),
+                                qtPath(m_session.projectFile().stem()), &m_companions.algorithms());
+    }
+    updateTitle();
+    updateRecentMenu();
+    refreshViews();
+    emit projectChanged();
+}
+
+void MainWindow::treeChanged()
+{
+    // Playback of the removed items stops here once playback exists; the main
+    // list is refilled from the tree.
+    m_workspace->refreshFiles();
+    m_view->refresh();
+    updateTitle();
+    updateCommands();
+}
+
+void MainWindow::refreshViews()
+{
+    m_workspace->refreshFiles();
+    m_workspace->refreshAlgorithms();
+    m_view->refresh();
+    updateCommands();
+}
+
+fs::path MainWindow::startFolder(const std::string& remembered) const
+{
+    std::error_code ec;
+    const fs::path folder = pathFromUtf8(remembered);
+    if (!remembered.empty() && fs::is_directory(folder, ec)) return folder;
+    if (m_session.isOpen()) return m_session.projectFolder();
+    return m_options.programFolder;
+}
+
+// ---- Commands
+
+void MainWindow::runCommand(int id)
+{
+    // A command runs only when its rule allows it, whoever asks.
+    if (!commandEnabled(id, frameState())) return;
+    using namespace cmd;
+    if (id >= kRecentFirst && id <= kRecentLast) {
+        onRecentProject(id - kRecentFirst);
+    } else if (!runListCommand(id)) {
+        switch (id) {
+        case kWorkspace: m_workspace->setVisible(action(id)->isChecked()); break;
+        case kStandardToolbar: m_standardBar->setVisible(action(id)->isChecked()); break;
+        case kActionToolbar: m_actionBar->setVisible(action(id)->isChecked()); break;
+        case kNewProject: onNewProject(); break;
+        case kOpenProject: onOpenProject(); break;
+        case kSaveProject: onSaveProject(); break;
+        case kSaveProjectAs: onSaveProjectAs(); break;
+        case kCloseProject: onCloseProject(); break;
+        case kAddFiles: onAddFiles(); break;
+        case kAddFolder: onAddFolder(); break;
+        case kDeleteAll: onDeleteAll(); break;
+        case kDeleteFolderFiles: onDeleteFolderFiles(); break;
+        case kDeleteFiles: onDeleteFiles(); break;
+        case kDeleteFolder: onDeleteFolders(); break;
+        case kShowProperty: onShowProperty(); break;
+        case kSelectAllTree: onSelectAllTree(); break;
+        case kDllSetting: onDllSetting(); break;
+        case kBodyInformation: onBodyInformation(); break;
+        case kHelp: onHelp(); break;
+        case kExternalEditor: onExternalEditor(); break;
+        case kSplitterBarKey: onSplitterBar(); break;
+        case kAutoDecode: onAutoDecode(); break;
+        case kRefreshKey: refreshViews(); break;
+        case kExit: close(); break;
+        default: break;
+        }
+    }
+    updateCommands();
+}
+
+// The list's commands, run by the main view. False for any other command.
+bool MainWindow::runListCommand(int id)
+{
+    using namespace cmd;
+    switch (id) {
+    case kSelectAllRows:
+    case kSelectAllKey: m_view->selectAll(); return true;
+    case kDeleteRows: m_view->deleteSelected(); return true;
+    case kDeleteAllRows: m_view->deleteAll(); return true;
+    case kEncode:
+    case kEncodeKey: m_view->encodeSelected(); return true;
+    case kDecode:
+    case kDecodeKey: m_view->decodeSelected(); return true;
+    case kRowProperty: m_view->showProperty(); return true;
+    case kEncodeInfo: m_view->showEncodeInfo(); return true;
+    case kExportSelected: m_view->exportSelected(); return true;
+    case kExportAll: m_view->exportAll(); return true;
+    case kAddEncodeData:
+        // Groups among the selected items are passed over by the view.
+        if (m_tree) m_view->addEncodeData(m_tree->selection().items());
+        return true;
+    default: return false;
+    }
+}
+
+void MainWindow::onNewProject()
+{
+    NewProjectDialog dialog(*m_port, *m_chooser, startFolder(m_settings.lastProjectPath), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    m_settings.lastProjectPath = dialog.location();
+    m_session.newProject(dialog.location(), dialog.name());
+    sessionChanged();
+}
+
+void MainWindow::onOpenProject()
+{
+    const auto chosen = m_chooser->projectToOpen(startFolder(m_settings.lastProjectPath));
+    if (!chosen) return;
+    openProject(*chosen);
+}
+
+bool MainWindow::openProject(const fs::path& file)
+{
+    const bool opened = m_session.openProject(file);
+    if (opened) m_settings.lastProjectPath = utf8FromPath(file.parent_path().parent_path());
+    sessionChanged();
+    return opened;
+}
+
+void MainWindow::onSaveProject()
+{
+    m_session.saveProject();
+    updateTitle();
+}
+
+void MainWindow::onSaveProjectAs()
+{
+    const auto chosen = m_chooser->projectToSave(startFolder(m_settings.lastProjectPath));
+    if (!chosen) return;
+    if (m_session.saveProjectAs(*chosen)) sessionChanged();
+}
+
+void MainWindow::onCloseProject()
+{
+    m_session.closeProject();
+    sessionChanged();
+}
+
+void MainWindow::onRecentProject(int index)
+{
+    if (index < 0 || std::size_t(index) >= m_recent.size()) return;
+    const std::string path = m_recent.entries()[std::size_t(index)];
+    std::error_code ec;
+    const bool existed = fs::exists(pathFromUtf8(path), ec);
+    openProject(pathFromUtf8(path));
+    // A project that is gone leaves the list once its message has been shown.
+    if (!existed) {
+        m_recent.remove(path);
+        updateRecentMenu();
+    }
+}
+
+void MainWindow::onAddFiles()
+{
+    const auto target = m_workspace->target();
+    if (!m_tree || !target) return;
+    const std::vector<fs::path> chosen = m_chooser->waveFiles(startFolder(m_settings.lastFilePath));
+    if (chosen.empty()) return;
+    m_settings.lastFilePath = utf8FromPath(chosen.front().parent_path());
+    m_tree->addFiles(*target, chosen);
+}
+
+void MainWindow::onAddFolder()
+{
+    const auto target = m_workspace->target();
+    if (!m_tree || !target) return;
+    AddFolderDialog dialog(this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    m_tree->addFolder(*target, dialog.folderName());
+}
+
+void MainWindow::onDeleteAll()
+{
+    if (m_tree) m_tree->deleteAll();
+    m_workspace->filesView()->setFocus();
+}
+
+void MainWindow::onDeleteFolderFiles()
+{
+    if (m_tree) m_tree->deleteFolderFiles();
+    m_workspace->filesView()->setFocus();
+}
+
+void MainWindow::onDeleteFiles()
+{
+    if (m_tree) m_tree->deleteFiles();
+    m_workspace->filesView()->setFocus();
+}
+
+void MainWindow::onDeleteFolders()
+{
+    if (m_tree) m_tree->deleteFolders();
+    m_workspace->filesView()->setFocus();
+}
+
+void MainWindow::onShowProperty()
+{
+    if (!m_tree) return;
+    if (ProjectItem* item = m_tree->selection().primary())
+        showItemProperty(this, *item, item->isSource() ? m_tree->sourcePath(*item) : fs::path());
+}
+
+void MainWindow::onSelectAllTree()
+{
+    if (!m_tree) return;
+    m_tree->selection().selectAll();
+    m_workspace->selectItems(m_tree->selection().items());
+}
+
+void MainWindow::onDllSetting()
+{
+    const fs::path folder = m_session.isOpen() ? m_session.projectFolder() : fs::path();
+    DllSettingDialog dialog(m_companions.algorithms(), folder, m_settings.externalEditor, *m_port, this);
+    // A removed algorithm leaves the registry at once: the tree and the list follow.
+    connect(&dialog, &DllSettingDialog::algorithmRemoved, this, [this] {
+        m_workspace->refreshAlgorithms();
+        m_view->refresh();
+    });
+    dialog.exec();
+    updateCommands();
+}
+
+void MainWindow::onBodyInformation()
+{
+    if (!m_bodies) return;
+    BodyInformationDialog dialog(m_bodies->bodies(), *m_port, this);
+    dialog.exec();
+}
+
+void MainWindow::onHelp()
+{
+    const fs::path help = m_options.programFolder / std::string(kHelpFileName);
+    std::error_code ec;
+    if (!fs::is_regular_file(help, ec)) {
+        m_port->showMessage(msg::kHelpNotFound);
+        return;
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(help)));
+}
+
+void MainWindow::onExternalEditor()
+{
+    std::error_code ec;
+    const fs::path editor = pathFromUtf8(m_settings.externalEditor);
+    if (editor.empty() || !fs::is_regular_file(editor, ec)) {
+        m_port->showMessage(msg::kExternalEditorMissing);
+        return;
+    }
+    const std::vector<ProjectItem*> sources = selectedSources();
+    if (!m_tree || sources.empty()) return;
+    ProjectItem* primary = m_tree->selection().primary();
+    const ProjectItem* source = primary && primary->isSource() ? primary : sources.front();
+    m_editorRunning = true;
+    updateCommands();
+    runExternalEditor(editor, m_tree->sourcePath(*source), this);
+    m_editorRunning = false;
+}
+
+void MainWindow::onSplitterBar()
+{
+    SplitterBarDialog dialog(splitViewEnabled(), *m_port, this);
+    if (dialog.exec() == QDialog::Accepted) setSplitViewEnabled(dialog.showChecked());
+}
+
+void MainWindow::onAutoDecode()
+{
+    m_settings.autoDecode = action(cmd::kAutoDecode)->isChecked() ? 1 : 0;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    // Closing the window first closes the project, with its save question; a
+    // refusal keeps the window open.
+    if (m_session.isOpen() && !m_session.closeProject()) {
+        event->ignore();
+        return;
+    }
+    sessionChanged();
+    event->accept();
+}
+
+} // namespace kestrelon

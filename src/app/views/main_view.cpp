@@ -1,0 +1,515 @@
+#include "app/views/main_view.h"
+
+#include "app/dialogs/encode_setting_dialog.h"
+#include "app/dialogs/export_dialog.h"
+#include "app/dialogs/progress_dialog.h"
+#include "app/dialogs/property_dialog.h"
+#include "app/views/info_panels.h"
+#include "app/views/list_columns.h"
+#include "app/views/record_sort_proxy.h"
+#include "app/views/record_table_model.h"
+#include "bodies/body_settings.h"
+#include "codec/add_encode_data.h"
+#include "codec/engine.h"
+#include "common/paths.h"
+#include "common/recording_port.h"
+#include "plugins/codec_host.h"
+#include "project/project_session.h"
+#include "settings/export.h"
+#include "settings/settings_store.h"
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <cmath>
+#include <numeric>
+
+namespace kestrelon {
+
+namespace {
+
+// Progress of the view's batches goes to its window; each finished row is
+// repainted at once, so the list follows the batch.
+class ViewProgressPort : public ProgressPort {
+public:
+    ViewProgressPort(UserPort& inner, ProgressDialog& dialog, RecordTableModel& model)
+        : ProgressPort(inner, dialog), m_model(model)
+    {
+    }
+    void endProgress() override
+    {
+        m_model.recordsChanged();
+        ProgressPort::endProgress();
+    }
+
+private:
+    RecordTableModel& m_model;
+};
+
+// Delete in the list deletes rows; everything else is the table's.
+class DeleteKeyFilter : public QObject {
+public:
+    DeleteKeyFilter(MainView* view) : QObject(view), m_view(view) {}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Delete &&
+            static_cast<QKeyEvent*>(event)->modifiers() == Qt::NoModifier) {
+            m_view->deleteSelected();
+            return true;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    MainView* m_view;
+};
+
+constexpr int kBaseWidthSum = std::accumulate(kListBaseWidths.begin(), kListBaseWidths.end(), 0);
+
+} // namespace
+
+MainView::MainView(UserPort& port, QWidget* parent)
+    : QWidget(parent)
+    , m_port(port)
+    , m_model(new RecordTableModel(this))
+    , m_proxy(new RecordSortProxy(this))
+    , m_table(new QTableView(this))
+    , m_panels(new InfoPanels(this))
+    , m_progress(new ProgressDialog(this))
+    , m_quietPort(std::make_unique<RecordingPort>(
+          [](std::string_view, Buttons buttons, std::string_view) { return answerFor(Answer::No, buttons); }))
+{
+    m_proxy->setSourceModel(m_model);
+    m_table->setModel(m_proxy);
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_table->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setAlternatingRowColors(true);
+    m_table->setWordWrap(false);
+    m_table->setShowGrid(true);
+    m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_table->setContextMenuPolicy(Qt::CustomContextMenu);
+    // Every row has the same height and no row is measured: a list of tens of
+    // thousands of rows scrolls as fast as a short one.
+    QHeaderView* rows = m_table->verticalHeader();
+    rows->setVisible(false);
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
+    QHeaderView* header = m_table->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setStretchLastSection(false);
+    header->setHighlightSections(false);
+    header->setSortIndicatorShown(true);
+    m_table->setSortingEnabled(true);
+    applyListSettings();
+    m_table->installEventFilter(new DeleteKeyFilter(this));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(4, 4, 4, 4);
+    layout->addWidget(m_panels);
+    layout->addWidget(m_table, 1);
+
+    buildContextMenu();
+    connect(m_table, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { m_menu->popup(m_table->viewport()->mapToGlobal(at)); });
+    connect(header, &QHeaderView::sortIndicatorChanged, this, &MainView::storeSortSettings);
+    connect(header, &QHeaderView::sectionResized, this, [this] {
+        if (!m_applyingScale)
+            storeColumnScale();
+    });
+    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
+        updatePanels();
+        emit selectionChanged();
+    });
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { emit selectionChanged(); });
+}
+
+MainView::~MainView()
+{
+    m_factsHost.reset(); // before the window it was handed
+}
+
+void MainView::buildContextMenu()
+{
+    m_menu = new QMenu(this);
+    const auto add = [this](const QString& text, void (MainView::*slot)()) {
+        QAction* action = m_menu->addAction(text);
+        connect(action, &QAction::triggered, this, slot);
+        m_contextActions.push_back(action);
+        return action;
+    };
+    add(tr("Select A&ll"), &MainView::selectAll);
+    add(tr("Delete"), &MainView::deleteSelected);
+    add(tr("Dele&te All"), &MainView::deleteAll);
+    m_menu->addSeparator();
+    add(tr("Encode"), &MainView::encodeSelected);
+    add(tr("&Decode"), &MainView::decodeSelected);
+    m_menu->addSeparator();
+    add(tr("E&xport"), &MainView::exportSelected);
+    add(tr("&Property"), &MainView::showProperty);
+    add(tr("Encode &Info"), &MainView::showEncodeInfo);
+    connect(m_menu, &QMenu::aboutToShow, this, [this] {
+        const bool idle = readyForCommand();
+        const bool rows = idle && hasRows();
+        const bool selection = idle && hasSelection();
+        const bool current = idle && hasCurrentRow();
+        const bool enabled[] = {rows, selection, rows, selection, selection, selection, current, current};
+        for (std::size_t i = 0; i < m_contextActions.size(); ++i) m_contextActions[i]->setEnabled(enabled[i]);
+    });
+}
+
+// --- project and settings --------------------------------------------------
+
+void MainView::setSession(ProjectSession* session)
+{
+    m_session = session;
+    refresh();
+}
+
+void MainView::setEnvironment(BodySettings* bodies, std::vector<AlgoRegEntry>* registry,
+                              std::filesystem::path programFolder)
+{
+    m_bodies = bodies;
+    m_registry = registry;
+    if (programFolder != m_programFolder)
+        m_factsHost.reset();
+    m_programFolder = std::move(programFolder);
+}
+
+void MainView::setSettings(SettingsStore* settings)
+{
+    m_settings = settings;
+    applyListSettings();
+}
+
+void MainView::applyListSettings()
+{
+    int column = 1;
+    Qt::SortOrder order = Qt::AscendingOrder;
+    float scale = 1.0f;
+    if (m_settings) {
+        column = m_settings->sortIndex >= 0 && m_settings->sortIndex < kListColumnCount ? m_settings->sortIndex : 1;
+        order = m_settings->sortOrder == 0 ? Qt::AscendingOrder : Qt::DescendingOrder;
+        scale = m_settings->columnScale;
+    }
+    applyColumnScale(scale);
+    // Sorting now would write the same values back; nothing else listens yet.
+    m_table->sortByColumn(column, order);
+}
+
+void MainView::applyColumnScale(float scale)
+{
+    if (!std::isfinite(scale) || scale <= 0.0f)
+        scale = 1.0f;
+    m_applyingScale = true;
+    for (int column = 0; column < kListColumnCount; ++column) {
+        const float width = static_cast<float>(kListBaseWidths[static_cast<std::size_t>(column)]) * scale;
+        m_table->horizontalHeader()->resizeSection(column, std::max(8, static_cast<int>(std::lround(width))));
+    }
+    m_applyingScale = false;
+}
+
+void MainView::storeSortSettings(int column, Qt::SortOrder order)
+{
+    if (!m_settings)
+        return;
+    m_settings->sortIndex = column;
+    m_settings->sortOrder = order == Qt::AscendingOrder ? 0 : 1;
+}
+
+void MainView::storeColumnScale()
+{
+    if (!m_settings)
+        return;
+    // Dragging a column edge changes the scale of the whole list: the sum of
+    // the widths against the sum at scale 1.0.
+    int total = 0;
+    for (int column = 0; column < kListColumnCount; ++column) total += m_table->horizontalHeader()->sectionSize(column);
+    m_settings->columnScale = static_cast<float>(total) / static_cast<float>(kBaseWidthSum);
+}
+
+void MainView::refresh()
+{
+    m_algorithmFacts.clear();
+    m_waveFacts.clear();
+    m_originalSizes.clear();
+    MainList list;
+    if (m_session && m_session->isOpen()) {
+        list = MainList::fromDocument(m_session->document());
+        m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
+        updateCompressionRates(list, m_originalSizes);
+    }
+    m_model->setList(std::move(list));
+    const QHeaderView* header = m_table->horizontalHeader();
+    m_proxy->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    updatePanels();
+    emit rowsChanged();
+    emit selectionChanged();
+}
+
+// --- state -------------------------------------------------------------------
+
+bool MainView::hasProject() const
+{
+    return m_session && m_session->isOpen();
+}
+
+bool MainView::hasRows() const
+{
+    return m_model->rowCount() > 0;
+}
+
+bool MainView::hasSelection() const
+{
+    return m_table->selectionModel()->hasSelection();
+}
+
+int MainView::selectedCount() const
+{
+    return static_cast<int>(m_table->selectionModel()->selectedRows().size());
+}
+
+bool MainView::hasCurrentRow() const
+{
+    return currentSourceRow().has_value();
+}
+
+bool MainView::isBusy() const
+{
+    return m_session && m_session->busy();
+}
+
+bool MainView::readyForCommand() const
+{
+    return hasProject() && !isBusy();
+}
+
+std::optional<int> MainView::currentSourceRow() const
+{
+    const QModelIndex current = m_table->selectionModel()->currentIndex();
+    if (!current.isValid())
+        return std::nullopt;
+    const QModelIndex source = m_proxy->mapToSource(current);
+    if (!source.isValid() || source.row() >= m_model->rowCount())
+        return std::nullopt;
+    return source.row();
+}
+
+MainList MainView::shownList() const
+{
+    MainList shown;
+    const int count = m_proxy->rowCount();
+    shown.rows().reserve(static_cast<std::size_t>(count));
+    shown.selection.reserve(static_cast<std::size_t>(count));
+    const QItemSelectionModel* selection = m_table->selectionModel();
+    for (int row = 0; row < count; ++row) {
+        const QModelIndex source = m_proxy->mapToSource(m_proxy->index(row, 0));
+        shown.rows().push_back(m_model->listRow(source.row()));
+        shown.selection.push_back(selection->isRowSelected(row, QModelIndex()));
+    }
+    return shown;
+}
+
+// --- panels ------------------------------------------------------------------
+
+CodecHost& MainView::factsHost()
+{
+    if (!m_factsHost)
+        m_factsHost = std::make_unique<CodecHost>(m_programFolder, *m_quietPort, m_hostWindow);
+    return *m_factsHost;
+}
+
+std::optional<AlgorithmFacts> MainView::algorithmFacts(const std::string& name)
+{
+    if (name.empty() || !hasProject())
+        return std::nullopt;
+    if (const auto known = m_algorithmFacts.find(name); known != m_algorithmFacts.end())
+        return known->second;
+    // A codec that cannot be described leaves the panel with its name only;
+    // the reason is told when the row is encoded, not on every click.
+    std::optional<AlgorithmFacts> facts;
+    const std::filesystem::path library = algorithmLibraryPath(m_session->projectFolder(), name);
+    std::error_code error;
+    if (std::filesystem::is_regular_file(library, error))
+        facts = algorithmFactsOf(factsHost(), library);
+    m_algorithmFacts.emplace(name, facts);
+    return facts;
+}
+
+std::optional<WaveFacts> MainView::waveFacts(const ProjectItem& source)
+{
+    if (!hasProject() || source.id().empty())
+        return std::nullopt;
+    if (const auto known = m_waveFacts.find(source.id()); known != m_waveFacts.end())
+        return known->second;
+    std::optional<WaveFacts> facts = waveFactsOf(joinModel(m_session->filesFolder(), source.id()));
+    m_waveFacts.emplace(source.id(), facts);
+    return facts;
+}
+
+void MainView::updatePanels()
+{
+    const std::optional<int> row = currentSourceRow();
+    if (!row || !hasProject()) {
+        m_panels->clear();
+        return;
+    }
+    const ListRow& listRow = m_model->listRow(*row);
+    const EditInfoRecord& record = listRow.record();
+    m_panels->show(RecordTableModel::fileNameOf(listRow), waveFacts(*listRow.source),
+                   QString::fromStdString(record.algoName), algorithmFacts(record.algoName), record);
+}
+
+// --- commands ----------------------------------------------------------------
+
+void MainView::selectAll()
+{
+    if (hasRows())
+        m_table->selectAll();
+}
+
+void MainView::deleteSelected()
+{
+    if (!readyForCommand())
+        return;
+    MainList shown = shownList();
+    if (shown.deleteSelected(m_port, *m_session))
+        refresh();
+}
+
+void MainView::deleteAll()
+{
+    if (!readyForCommand())
+        return;
+    MainList shown = shownList();
+    if (shown.deleteAll(m_port, *m_session))
+        refresh();
+}
+
+void MainView::encodeSelected()
+{
+    runBatch(true);
+}
+
+void MainView::decodeSelected()
+{
+    runBatch(false);
+}
+
+void MainView::setBusy(bool busy)
+{
+    // The engine keeps the flag itself while it runs; setting it here first
+    // lets the frame disable its commands before the first row starts.
+    m_session->setBusy(busy);
+    emit busyChanged();
+}
+
+void MainView::runBatch(bool encode)
+{
+    if (!readyForCommand() || !m_bodies || !m_registry)
+        return;
+    MainList shown = shownList();
+    if (shown.selectedCount() == 0)
+        return;
+    setBusy(true);
+    ViewProgressPort port(m_port, *m_progress, *m_model);
+    MainHostWindow window;
+    CodecHost host(m_programFolder, port, window);
+    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder});
+    if (encode)
+        engine.encodeSelected(shown, m_settings ? m_settings->autoDecode != 0 : false);
+    else
+        engine.decodeSelected(shown);
+    host.releaseAlgorithm();
+    setBusy(false);
+    // The engine measured the originals again for the rates; keep that table.
+    m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
+    m_waveFacts.clear();
+    m_model->recordsChanged();
+    updatePanels();
+    emit rowsChanged();
+}
+
+void MainView::showProperty()
+{
+    const std::optional<int> row = currentSourceRow();
+    if (!row || !readyForCommand())
+        return;
+    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, PropertyDialog::Mode::EditExportName, this);
+    if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
+        m_session->markModified();
+        m_model->recordChanged(*row);
+        emit rowsChanged();
+    }
+}
+
+void MainView::showEncodeInfo()
+{
+    const std::optional<int> row = currentSourceRow();
+    if (!row || !hasProject())
+        return;
+    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, PropertyDialog::Mode::ReadOnly, this);
+    dialog.exec();
+}
+
+void MainView::exportSelected()
+{
+    runExport(false);
+}
+
+void MainView::exportAll()
+{
+    runExport(true);
+}
+
+void MainView::runExport(bool all)
+{
+    if (!readyForCommand() || (!all && !hasSelection()) || !hasRows())
+        return;
+    ExportDialog dialog(ExportOptions{m_lastExportFolder, m_lastExportHeader}, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const ExportOptions options = dialog.options();
+    m_lastExportFolder = options.folder;
+    m_lastExportHeader = options.addHeader;
+
+    const MainList shown = shownList();
+    exportRows(*m_session, shown.rows(), shown.selection, options, all ? ExportKind::All : ExportKind::Selected,
+               m_port);
+}
+
+void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)
+{
+    if (!readyForCommand() || !m_bodies || !m_registry || selectedItems.empty())
+        return;
+    LastEncodeSetting last;
+    if (m_settings)
+        last = LastEncodeSetting{m_settings->lastBodyName, m_settings->lastAlgName, m_settings->lastBitRate,
+                                 m_settings->applyAllFiles != 0};
+    ProgressPort port(m_port, *m_progress);
+    MainHostWindow window;
+    CodecHost host(m_programFolder, port, window);
+    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder};
+    EncodeSettingDialogChooser chooser(m_bodies->bodies(), this);
+    kestrelon::addEncodeData(environment, selectedItems, chooser, last, m_settings ? m_settings->autoDecode != 0 : false);
+    host.releaseAlgorithm();
+    if (m_settings) {
+        m_settings->lastBodyName = last.bodyName;
+        m_settings->lastAlgName = last.algName;
+        m_settings->lastBitRate = last.bitRate;
+        m_settings->applyAllFiles = last.applyAllFiles ? 1 : 0;
+    }
+    refresh();
+}
+
+} // namespace kestrelon

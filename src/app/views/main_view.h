@@ -1,0 +1,151 @@
+#pragma once
+// The main view: the three information areas above the list of edit-info
+// records, and the list itself, from which rows are selected, deleted,
+// encoded, decoded, exported and looked at. The frame hosts it as its central
+// widget, hands it the open project and the program's data, and routes the
+// list commands of its menus and toolbars to the slots below.
+//
+// The view adds windows, not rules: selection, deletion, the engine, Add
+// Encode Data and export are the core's (src/codec, src/settings); the view
+// hands them the rows in the order it shows them, with its selection.
+#include "codec/main_list.h"
+#include "codec/results.h"
+#include "plugins/algorithm_registry.h"
+#include "plugins/host_windows.h"
+
+#include <QWidget>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QAction;
+class QMenu;
+class QTableView;
+
+namespace kestrelon {
+
+class BodySettings;
+class CodecHost;
+class InfoPanels;
+class ProgressDialog;
+class ProjectSession;
+class RecordSortProxy;
+class RecordTableModel;
+class RecordingPort;
+class UserPort;
+struct SettingsStore;
+
+class MainView : public QWidget {
+    Q_OBJECT
+public:
+    // Messages and questions go through `port`; progress of the view's own
+    // batches goes to a progress window of the view, with a "Stop" button.
+    explicit MainView(UserPort& port, QWidget* parent = nullptr);
+    ~MainView() override;
+
+    // The open project, or null. Call refresh() after a project was opened,
+    // closed or its rows changed elsewhere.
+    void setSession(ProjectSession* session);
+    // The body settings, the project's algorithm registry (the companion
+    // files' list) and the program folder the shipped codecs lie under. The
+    // engine, Add Encode Data and the Encode Setting dialog need them.
+    void setEnvironment(BodySettings* bodies, std::vector<AlgoRegEntry>* registry,
+                        std::filesystem::path programFolder);
+    // The in-memory settings: the list's sort (SortIndex, SortOrder) and
+    // column scale (Multiple) are taken from them now and written back into
+    // them whenever they change; the last Encode Setting choice and the
+    // automatic decode switch are read and kept there. The frame saves them.
+    void setSettings(SettingsStore* settings);
+
+    // Fills the list again from the project (cleared when none is open).
+    void refresh();
+
+    bool hasProject() const;
+    bool hasRows() const;
+    bool hasSelection() const;
+    int selectedCount() const;
+    bool hasCurrentRow() const;
+    // True while a batch of the view runs (the session's busy flag).
+    bool isBusy() const;
+
+    // The rows as shown, top to bottom, with the selection.
+    MainList shownList() const;
+
+    QTableView* table() const { return m_table; }
+    InfoPanels* panels() const { return m_panels; }
+    RecordTableModel* model() const { return m_model; }
+    ProgressDialog* progressDialog() const { return m_progress; }
+    // The actions of the list's pop-up menu, in menu order.
+    const std::vector<QAction*>& contextActions() const { return m_contextActions; }
+
+public slots:
+    void selectAll();
+    void deleteSelected();
+    void deleteAll();
+    void encodeSelected();
+    void decodeSelected();
+    // "Add Encode Data" for the selected items of the Files tree, in tree
+    // order; groups among them are passed over.
+    void addEncodeData(const std::vector<kestrelon::ProjectItem*>& selectedItems);
+    void showProperty();
+    void exportSelected();
+    void exportAll();
+    void showEncodeInfo();
+
+signals:
+    // The selection or the current row changed: commands may change state.
+    void selectionChanged();
+    // Rows were added, removed or rewritten.
+    void rowsChanged();
+    // A batch of the view started or ended (the session's busy flag changed).
+    void busyChanged();
+
+private:
+    void buildContextMenu();
+    void applyListSettings();
+    void storeSortSettings(int column, Qt::SortOrder order);
+    void storeColumnScale();
+    void applyColumnScale(float scale);
+    void updatePanels();
+    void runBatch(bool encode);
+    void setBusy(bool busy);
+    void runExport(bool all);
+    std::optional<int> currentSourceRow() const;
+    CodecHost& factsHost();
+    std::optional<AlgorithmFacts> algorithmFacts(const std::string& name);
+    std::optional<WaveFacts> waveFacts(const ProjectItem& source);
+    bool readyForCommand() const;
+
+    UserPort& m_port;
+    ProjectSession* m_session = nullptr;
+    BodySettings* m_bodies = nullptr;
+    std::vector<AlgoRegEntry>* m_registry = nullptr;
+    std::filesystem::path m_programFolder;
+    SettingsStore* m_settings = nullptr;
+
+    RecordTableModel* m_model;
+    RecordSortProxy* m_proxy;
+    QTableView* m_table;
+    InfoPanels* m_panels;
+    ProgressDialog* m_progress;
+    QMenu* m_menu = nullptr;
+    std::vector<QAction*> m_contextActions;
+
+    OriginalSizes m_originalSizes;
+    // The panels ask codecs and waves once per refresh, not on every click.
+    std::map<std::string, std::optional<AlgorithmFacts>> m_algorithmFacts;
+    std::map<std::string, std::optional<WaveFacts>> m_waveFacts;
+    std::unique_ptr<RecordingPort> m_quietPort; // the panels' codec host reports to no one
+    MainHostWindow m_hostWindow;
+    std::unique_ptr<CodecHost> m_factsHost;
+
+    std::string m_lastExportFolder;
+    bool m_lastExportHeader = false;
+    bool m_applyingScale = false;
+};
+
+} // namespace kestrelon

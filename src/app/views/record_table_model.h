@@ -1,0 +1,56 @@
+#pragma once
+// The main list as a Qt table model: one row per edit-info record of the open
+// project, eleven columns. The model holds the list's rows (a source item and
+// a record index each) and reads every cell from the record itself, so a
+// record changed by the engine shows its new values as soon as its row is
+// told to repaint; nothing is copied.
+#include "codec/main_list.h"
+
+#include <QAbstractTableModel>
+
+namespace kestrelon {
+
+class RecordTableModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    // Sorting reads this role: a number for size and rate columns (nothing for
+    // an empty cell), a text for name columns, the row's place in the project
+    // for the others.
+    static constexpr int kSortRole = Qt::UserRole + 1;
+
+    explicit RecordTableModel(QObject* parent = nullptr);
+
+    // Replaces the rows (a model reset).
+    void setList(MainList list);
+    const MainList& list() const { return m_list; }
+    MainList& list() { return m_list; }
+
+    // The row's record; the row must exist.
+    const EditInfoRecord& record(int row) const;
+    const ListRow& listRow(int row) const;
+    // Repaints every cell: after the engine or the rates changed records.
+    void recordsChanged();
+    void recordChanged(int row);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    // The number a size, rate or bit-rate text sorts by: its leading decimal
+    // number, times 1000 when a "K" follows ("5.3K"); nothing when the text
+    // holds no number.
+    static QVariant sortNumber(const std::string& text);
+    // The file name column of a row: the record's source key, or the source's
+    // own name when the key is empty.
+    static QString fileNameOf(const ListRow& row);
+
+private:
+    QVariant display(const ListRow& row, int column) const;
+    QVariant sortValue(const ListRow& row, int rowIndex, int column) const;
+
+    MainList m_list;
+};
+
+} // namespace kestrelon

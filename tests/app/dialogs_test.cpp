@@ -1,0 +1,365 @@
+// The dialogs of the list and the frame: what each list offers, which limits
+// hold, what OK and Cancel leave behind, and the progress window's Stop.
+#include "view_fixture.h"
+
+#include "app/dialogs/body_information_dialog.h"
+#include "app/dialogs/dll_setting_dialog.h"
+#include "app/dialogs/encode_setting_dialog.h"
+#include "app/dialogs/progress_dialog.h"
+#include "app/dialogs/property_dialog.h"
+#include "bodies/body_settings.h"
+#include "common/messages.h"
+#include "common/paths.h"
+#include "plugins/algorithm_registry.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSlider>
+#include <QTableView>
+#include <QTreeWidget>
+
+using namespace kestrelon;
+using namespace kestrelon::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string str(std::string_view text) { return std::string(text); }
+
+std::vector<QString> entries(const QComboBox* box)
+{
+    std::vector<QString> texts;
+    for (int i = 0; i < box->count(); ++i) texts.push_back(box->itemText(i));
+    return texts;
+}
+
+BodyAlgoInfo algorithm(std::string name, std::vector<std::string> rates)
+{
+    BodyAlgoInfo info;
+    info.name = std::move(name);
+    info.bitRates = std::move(rates);
+    return info;
+}
+
+BodyInfo body(std::string name, std::vector<BodyAlgoInfo> algorithms, int algoCount = -1)
+{
+    BodyInfo info;
+    info.name = std::move(name);
+    info.algoCount = algoCount < 0 ? static_cast<int>(algorithms.size()) : algoCount;
+    info.algorithms = std::move(algorithms);
+    return info;
+}
+
+BodyInfo volumeBody(std::string name, int low, int high, int current, int byDefault = 0)
+{
+    BodyInfo info;
+    info.name = std::move(name);
+    info.sampleRateMax = 16000;
+    info.sampleRateMin = 8000;
+    info.volumeMin = low;
+    info.volumeMax = high;
+    info.currentVolume = current;
+    info.confirmedVolume = current;
+    info.defaultVolume = byDefault;
+    return info;
+}
+
+std::vector<QString> childTexts(const QTreeWidgetItem* item)
+{
+    std::vector<QString> texts;
+    for (int i = 0; i < item->childCount(); ++i) texts.push_back(item->child(i)->text(0));
+    return texts;
+}
+
+} // namespace
+
+TEST(EncodeSettingDialog, ListsFollowEachOtherFromTheLastChoice)
+{
+    const std::vector<BodyInfo> bodies = {
+        // ALGOCOUNT 2 of three entries: the third is not offered.
+        body("B1", {algorithm("X", {"8000", "16000"}), algorithm("Y", {"32000"}), algorithm("Z", {"1"})}, 2),
+        body("B2", {algorithm("Y", {"24000", "32000"})}),
+        body("Empty", {}),
+    };
+    EncodeSettingDialog dialog(bodies, LastEncodeSetting{"B2", "Y", "32000", false});
+    EXPECT_EQ(entries(dialog.bodyBox()), (std::vector<QString>{"B1", "B2", "Empty"}));
+    EXPECT_EQ(dialog.bodyBox()->currentText(), "B2");
+    EXPECT_EQ(entries(dialog.nameBox()), (std::vector<QString>{"Y"}));
+    EXPECT_EQ(entries(dialog.bitRateBox()), (std::vector<QString>{"24000", "32000"}));
+    EXPECT_EQ(dialog.bitRateBox()->currentText(), "32000");
+    EXPECT_FALSE(dialog.applyToAllBox()->isChecked());
+    EXPECT_FALSE(dialog.configurationButton()->isEnabled());
+
+    // Another body keeps the algorithm and the rate where it offers them.
+    dialog.bodyBox()->setCurrentIndex(0);
+    EXPECT_EQ(entries(dialog.nameBox()), (std::vector<QString>{"X", "Y"}));
+    EXPECT_EQ(dialog.nameBox()->currentText(), "Y");
+    EXPECT_EQ(entries(dialog.bitRateBox()), (std::vector<QString>{"32000"}));
+    dialog.nameBox()->setCurrentIndex(0);
+    EXPECT_EQ(entries(dialog.bitRateBox()), (std::vector<QString>{"8000", "16000"}));
+    EXPECT_EQ(dialog.bitRateBox()->currentText(), "8000");
+
+    dialog.accept();
+    EncodeSettingAnswer answer = dialog.answer();
+    EXPECT_TRUE(answer.confirmed);
+    EXPECT_EQ(answer.bodyName, "B1");
+    EXPECT_EQ(answer.algName, "X");
+    EXPECT_EQ(answer.bitRate, "8000");
+
+    // A body without algorithms leaves two lists empty: OK still closes.
+    dialog.bodyBox()->setCurrentIndex(2);
+    EXPECT_TRUE(entries(dialog.nameBox()).empty());
+    EXPECT_TRUE(entries(dialog.bitRateBox()).empty());
+    dialog.accept();
+    answer = dialog.answer();
+    EXPECT_TRUE(answer.confirmed);
+    EXPECT_EQ(answer.bodyName, "Empty");
+    EXPECT_FALSE(answer.algName.has_value());
+    EXPECT_FALSE(answer.bitRate.has_value());
+
+    // With the last choice gone from the settings, the lists open on their first entries.
+    EncodeSettingDialog fresh(bodies, LastEncodeSetting{"Gone", "Y", "32000", true});
+    EXPECT_EQ(fresh.bodyBox()->currentText(), "B1");
+    EXPECT_EQ(fresh.nameBox()->currentText(), "Y");
+    EXPECT_TRUE(fresh.applyToAllBox()->isChecked());
+}
+
+TEST_F(ViewTest, AddEncodeDataWithAnIncompleteChoiceSaysSoAndAddsNothing)
+{
+    open({{"a.wav", "B1", "X", "8000", "", "", "", "", ""}});
+    BodySettings bodies;
+    bodies.bodies() = {body("B1", {algorithm("X", {"8000"})}), body("Empty", {})};
+    std::vector<AlgoRegEntry> registry;
+    settings.lastBodyName = "B1";
+    settings.lastAlgName = "X";
+    settings.lastBitRate = "8000";
+    settings.applyAllFiles = 1;
+    MainView view(port);
+    view.setEnvironment(&bodies, &registry, start);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    ProjectItem* source = session.document().topLevelFiles().front();
+
+    whenModal<EncodeSettingDialog>([](EncodeSettingDialog* dialog) {
+        EXPECT_EQ(dialog->bodyBox()->currentText(), "B1");
+        dialog->bodyBox()->setCurrentIndex(1);
+        dialog->applyToAllBox()->setChecked(false);
+        dialog->accept();
+    });
+    view.addEncodeData({source});
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kThereIsAError)});
+    EXPECT_EQ(source->records().size(), 1u);
+    EXPECT_EQ(view.table()->model()->rowCount(), 1);
+    // The kept choice stays as it was.
+    EXPECT_EQ(settings.lastBodyName, "B1");
+    EXPECT_EQ(settings.applyAllFiles, 1);
+
+    port.clear();
+    whenModal<EncodeSettingDialog>([](EncodeSettingDialog* dialog) { dialog->reject(); });
+    view.addEncodeData({source});
+    EXPECT_TRUE(port.texts().empty());
+    EXPECT_EQ(source->records().size(), 1u);
+}
+
+TEST(BodyInformationDialog, TreeVolumesLimitsAndCancel)
+{
+    ScriptedPort port;
+    std::vector<BodyInfo> bodies = {volumeBody("Loud", 0, 15, 5), volumeBody("Soft", 1, 10, -1, 8),
+                                    volumeBody("Mute", 0, 0, 0)};
+    bodies[2].sampleRateMax = bodies[2].sampleRateMin = 0;
+    BodyInformationDialog dialog(bodies, port);
+
+    QTreeWidget* tree = dialog.tree();
+    ASSERT_EQ(tree->topLevelItemCount(), 3);
+    EXPECT_EQ(childTexts(tree->topLevelItem(0)),
+              (std::vector<QString>{"SampleRateMax=16000", "SampleRateMin=8000", "VolumeMax=15", "VolumeMin=0",
+                                    "CurrentVolume=5"}));
+    EXPECT_TRUE(childTexts(tree->topLevelItem(2)).empty());
+    EXPECT_FALSE(dialog.versionButton()->isEnabled());
+
+    // A value item selects the body that holds it.
+    tree->setCurrentItem(tree->topLevelItem(0)->child(1));
+    EXPECT_EQ(dialog.selectedBody(), 0);
+    EXPECT_EQ(dialog.volumeSlider()->value(), 5);
+    EXPECT_EQ(dialog.volumeEdit()->text(), "5");
+
+    // The limits are inclusive; one more is refused and the edit goes back.
+    dialog.volumeEdit()->setText("15");
+    dialog.applyButton()->click();
+    EXPECT_EQ(bodies[0].currentVolume, 15);
+    EXPECT_EQ(dialog.volumeSlider()->value(), 15);
+    EXPECT_EQ(tree->topLevelItem(0)->child(4)->text(0), "CurrentVolume=15");
+    dialog.volumeEdit()->setText("16");
+    dialog.applyButton()->click();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kVolumeAboveMaximum)});
+    EXPECT_EQ(dialog.volumeEdit()->text(), "15");
+    EXPECT_EQ(bodies[0].currentVolume, 15);
+    dialog.volumeEdit()->setText("0abc"); // leading digits: 0, the minimum
+    dialog.applyButton()->click();
+    EXPECT_EQ(bodies[0].currentVolume, 0);
+
+    // Never set: the default volume, which becomes the current one.
+    dialog.selectBody(1);
+    EXPECT_EQ(dialog.volumeSlider()->minimum(), 1);
+    EXPECT_EQ(dialog.volumeSlider()->value(), 8);
+    EXPECT_EQ(bodies[1].currentVolume, 8);
+    port.clear();
+    dialog.volumeEdit()->setText("x"); // no digits: 0, below this body's minimum
+    dialog.applyButton()->click();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kVolumeBelowMinimum)});
+    EXPECT_EQ(dialog.volumeEdit()->text(), "8");
+    dialog.volumeSlider()->setValue(3);
+    EXPECT_EQ(bodies[1].currentVolume, 3);
+    EXPECT_EQ(dialog.volumeEdit()->text(), "3");
+
+    // No volume limits: nothing to set.
+    dialog.selectBody(2);
+    EXPECT_FALSE(dialog.volumeSlider()->isEnabled());
+    EXPECT_FALSE(dialog.applyButton()->isEnabled());
+
+    // Cancel puts both changed bodies back.
+    dialog.reject();
+    EXPECT_EQ(bodies[0].currentVolume, 5);
+    EXPECT_EQ(bodies[1].currentVolume, -1);
+
+    // OK confirms what was set.
+    BodyInformationDialog again(bodies, port);
+    again.selectBody(0);
+    again.volumeSlider()->setValue(7);
+    again.accept();
+    EXPECT_EQ(bodies[0].currentVolume, 7);
+    EXPECT_EQ(bodies[0].confirmedVolume, 7);
+    EXPECT_EQ(bodies[1].confirmedVolume, -1);
+}
+
+TEST(DllSettingDialog, RemoveKeepsAlgosAndRegistryInStepAndTheEditorMustRun)
+{
+    TempDir temp;
+    const fs::path project = temp.path();
+    const std::string suffix(librarySuffix());
+    writeBytes(algorithmLibraryPath(project, "X"), "lib");
+    writeBytes(project / "Algos" / "X.bdy", "bdy");
+    writeBytes(algorithmLibraryPath(project, "Y"), "lib");
+    std::vector<AlgoRegEntry> registry = {{"X", "Algos\\X" + suffix}, {"Y", "Algos\\Y" + suffix}};
+    ASSERT_TRUE(saveAlgorithmRegistry(project, registry));
+    ScriptedPort port;
+    std::string editor = "kept";
+    DllSettingDialog dialog(registry, project, editor, port);
+    EXPECT_EQ(entries(dialog.algorithmBox()), (std::vector<QString>{"X", "Y"}));
+
+    port.queue(Answer::No);
+    EXPECT_FALSE(dialog.removeCurrentAlgorithm());
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kRemoveAlgorithmPrefix) + "X" +
+                                                     str(msg::kRemoveAlgorithmSuffix)});
+    EXPECT_TRUE(fs::exists(algorithmLibraryPath(project, "X")));
+
+    QString removed;
+    QObject::connect(&dialog, &DllSettingDialog::algorithmRemoved, [&](const QString& name) { removed = name; });
+    port.queue(Answer::Yes);
+    EXPECT_TRUE(dialog.removeCurrentAlgorithm());
+    EXPECT_EQ(removed, "X");
+    EXPECT_FALSE(fs::exists(algorithmLibraryPath(project, "X")));
+    EXPECT_FALSE(fs::exists(project / "Algos" / "X.bdy"));
+    EXPECT_TRUE(fs::exists(algorithmLibraryPath(project, "Y")));
+    EXPECT_EQ(entries(dialog.algorithmBox()), (std::vector<QString>{"Y"}));
+    std::vector<AlgoRegEntry> onDisk;
+    ASSERT_TRUE(loadAlgorithmRegistry(project, onDisk, port));
+    ASSERT_EQ(onDisk.size(), 1u);
+    EXPECT_EQ(onDisk[0].name, "Y");
+
+    // The editor: a missing file and a file that cannot run are refused, the
+    // dialog stays open and the kept path stays.
+    port.clear();
+    dialog.editorEdit()->setText(QString::fromStdString((temp / "none").string()));
+    dialog.accept();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kExternalEditorNotExisted)});
+    const fs::path program = temp / "edit";
+    writeBytes(program, "#!/bin/sh\n");
+    dialog.editorEdit()->setText(QString::fromStdString(program.string()));
+#ifndef _WIN32
+    fs::permissions(program, fs::perms::owner_all);
+    fs::permissions(program, fs::perms::owner_exec, fs::perm_options::remove);
+    port.clear();
+    dialog.accept();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{program.string() + str(msg::kEditorNotExecutable)});
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_EQ(editor, "kept");
+    fs::permissions(program, fs::perms::owner_exec, fs::perm_options::add);
+#endif
+    dialog.accept();
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(editor, program.string());
+}
+
+TEST(ProgressDialog, ShowsTheBatchAndStopHoldsUntilTheNextBatch)
+{
+    ProgressDialog dialog;
+    ScriptedPort inner;
+    ProgressPort port(inner, dialog);
+    port.beginProgress("ImaAdpcm Encoding ......");
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(dialog.windowTitle(), "ImaAdpcm Encoding ......");
+    port.setProgressRange(0, 50);
+    port.setProgressPosition(25);
+    port.setProgressText("frame 25");
+    EXPECT_EQ(dialog.bar()->maximum(), 50);
+    EXPECT_EQ(dialog.bar()->value(), 25);
+    EXPECT_EQ(dialog.textLine()->text(), "frame 25");
+    EXPECT_FALSE(port.stopRequested());
+
+    dialog.stopButton()->click();
+    EXPECT_TRUE(port.stopRequested());
+    EXPECT_FALSE(dialog.stopButton()->isEnabled());
+    // Closing the window during a batch asks it to stop instead of hiding it.
+    dialog.close();
+    EXPECT_TRUE(dialog.isVisible());
+    port.endProgress();
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_TRUE(port.stopRequested()); // the engine reads it after the row's progress ends
+    // The next batch's port starts without it.
+    ProgressPort next(inner, dialog);
+    EXPECT_FALSE(next.stopRequested());
+    dialog.requestStop(); // no batch running: nothing to stop
+    EXPECT_FALSE(next.stopRequested());
+
+    port.beginProgress("ImaAdpcm Decoding ......");
+    EXPECT_FALSE(port.stopRequested());
+    EXPECT_EQ(dialog.bar()->value(), 0);
+    port.endProgress();
+
+    // Messages pass through to the inner port.
+    inner.queue(Answer::Yes);
+    EXPECT_EQ(port.ask("sure?", Buttons::YesNo), Answer::Yes);
+    EXPECT_EQ(inner.texts(), std::vector<std::string>{"sure?"});
+}
+
+TEST(PropertyDialog, OnlyThePlainExportNameChangesTheRecord)
+{
+    ScriptedPort port;
+    EditInfoRecord record;
+    record.fileName = "hello.wav";
+    record.encodeName = "SAF1.tmp";
+    record.encodeSize = "1234";
+    PropertyDialog dialog(record, port, PropertyDialog::Mode::EditExportName);
+    EXPECT_EQ(dialog.fieldText("Encode Size:"), "1234");
+    EXPECT_EQ(dialog.exportNameEdit()->placeholderText(), "SAF1.tmp");
+
+    dialog.exportNameEdit()->setText("sub/hello.bin");
+    dialog.accept();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{"\"sub/hello.bin\"" + str(msg::kExportNameInvalidSuffix)});
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_EQ(record.renameEncode, "");
+
+    dialog.exportNameEdit()->setText(" hello.bin ");
+    dialog.accept();
+    EXPECT_TRUE(dialog.changed());
+    EXPECT_EQ(record.renameEncode, "hello.bin");
+
+    PropertyDialog info(record, port, PropertyDialog::Mode::ReadOnly);
+    EXPECT_EQ(info.exportNameEdit(), nullptr);
+    EXPECT_EQ(info.fieldText("Export Name:"), "hello.bin");
+}

@@ -1,0 +1,214 @@
+#include "app/dialogs/add_folder_dialog.h"
+#include "app/dialogs/new_project_dialog.h"
+#include "app/dialogs/splitter_bar_dialog.h"
+#include "app/main_window.h"
+#include "app/workspace_bar.h"
+#include "app_support.h"
+
+#include "common/messages.h"
+#include "project/workspace_tree.h"
+#include "support/files.h"
+#include "support/scripted_port.h"
+#include "support/temp_dir.h"
+
+#include <QCheckBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <gtest/gtest.h>
+
+namespace kestrelon {
+namespace {
+
+namespace fs = std::filesystem;
+using test::ScriptedChooser;
+using test::ScriptedPort;
+using test::TempDir;
+
+std::string text(std::string_view a, std::string_view b = {}, std::string_view c = {})
+{
+    return std::string(a) + std::string(b) + std::string(c);
+}
+
+TEST(NewProjectDialog, RefusalsKeepTheDialogOpenAndEmptyTheNameWhenAsked)
+{
+    TempDir dir;
+    ScriptedPort port;
+    ScriptedChooser chooser;
+    NewProjectDialog dialog(port, chooser, dir.path());
+    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("New Project"));
+    EXPECT_EQ(dialog.pathEdit()->text().toStdString(), dir.path().string());
+
+    dialog.accept();
+    EXPECT_EQ(port.texts().back(), msg::kFileNameIsNull);
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+
+    for (const char* name : {" abc", "abc ", "a*b", "a|b"}) {
+        SCOPED_TRACE(name);
+        dialog.nameEdit()->setText(QString::fromUtf8(name));
+        dialog.accept();
+        EXPECT_EQ(port.texts().back(), msg::kInvalidCharacters);
+        EXPECT_TRUE(dialog.nameEdit()->text().isEmpty()) << "the name box is emptied";
+        EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    }
+
+    dialog.nameEdit()->setText(QStringLiteral("Demo"));
+    dialog.pathEdit()->setText(QStringLiteral("relative/place"));
+    dialog.accept();
+    EXPECT_EQ(port.texts().back(), msg::kWrongPath);
+    EXPECT_EQ(dialog.nameEdit()->text(), QStringLiteral("Demo")) << "only the name checks empty the box";
+
+    dialog.pathEdit()->setText(qtPath(dir / "missing"));
+    dialog.accept();
+    EXPECT_EQ(port.texts().back(), msg::kPathNotExisted);
+
+    fs::create_directories(dir / "Taken");
+    dialog.nameEdit()->setText(QStringLiteral("Taken"));
+    dialog.pathEdit()->setText(qtPath(dir.path()));
+    dialog.accept();
+    EXPECT_EQ(port.texts().back(),
+              text(msg::kCanNotCreatePrefix, (dir / "Taken" / "Taken.ptp").string(), msg::kBecauseFolderExisted));
+
+    // "..." fills the location from the folder chooser.
+    chooser.folders.push_back(dir.path());
+    dialog.pathEdit()->setText(QStringLiteral("elsewhere"));
+    dialog.browseButton()->click();
+    EXPECT_EQ(dialog.pathEdit()->text(), qtPath(dir.path()));
+
+    const std::size_t shown = port.messages().size();
+    dialog.nameEdit()->setText(QStringLiteral("Demo"));
+    dialog.accept();
+    EXPECT_EQ(port.messages().size(), shown) << "nothing more to say";
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(dialog.projectFile(), dir / "Demo" / "Demo.ptp");
+}
+
+TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
+{
+    ScriptedPort port;
+    setSplitViewEnabled(false);
+    {
+        SplitterBarDialog dialog(splitViewEnabled(), port);
+        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Show Splitter Bar"));
+        EXPECT_FALSE(dialog.showBox()->isEnabled());
+        EXPECT_FALSE(dialog.showBox()->isChecked());
+
+        for (const char* wrong : {"Tamberlin", "tamberlin ", "tamberli", ""}) {
+            SCOPED_TRACE(wrong);
+            dialog.codeEdit()->setText(QString::fromUtf8(wrong));
+            dialog.enterButton()->click();
+            EXPECT_EQ(port.texts().back(), msg::kKeycodeError);
+            EXPECT_TRUE(dialog.codeEdit()->text().isEmpty());
+            EXPECT_FALSE(dialog.showBox()->isEnabled());
+        }
+
+        // Return in the edit presses "Enter", not OK.
+        dialog.show();
+        dialog.codeEdit()->setText(QStringLiteral("nope"));
+        QKeyEvent returnKey(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(dialog.codeEdit(), &returnKey);
+        EXPECT_EQ(port.texts().back(), msg::kKeycodeError);
+        EXPECT_TRUE(dialog.isVisible());
+
+        const std::size_t shown = port.messages().size();
+        dialog.codeEdit()->setText(QStringLiteral("tamberlin"));
+        dialog.enterButton()->click();
+        EXPECT_EQ(port.messages().size(), shown);
+        EXPECT_TRUE(dialog.codeEdit()->text().isEmpty());
+        EXPECT_TRUE(dialog.showBox()->isEnabled());
+        EXPECT_FALSE(dialog.codeEdit()->isEnabled());
+        EXPECT_FALSE(dialog.enterButton()->isEnabled());
+    }
+
+    // Through the frame's key command: Cancel after the right code leaves the
+    // switch; OK stores the box.
+    TempDir dir;
+    FrameOptions options;
+    options.programFolder = dir.path();
+    options.configFolder = dir / "config";
+    options.port = &port;
+    MainWindow frame(options);
+    for (bool ok : {false, true}) {
+        test::whenModal<SplitterBarDialog>([ok](SplitterBarDialog* dialog) {
+            dialog->codeEdit()->setText(QStringLiteral("tamberlin"));
+            dialog->enterButton()->click();
+            dialog->showBox()->setChecked(true);
+            ok ? dialog->accept() : dialog->reject();
+        });
+        frame.runCommand(cmd::kSplitterBarKey);
+        EXPECT_EQ(splitViewEnabled(), ok);
+    }
+    setSplitViewEnabled(false);
+}
+
+class FrameCommands : public ::testing::Test {
+protected:
+    FrameCommands()
+    {
+        FrameOptions options;
+        options.programFolder = m_dir / "program";
+        options.configFolder = m_dir / "config";
+        options.port = &m_port;
+        options.chooser = &m_chooser;
+        fs::create_directories(options.programFolder);
+        m_frame = std::make_unique<MainWindow>(options);
+    }
+
+    TempDir m_dir;
+    ScriptedPort m_port;
+    ScriptedChooser m_chooser;
+    std::unique_ptr<MainWindow> m_frame;
+};
+
+TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
+{
+    ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Folders"));
+    m_frame->sessionChanged();
+    m_frame->workspaceBar()->selectItems({}, /*root=*/true);
+
+    // The dialog offers "Folder" in its " Folder Name " frame.
+    std::string offered;
+    test::whenModal<AddFolderDialog>([&](AddFolderDialog* dialog) {
+        offered = dialog->folderName();
+        dialog->nameEdit()->clear();
+        dialog->accept();
+    });
+    m_frame->runCommand(cmd::kAddFolder);
+    EXPECT_EQ(offered, "Folder");
+    ASSERT_FALSE(m_port.texts().empty());
+    EXPECT_EQ(m_port.texts().back(), msg::kFolderNameEmpty);
+    EXPECT_TRUE(m_frame->session().document().topLevelFiles().empty());
+    EXPECT_FALSE(m_frame->session().document().isModified());
+
+    // Cancel adds nothing and says nothing.
+    const std::size_t shown = m_port.messages().size();
+    test::whenModal<AddFolderDialog>([](AddFolderDialog* dialog) { dialog->reject(); });
+    m_frame->runCommand(cmd::kAddFolder);
+    EXPECT_EQ(m_port.messages().size(), shown);
+    EXPECT_TRUE(m_frame->session().document().topLevelFiles().empty());
+}
+
+TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissing)
+{
+    m_frame->runCommand(cmd::kHelp);
+    ASSERT_EQ(m_port.texts().size(), 1u);
+    EXPECT_EQ(m_port.texts().back(), msg::kHelpNotFound);
+
+    // A project with one selected source, and an editor that is not there.
+    ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Edit"));
+    m_frame->sessionChanged();
+    WorkspaceTree* tree = m_frame->workspaceTree();
+    ASSERT_NE(tree, nullptr);
+    test::writeBytes(m_dir / "src" / "a.wav", "RIFF");
+    const auto added = tree->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "a.wav"});
+    ASSERT_EQ(added.size(), 1u);
+    ASSERT_NE(added[0].item, nullptr);
+    m_frame->workspaceBar()->selectItems({added[0].item});
+    m_frame->settings().externalEditor = (m_dir / "no-such-editor").string();
+    m_frame->runCommand(cmd::kExternalEditor);
+    EXPECT_EQ(m_port.texts().back(), msg::kExternalEditorMissing);
+}
+
+} // namespace
+} // namespace kestrelon

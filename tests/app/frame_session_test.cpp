@@ -1,0 +1,211 @@
+// A person's session with the workbench, driven through the frame's commands:
+// a new project, folders and real wave files, the Files tree as it shows them,
+// Save, Close and Open again.
+#include "app/dialogs/add_folder_dialog.h"
+#include "app/dialogs/new_project_dialog.h"
+#include "app/main_window.h"
+#include "app/workspace_bar.h"
+#include "app_support.h"
+
+#include "common/messages.h"
+#include "project/workspace_tree.h"
+#include "support/files.h"
+#include "support/scripted_port.h"
+#include "support/temp_dir.h"
+
+#include <QLineEdit>
+#include <QStandardItemModel>
+#include <QTreeView>
+
+#include <gtest/gtest.h>
+
+namespace kestrelon {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kWaves = "/usr/share/codec2/wav";
+
+// The Files tree model as text: one line per node, indented by depth.
+void dumpNode(const QStandardItem* node, int depth, std::vector<std::string>& out)
+{
+    out.push_back(std::string(std::size_t(depth) * 2, ' ') + node->text().toStdString());
+    for (int row = 0; row < node->rowCount(); ++row) dumpNode(node->child(row), depth + 1, out);
+}
+
+std::vector<std::string> filesTree(const MainWindow& frame)
+{
+    std::vector<std::string> out;
+    const QStandardItemModel* model = frame.workspaceBar()->filesModel();
+    for (int row = 0; row < model->rowCount(); ++row) dumpNode(model->item(row), 0, out);
+    return out;
+}
+
+ProjectItem* itemWithId(MainWindow& frame, const std::string& id)
+{
+    const auto found = frame.workspaceTree()->itemsWithId(id);
+    return found.size() == 1 ? found.front() : nullptr;
+}
+
+class FrameSession : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (const char* name : {"hts1a.wav", "hts2a.wav", "cross.wav"})
+            if (!fs::exists(kWaves / name)) GTEST_SKIP() << "the codec2 sample waves are not installed";
+        FrameOptions options;
+        options.programFolder = m_dir / "program";
+        options.configFolder = m_dir / "config";
+        options.port = &m_port;
+        options.chooser = &m_chooser;
+        fs::create_directories(options.programFolder);
+        m_frame = std::make_unique<MainWindow>(options);
+    }
+
+    void newProjectThroughDialog(const std::string& name, const fs::path& location)
+    {
+        test::whenModal<NewProjectDialog>([&](NewProjectDialog* dialog) {
+            dialog->nameEdit()->setText(QString::fromStdString(name));
+            dialog->pathEdit()->setText(qtPath(location));
+            dialog->accept();
+        });
+        m_frame->runCommand(cmd::kNewProject);
+    }
+
+    void addFolderThroughDialog(const std::string& name)
+    {
+        test::whenModal<AddFolderDialog>([&](AddFolderDialog* dialog) {
+            dialog->nameEdit()->setText(QString::fromStdString(name));
+            dialog->accept();
+        });
+        m_frame->runCommand(cmd::kAddFolder);
+    }
+
+    test::TempDir m_dir;
+    test::ScriptedPort m_port;
+    test::ScriptedChooser m_chooser;
+    std::unique_ptr<MainWindow> m_frame;
+};
+
+TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
+{
+    newProjectThroughDialog("Demo", m_dir.path());
+    ASSERT_TRUE(m_frame->session().isOpen());
+    const fs::path project = m_dir / "Demo" / "Demo.ptp";
+    EXPECT_EQ(m_frame->session().projectFile(), project);
+    EXPECT_EQ(filesTree(*m_frame), std::vector<std::string>{"Demo"});
+    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Demo.ptp - Kestrelon"));
+
+    // Nothing selected: nowhere to add to.
+    m_frame->updateCommands();
+    EXPECT_FALSE(m_frame->action(cmd::kAddFiles)->isEnabled());
+
+    // The root stands for the top level.
+    m_frame->workspaceBar()->selectItems({}, /*root=*/true);
+    EXPECT_TRUE(m_frame->action(cmd::kAddFiles)->isEnabled());
+    addFolderThroughDialog("Greetings");
+    m_chooser.waves.push_back({kWaves / "cross.wav"});
+    m_frame->runCommand(cmd::kAddFiles);
+
+    ProjectItem* greetings = itemWithId(*m_frame, "Greetings");
+    ASSERT_NE(greetings, nullptr);
+    m_frame->workspaceBar()->selectItems({greetings});
+    m_chooser.waves.push_back({kWaves / "hts1a.wav", kWaves / "hts2a.wav"});
+    m_frame->runCommand(cmd::kAddFiles);
+
+    EXPECT_EQ(filesTree(*m_frame),
+              (std::vector<std::string>{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"}));
+    EXPECT_TRUE(fs::exists(m_dir / "Demo" / "Files" / "hts2a.wav"));
+    EXPECT_TRUE(m_frame->session().document().isModified());
+
+    // The same wave again, into another folder: refused, the tree unchanged.
+    m_frame->workspaceBar()->selectItems({}, /*root=*/true);
+    m_chooser.waves.push_back({kWaves / "hts1a.wav"});
+    m_frame->runCommand(cmd::kAddFiles);
+    EXPECT_EQ(m_port.texts().back(),
+              std::string(msg::kCanNotAddFilePrefix) + "\"hts1a.wav\"" + std::string(msg::kInOtherFolderSuffix));
+    EXPECT_EQ(filesTree(*m_frame).size(), 5u);
+
+    // Clicks in the view reach the selection: two files picked with the
+    // view's own multi-select delete as several.
+    QTreeView* view = m_frame->workspaceBar()->filesView();
+    const QModelIndex folderIndex = m_frame->workspaceBar()->filesModel()->item(0)->child(0)->index();
+    view->selectionModel()->select(folderIndex.model()->index(0, 0, folderIndex), QItemSelectionModel::ClearAndSelect);
+    view->selectionModel()->select(folderIndex.model()->index(1, 0, folderIndex), QItemSelectionModel::Select);
+    EXPECT_EQ(m_frame->selectedSources().size(), 2u);
+    EXPECT_TRUE(m_frame->action(cmd::kDeleteFiles)->isEnabled());
+    EXPECT_FALSE(m_frame->action(cmd::kDeleteFolder)->isEnabled());
+    m_port.queue(Answer::No);
+    m_frame->runCommand(cmd::kDeleteFiles);
+    EXPECT_EQ(m_port.texts().back(), msg::kDeleteSelectedItems);
+    EXPECT_EQ(filesTree(*m_frame).size(), 5u);
+
+    // Save, close, open again: the tree comes back as it was.
+    m_frame->runCommand(cmd::kSaveProject);
+    EXPECT_FALSE(m_frame->session().document().isModified());
+    m_frame->runCommand(cmd::kCloseProject);
+    EXPECT_FALSE(m_frame->session().isOpen());
+    EXPECT_EQ(filesTree(*m_frame), std::vector<std::string>{});
+    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Kestrelon"));
+
+    m_chooser.projects.push_back(project);
+    m_frame->runCommand(cmd::kOpenProject);
+    ASSERT_TRUE(m_frame->session().isOpen());
+    EXPECT_EQ(filesTree(*m_frame),
+              (std::vector<std::string>{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"}));
+    // It is the first entry of the recent list now, and choosing that entry
+    // while it is open says so.
+    ASSERT_GE(m_frame->recentProjects().size(), 1u);
+    EXPECT_EQ(m_frame->recentProjects().entries().front(), project.string());
+    m_frame->updateCommands();
+    m_frame->runCommand(cmd::kRecentFirst);
+    EXPECT_EQ(m_port.texts().back(), msg::kProjectIsOpen);
+}
+
+TEST_F(FrameSession, ClosingAModifiedProjectAsksAndCancelKeepsIt)
+{
+    newProjectThroughDialog("Keep", m_dir.path());
+    ASSERT_TRUE(m_frame->session().isOpen());
+    m_frame->runCommand(cmd::kSaveProject);
+    m_frame->workspaceBar()->selectItems({}, true);
+    m_chooser.waves.push_back({kWaves / "cross.wav"});
+    m_frame->runCommand(cmd::kAddFiles);
+    ASSERT_TRUE(m_frame->session().document().isModified());
+
+    m_port.queue(Answer::Cancel);
+    EXPECT_FALSE(m_frame->close()) << "the window stays";
+    EXPECT_EQ(m_port.texts().back(), msg::kSaveBeforeClose);
+    EXPECT_TRUE(m_frame->session().isOpen());
+    EXPECT_TRUE(m_frame->session().document().isModified());
+
+    m_port.queue(Answer::Yes);
+    EXPECT_TRUE(m_frame->close());
+    EXPECT_FALSE(m_frame->session().isOpen());
+    EXPECT_NE(test::readBytes(m_dir / "Keep" / "Keep.ptp").find("SOURCE=Files\\cross.wav"), std::string::npos);
+}
+
+TEST_F(FrameSession, TheEditorGetsTheWaveAsOneArgumentAndTheWindowWaits)
+{
+    newProjectThroughDialog("Edit", m_dir.path());
+    ASSERT_TRUE(m_frame->session().isOpen());
+    // A wave whose name holds blanks.
+    fs::copy_file(kWaves / "cross.wav", m_dir / "my cross.wav");
+    m_frame->workspaceBar()->selectItems({}, true);
+    m_chooser.waves.push_back({m_dir / "my cross.wav"});
+    m_frame->runCommand(cmd::kAddFiles);
+    ProjectItem* source = itemWithId(*m_frame, "my cross.wav");
+    ASSERT_NE(source, nullptr);
+    m_frame->workspaceBar()->selectItems({source});
+
+    const fs::path editor = m_dir / "editor.sh";
+    const fs::path record = m_dir / "editor-args.txt";
+    test::writeBytes(editor, "#!/bin/sh\nsleep 0.2\nprintf '%s|%s' \"$#\" \"$1\" > '" + record.string() + "'\n");
+    fs::permissions(editor, fs::perms::owner_all);
+    m_frame->settings().externalEditor = editor.string();
+    m_frame->runCommand(cmd::kExternalEditor);
+    // The command returns only once the editor has ended.
+    EXPECT_EQ(test::readBytes(record), "1|" + (m_dir / "Edit" / "Files" / "my cross.wav").string());
+}
+
+} // namespace
+} // namespace kestrelon

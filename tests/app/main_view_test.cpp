@@ -1,0 +1,374 @@
+// The main list and its panels on real project folders: what each cell
+// shows, how headers sort, the list settings, deleting through the port, a
+// big project, and export driven through its dialog.
+#include "view_fixture.h"
+
+#include "app/dialogs/export_dialog.h"
+#include "app/views/info_panels.h"
+#include "app/views/list_columns.h"
+#include "app/views/record_table_model.h"
+#include "bodies/body_settings.h"
+#include "codec/encoded_header.h"
+#include "codec/project_algorithms.h"
+#include "app/dialogs/progress_dialog.h"
+#include "codec/interim_packer.h"
+#include "common/file_io.h"
+#include "common/messages.h"
+#include "settings/export.h"
+
+#include <QAbstractItemModel>
+#include <QCheckBox>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+
+using namespace kestrelon;
+using namespace kestrelon::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string str(std::string_view text) { return std::string(text); }
+
+QString cell(const MainView& view, int row, ListColumn column)
+{
+    const QAbstractItemModel* shown = view.table()->model();
+    return shown->index(row, static_cast<int>(column)).data().toString();
+}
+
+std::vector<QString> columnTexts(const MainView& view, ListColumn column)
+{
+    std::vector<QString> texts;
+    for (int row = 0; row < view.table()->model()->rowCount(); ++row) texts.push_back(cell(view, row, column));
+    return texts;
+}
+
+void selectShownRows(MainView& view, std::initializer_list<int> rows)
+{
+    QItemSelectionModel* selection = view.table()->selectionModel();
+    selection->clearSelection();
+    for (const int row : rows)
+        selection->select(view.table()->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    if (rows.size() > 0)
+        selection->setCurrentIndex(view.table()->model()->index(*rows.begin(), 0), QItemSelectionModel::NoUpdate);
+}
+
+} // namespace
+
+TEST_F(ViewTest, HeadersAndCellsShowTheRecordsAsTheyStand)
+{
+    writeBytes(project / "Files" / "hello.wav", std::string(9876, 'w'));
+    writeBytes(project / "Files" / "bye.wav", std::string(1000, 'w'));
+    open({{"hello.wav", "B1", "ImaAdpcm", "16000", "1234", "9000", "SAF1.tmp", "SAF1.dfn", ""},
+          {"hello.wav", "", "", "", "", "", "", "", ""},
+          {"bye.wav", "B1", "MuLaw", "64000", "2000", "", "SAF2.tmp", "", ""}});
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+
+    const QAbstractItemModel* shown = view.table()->model();
+    ASSERT_EQ(shown->columnCount(), kListColumnCount);
+    std::vector<QString> headers;
+    for (int column = 0; column < kListColumnCount; ++column)
+        headers.push_back(shown->headerData(column, Qt::Horizontal).toString());
+    EXPECT_EQ(headers, (std::vector<QString>{"", "File Name", "Body", "Algorithm", "Bit Rate (bps)",
+                                             "Original Play (PC)", "Encode Play (Board)", "Encode File Size (byte)",
+                                             "Decode Play (PC)", "Compression Rate (%)", "Decode File Size (byte)"}));
+
+    // Sorted by file name, as a fresh profile asks; equal names keep the project's order.
+    ASSERT_EQ(shown->rowCount(), 3);
+    EXPECT_EQ(columnTexts(view, ListColumn::FileName), (std::vector<QString>{"bye.wav", "hello.wav", "hello.wav"}));
+    EXPECT_EQ(columnTexts(view, ListColumn::Algorithm), (std::vector<QString>{"MuLaw", "ImaAdpcm", ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::BitRate), (std::vector<QString>{"64000", "16000", ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::EncodeSize), (std::vector<QString>{"2000", "1234", ""}));
+    // 2000 of 1000 is above 100; 1234 of 9876 is 12.49...; no encode size, no rate.
+    EXPECT_EQ(columnTexts(view, ListColumn::CompressionRate), (std::vector<QString>{"200", "12", ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::DecodeSize), (std::vector<QString>{"", "9000", ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::Body), (std::vector<QString>{"B1", "B1", ""}));
+
+    // A play cell shows its glyph only when there is something to play.
+    const QString play = QStringLiteral("\u25B6");
+    EXPECT_EQ(columnTexts(view, ListColumn::OriginalPlay), (std::vector<QString>{play, play, play}));
+    EXPECT_EQ(columnTexts(view, ListColumn::EncodePlay), (std::vector<QString>{play, play, ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::DecodePlay), (std::vector<QString>{"", play, ""}));
+    EXPECT_EQ(columnTexts(view, ListColumn::Marker), (std::vector<QString>{"", "", ""}));
+
+    // A record changed under the list shows its new value when its row repaints.
+    view.model()->list().rows()[1].record().decodeSize = "777";
+    view.model()->recordsChanged();
+    EXPECT_EQ(cell(view, 2, ListColumn::DecodeSize), "777");
+
+    // No project, no rows: the header alone.
+    session.closeProject();
+    view.refresh();
+    EXPECT_EQ(shown->rowCount(), 0);
+    EXPECT_FALSE(view.hasRows());
+}
+
+TEST_F(ViewTest, HeadersSortNamesAsTextAndSizesAsNumbersAndTheChoicePersists)
+{
+    open({{"b.wav", "B1", "adpcm", "16000", "9", "", "", "", ""},
+          {"A.wav", "B1", "adpcm", "5.3K", "100", "", "", "", ""},
+          {"c.wav", "B1", "adpcm", "8000", "", "", "", "", ""},
+          {"a2.wav", "B1", "adpcm", "32000", "10", "", "", "", ""}});
+    settings.sortIndex = 7;
+    settings.sortOrder = 1;
+    settings.columnScale = 1.5f;
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+
+    // Restored: by encode size, largest first, the empty cell last.
+    EXPECT_EQ(columnTexts(view, ListColumn::EncodeSize), (std::vector<QString>{"100", "10", "9", ""}));
+    EXPECT_EQ(view.table()->horizontalHeader()->sectionSize(1), 240);
+    EXPECT_EQ(view.table()->horizontalHeader()->sectionSize(7), 225);
+
+    view.table()->sortByColumn(static_cast<int>(ListColumn::EncodeSize), Qt::AscendingOrder);
+    EXPECT_EQ(columnTexts(view, ListColumn::EncodeSize), (std::vector<QString>{"", "9", "10", "100"}));
+    EXPECT_EQ(settings.sortIndex, 7);
+    EXPECT_EQ(settings.sortOrder, 0);
+
+    // Text order ignores case; "5.3K" is 5300 bits per second.
+    view.table()->sortByColumn(static_cast<int>(ListColumn::FileName), Qt::AscendingOrder);
+    EXPECT_EQ(columnTexts(view, ListColumn::FileName), (std::vector<QString>{"A.wav", "a2.wav", "b.wav", "c.wav"}));
+    view.table()->sortByColumn(static_cast<int>(ListColumn::BitRate), Qt::DescendingOrder);
+    EXPECT_EQ(columnTexts(view, ListColumn::BitRate), (std::vector<QString>{"32000", "16000", "8000", "5.3K"}));
+    EXPECT_EQ(settings.sortIndex, 4);
+    EXPECT_EQ(settings.sortOrder, 1);
+
+    // Widening one column changes the scale of the whole list.
+    view.table()->horizontalHeader()->resizeSection(1, 240 + 100);
+    EXPECT_NEAR(settings.columnScale, 1.5f + 100.0f / 1284.0f, 0.01f);
+}
+
+TEST_F(ViewTest, DeleteAsksWithTheSingularOrPluralTextAndDeleteAllEmptiesTheList)
+{
+    open({{"a.wav", "B1", "adpcm", "8000", "", "", "", "", ""},
+          {"a.wav", "B1", "adpcm", "16000", "", "", "", "", ""},
+          {"b.wav", "B1", "adpcm", "32000", "", "", "", "", ""}});
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    ASSERT_EQ(view.table()->model()->rowCount(), 3);
+
+    view.deleteSelected(); // nothing selected: no question
+    EXPECT_TRUE(port.texts().empty());
+
+    selectShownRows(view, {0});
+    port.queue(Answer::No);
+    view.deleteSelected();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kDeleteSelectedItem)});
+    EXPECT_EQ(view.table()->model()->rowCount(), 3);
+    EXPECT_FALSE(session.document().isModified());
+
+    port.clear();
+    selectShownRows(view, {0, 2});
+    EXPECT_EQ(view.selectedCount(), 2);
+    port.queue(Answer::Yes);
+    view.deleteSelected();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kDeleteSelectedItems)});
+    ASSERT_EQ(view.table()->model()->rowCount(), 1);
+    EXPECT_EQ(cell(view, 0, ListColumn::BitRate), "16000");
+    ASSERT_EQ(session.document().topLevelFiles().size(), 2u);
+    EXPECT_EQ(session.document().topLevelFiles()[0]->records().size(), 1u);
+    EXPECT_TRUE(session.document().topLevelFiles()[1]->records().empty());
+    EXPECT_TRUE(session.document().isModified());
+    EXPECT_FALSE(view.hasSelection());
+
+    port.clear();
+    port.queue(Answer::No);
+    view.deleteAll();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kDeleteAllListItems)});
+    EXPECT_EQ(view.table()->model()->rowCount(), 1);
+    port.queue(Answer::Yes);
+    view.deleteAll();
+    EXPECT_EQ(view.table()->model()->rowCount(), 0);
+    port.clear();
+    view.deleteAll(); // an empty list asks nothing
+    EXPECT_TRUE(port.texts().empty());
+}
+
+TEST_F(ViewTest, TenThousandRowsAreServedRowByRowWithoutMeasuring)
+{
+    open({{"a.wav", "B1", "adpcm", "8000", "0", "", "", "", ""}}, std::string(100000, 'w'));
+    ProjectItem* source = session.document().topLevelFiles().front();
+    for (int i = 1; i < 10000; ++i) {
+        EditInfoRecord record = source->records().front();
+        record.encodeSize = std::to_string(i);
+        source->records().push_back(record);
+    }
+    settings.sortIndex = 7;
+    settings.sortOrder = 1;
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    view.resize(1200, 700);
+    view.show();
+
+    QTableView* table = view.table();
+    ASSERT_EQ(table->model()->rowCount(), 10000);
+    // Every row is as high as the next: nothing is measured per row.
+    EXPECT_EQ(table->verticalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
+    EXPECT_EQ(table->verticalHeader()->sectionSize(0), table->verticalHeader()->sectionSize(9999));
+
+    // The rows on screen, top and bottom, are read from their records.
+    const auto visibleRows = [table] {
+        const int first = table->rowAt(0);
+        int last = table->rowAt(table->viewport()->height() - 1);
+        if (last < 0)
+            last = table->model()->rowCount() - 1;
+        return std::pair{first, last};
+    };
+    auto [first, last] = visibleRows();
+    ASSERT_EQ(first, 0);
+    ASSERT_GT(last, 5);
+    for (int row = first; row <= last; ++row) {
+        EXPECT_EQ(cell(view, row, ListColumn::EncodeSize), QString::number(9999 - row));
+        EXPECT_EQ(cell(view, row, ListColumn::CompressionRate), "10"); // about 9990 of 100000 bytes
+    }
+    table->scrollToBottom();
+    std::tie(first, last) = visibleRows();
+    EXPECT_EQ(last, 9999);
+    EXPECT_EQ(cell(view, 9999, ListColumn::EncodeSize), "0");
+    EXPECT_EQ(cell(view, 9999, ListColumn::CompressionRate), "");
+}
+
+TEST_F(ViewTest, PanelsShowTheCurrentRowAndClearWithoutOne)
+{
+    writeBytes(project / "Files" / "hello.wav", waveBytes(8000, 8000));
+    open({{"hello.wav", "B1", "ImaAdpcm", "16000", "4011", "16044", "SAF1.tmp", "SAF1.dfn", ""}});
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    const InfoPanels& panels = *view.panels();
+    EXPECT_EQ(panels.text(InfoPanels::FileName), "");
+    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
+
+    selectShownRows(view, {0});
+    EXPECT_EQ(panels.text(InfoPanels::FileName), "hello.wav");
+    EXPECT_EQ(panels.text(InfoPanels::FileSampleRate), "8000 Hz");
+    EXPECT_EQ(panels.text(InfoPanels::FileChannels), "Mono");
+    EXPECT_EQ(panels.text(InfoPanels::FileResolution), "16 bit");
+    EXPECT_EQ(panels.text(InfoPanels::FileSize), "16044 byte");
+    EXPECT_EQ(panels.text(InfoPanels::FileTime), "1000 ms");
+    // The project holds no ImaAdpcm library: its name alone, and no message.
+    EXPECT_EQ(panels.text(InfoPanels::AlgoName), "ImaAdpcm");
+    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
+    EXPECT_EQ(panels.text(InfoPanels::EncodeSize), "4011 byte");
+    EXPECT_EQ(panels.text(InfoPanels::DecodeSize), "16044 byte");
+    EXPECT_EQ(panels.text(InfoPanels::CompressionRate), "25 %");
+    EXPECT_FALSE(panels.valueLabel(InfoPanels::AlgoCreator)->isVisibleTo(view.panels()));
+    EXPECT_TRUE(port.texts().empty());
+
+    view.table()->selectionModel()->clearCurrentIndex();
+    for (int field = 0; field < InfoPanels::FieldCount; ++field) {
+        if (field != InfoPanels::AlgoVersion) {
+            EXPECT_EQ(panels.text(static_cast<InfoPanels::Field>(field)), "") << field;
+        }
+    }
+    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
+}
+
+TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
+{
+    open({{"hello.wav", "B1", "adpcm", "16000", "10", "", "SAF1.tmp", "", "hello1.bin"},
+          {"bye.wav", "B1", "adpcm", "16000", "10", "", "SAF2.tmp", "", "bye.bin"}});
+    const EncodedHeaderBytes header = makeEncodedHeader();
+    const std::string unpacked1 = std::string(header.begin(), header.end()) + "HELLO";
+    const std::string unpacked2 = std::string(header.begin(), header.end()) + "BYE";
+    writeBytes(session.tempFolder() / "SAF1.tmp", *packInterim(unpacked1));
+    writeBytes(session.tempFolder() / "SAF2.tmp", *packInterim(unpacked2));
+    MainView view(port);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    const fs::path out = temp / "out";
+
+    // Rows shown: bye.wav, hello.wav. Export the selected hello.wav without header.
+    selectShownRows(view, {1});
+    whenModal<ExportDialog>([&](ExportDialog* dialog) {
+        EXPECT_FALSE(dialog->headerBox()->isChecked());
+        dialog->pathEdit()->setText(QString::fromStdString(out.string()));
+        dialog->accept();
+    });
+    view.exportSelected();
+    EXPECT_EQ(readBytes(out / "hello1.bin"), "HELLO");
+    EXPECT_FALSE(fs::exists(out / "bye.bin"));
+    EXPECT_EQ(readBytes(out / str(kExportIndexFileName)), "hello.wav:" + str(kNativeEol) + "hello1.bin" + str(kNativeEol));
+
+    // Export all with the header: the dialog opens on the last values; the
+    // existing file is asked about.
+    whenModal<ExportDialog>([&](ExportDialog* dialog) {
+        EXPECT_EQ(dialog->pathEdit()->text().toStdString(), out.string());
+        dialog->headerBox()->setChecked(true);
+        dialog->accept();
+    });
+    port.queue(Answer::Yes);
+    view.exportAll();
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kTheExportFilePrefix) + "hello1.bin" +
+                                                     str(msg::kReplaceItSuffix)});
+    EXPECT_EQ(readBytes(out / "hello1.bin"), unpacked1);
+    EXPECT_EQ(readBytes(out / "bye.bin"), unpacked2);
+
+    // Cancel exports nothing.
+    fs::remove(out / "bye.bin");
+    whenModal<ExportDialog>([](ExportDialog* dialog) { dialog->reject(); });
+    view.exportAll();
+    EXPECT_FALSE(fs::exists(out / "bye.bin"));
+}
+
+#ifdef KESTRELON_PROGRAM_DIR
+// A real batch with the reference ADPCM codec: its progress reaches the
+// view's window with the algorithm's title, and Stop ends the batch before
+// the next row while the row under way is finished.
+TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
+{
+    const fs::path programFolder = KESTRELON_PROGRAM_DIR;
+    writeBytes(project / "Files" / "a.wav", waveBytes(8000, 16000));
+    writeBytes(project / "Files" / "b.wav", waveBytes(8000, 16000));
+    open({{"a.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""},
+          {"b.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""}});
+    BodySettings bodies;
+    ASSERT_TRUE(bodies.load(programFolder / str(kBodySettingsFileName), programFolder, port));
+    const BodyAlgoInfo* adpcm = offeredAlgorithm(bodies, "KS-1 Voice", "ImaAdpcm", "32000");
+    ASSERT_NE(adpcm, nullptr);
+    std::vector<AlgoRegEntry> registry;
+    ASSERT_TRUE(bringAlgorithmIntoProject(session, registry, programFolder, *adpcm, port));
+    settings.autoDecode = 0;
+    MainView view(port);
+    view.setEnvironment(&bodies, &registry, programFolder);
+    view.setSettings(&settings);
+    view.setSession(&session);
+    view.selectAll();
+
+    // The frame hears when the batch starts and ends.
+    std::vector<bool> busy;
+    QObject::connect(&view, &MainView::busyChanged, [&] { busy.push_back(session.busy()); });
+    // Pressed as soon as the first row's progress lets the window breathe.
+    QString title;
+    QTimer::singleShot(0, [&] {
+        title = view.progressDialog()->windowTitle();
+        view.progressDialog()->stopButton()->click();
+    });
+    view.encodeSelected();
+    EXPECT_EQ(title, "ImaAdpcm Encoding ......");
+    EXPECT_FALSE(view.progressDialog()->isVisible());
+    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
+    const auto& sources = session.document().topLevelFiles();
+    EXPECT_FALSE(sources[0]->records()[0].encodeName.empty());
+    EXPECT_EQ(sources[1]->records()[0].encodeName, "");
+    EXPECT_EQ(cell(view, 0, ListColumn::EncodeSize).toStdString(), sources[0]->records()[0].encodeSize);
+    EXPECT_FALSE(cell(view, 0, ListColumn::CompressionRate).isEmpty());
+    EXPECT_EQ(cell(view, 1, ListColumn::EncodeSize), "");
+
+    // Without a stop the next batch takes the rest; decoding fills the decode cells.
+    view.encodeSelected();
+    EXPECT_FALSE(sources[1]->records()[0].encodeName.empty());
+    view.decodeSelected();
+    EXPECT_FALSE(cell(view, 0, ListColumn::DecodeSize).isEmpty());
+    EXPECT_FALSE(cell(view, 1, ListColumn::DecodeSize).isEmpty());
+    EXPECT_EQ(cell(view, 1, ListColumn::DecodePlay), QStringLiteral("\u25B6"));
+}
+#endif
