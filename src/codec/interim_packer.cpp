@@ -19,7 +19,10 @@ constexpr std::size_t kPackedSizeAt = 20;
 constexpr std::size_t kChecksumAt = 28;
 static_assert(kChecksumAt + 4 == kInterimHeaderBytes);
 
-constexpr int kZstdLevel = 3;
+// A fast level: interim files are packed and unpacked on every encode and
+// decode, and higher levels saved little on coded speech but cost more than
+// the fast codecs themselves.
+constexpr int kZstdLevel = 1;
 
 // A zstd block yields at most 128 KiB and costs at least 4 bytes of payload
 // (3-byte block header plus one byte), so no frame expands by more than this.
@@ -30,18 +33,25 @@ constexpr std::uint64_t kMaxExpansion = 128 * 1024 / 4;
 // its content, which the decompressor verifies.
 constexpr unsigned char kZstdChecksumFlag = 0x04;
 
-constexpr std::array<std::uint32_t, 256> makeCrcTable()
+// Eight tables, so the checksum takes eight bytes a step: a decoded wave is
+// checksummed on every pack and unpack, and byte-wise it cost more than the
+// fast codecs' own work.
+using CrcTables = std::array<std::array<std::uint32_t, 256>, 8>;
+constexpr CrcTables makeCrcTables()
 {
-    std::array<std::uint32_t, 256> table{};
+    CrcTables tables{};
     for (std::uint32_t n = 0; n < 256; ++n) {
         std::uint32_t c = n;
         for (int bit = 0; bit < 8; ++bit)
             c = (c & 1u) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-        table[n] = c;
+        tables[0][n] = c;
     }
-    return table;
+    for (std::uint32_t n = 0; n < 256; ++n)
+        for (std::size_t t = 1; t < 8; ++t)
+            tables[t][n] = (tables[t - 1][n] >> 8) ^ tables[0][tables[t - 1][n] & 0xFFu];
+    return tables;
 }
-constexpr auto kCrcTable = makeCrcTable();
+constexpr auto kCrcTables = makeCrcTables();
 
 void putLe(std::string& out, std::size_t at, std::uint64_t value, int bytes)
 {
@@ -72,9 +82,18 @@ std::uintmax_t maxPackedFileBytes()
 
 std::uint32_t crc32Ieee(std::string_view bytes)
 {
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    std::size_t left = bytes.size();
     std::uint32_t crc = 0xFFFFFFFFu;
-    for (const char c : bytes)
-        crc = kCrcTable[(crc ^ static_cast<unsigned char>(c)) & 0xFFu] ^ (crc >> 8);
+    for (; left >= 8; left -= 8, p += 8) {
+        const std::uint32_t low = crc ^ (std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 |
+                                         std::uint32_t(p[2]) << 16 | std::uint32_t(p[3]) << 24);
+        crc = kCrcTables[7][low & 0xFFu] ^ kCrcTables[6][(low >> 8) & 0xFFu] ^
+              kCrcTables[5][(low >> 16) & 0xFFu] ^ kCrcTables[4][low >> 24] ^ kCrcTables[3][p[4]] ^
+              kCrcTables[2][p[5]] ^ kCrcTables[1][p[6]] ^ kCrcTables[0][p[7]];
+    }
+    for (; left > 0; --left, ++p)
+        crc = kCrcTables[0][(crc ^ *p) & 0xFFu] ^ (crc >> 8);
     return crc ^ 0xFFFFFFFFu;
 }
 

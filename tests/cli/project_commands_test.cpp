@@ -84,14 +84,24 @@ TEST_F(ProjectCommands, NewRefusesWithTheDialogsTextAndTouchesNothing)
     EXPECT_EQ(blank.err, "Invalid characters in the filename have been detected !\n"
                          "kestrelon-cli: project new LOCATION NAME: failed\n");
 
-    const Json relative = Json::parse(run({"--json", "project", "new", "work", "Demo"}).out);
-    EXPECT_EQ(relative["ok"], false);
-    EXPECT_EQ(relative["messages"], Json::parse(R"([{"text": "It is a wrong path !"}])"));
-    EXPECT_EQ(relative["files"], Json::array());
+    const Json empty = Json::parse(run({"--json", "project", "new", "", "Demo"}).out);
+    EXPECT_EQ(empty["ok"], false);
+    EXPECT_EQ(empty["messages"], Json::parse(R"([{"text": "It is a wrong path !"}])"));
+    EXPECT_EQ(empty["files"], Json::array());
+    // A relative location is taken from the folder the command runs in.
+    const Json relative = Json::parse(run({"--json", "project", "new", "no-such-folder", "Demo"}).out);
+    EXPECT_EQ(relative["messages"], Json::parse(R"([{"text": "Path is not existed!"}])"));
     EXPECT_EQ(snapshot(temp.path()), before);
 
     const CliRun missing = run({"project", "save-as", (work / "none.ptp").string(), (work / "x.ptp").string()});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_EQ(missing.err.substr(0, missing.err.find('\n')), "Project file not found !!");
     EXPECT_EQ(snapshot(temp.path()), before);
+
+    const fs::path start = fs::current_path();
+    fs::current_path(work);
+    const CliRun here = run({"project", "new", ".", "Here"});
+    fs::current_path(start);
+    EXPECT_EQ(here.exitCode, 0) << here.err;
+    EXPECT_TRUE(fs::is_regular_file(work / "Here" / "Here.ptp"));
 }

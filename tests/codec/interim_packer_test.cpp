@@ -89,6 +89,9 @@ TEST(InterimPacker, HeaderIsLaidOutAsDocumented)
     for (std::size_t at : {13, 14, 15, 16, 17, 18, 19, 21, 22, 23, 24, 25, 26, 27}) EXPECT_EQ(byte(at), 0u) << at;
     // The checksum is the common CRC-32 (check value of "123456789": CBF43926).
     EXPECT_EQ(crc32Ieee("123456789"), 0xCBF43926u);
+    std::string longer(1000, '\0');
+    for (std::size_t i = 0; i < longer.size(); ++i) longer[i] = char((i * 7 + 3) % 256);
+    EXPECT_EQ(crc32Ieee(longer), 0x17BC2A46u); // as zlib computes it
     EXPECT_EQ(byte(28) | byte(29) << 8 | byte(30) << 16 | std::uint32_t(byte(31)) << 24, crc32Ieee("hello"));
     // The payload is a zstd frame (magic 28 B5 2F FD).
     EXPECT_EQ(packed.substr(32, 4), "\x28\xB5\x2F\xFD");
