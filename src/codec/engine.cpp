@@ -33,24 +33,6 @@ constexpr std::string_view kDecodedExtension = ".dfn";
 // into Files, where a scratch file would turn into a source.
 constexpr std::string_view kDecodeScratchExtension = ".dec";
 
-bool isFile(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::is_regular_file(path, ec);
-}
-
-void removeFile(const fs::path& path)
-{
-    std::error_code ec;
-    fs::remove(path, ec);
-}
-
-std::string stemOf(std::string_view fileName)
-{
-    const size_t dot = fileName.rfind('.');
-    return std::string(dot == std::string_view::npos || dot == 0 ? fileName : fileName.substr(0, dot));
-}
-
 std::string lowerAscii(std::string_view text)
 {
     std::string lower(text);
@@ -134,7 +116,7 @@ const BodyAlgoInfo* CodecEngine::validCombination(const EditInfoRecord& record) 
         return nullptr;
     const std::string name = libraryNameOf(*algorithm);
     if (findRegistryEntry(m_env.registry, name) == nullptr ||
-        !isFile(algorithmLibraryPath(m_env.session.projectFolder(), name)))
+        !isRegularFile(algorithmLibraryPath(m_env.session.projectFolder(), name)))
         return nullptr;
     return algorithm;
 }
@@ -196,9 +178,9 @@ StemTaken CodecEngine::takenStems() const
     for (const ProjectItem* item : filesTreeOrder(m_env.session.document()))
         for (const EditInfoRecord& record : item->records()) {
             if (!record.encodeName.empty())
-                stems->insert(lowerAscii(stemOf(record.encodeName)));
+                stems->insert(lowerAscii(fileStem(record.encodeName)));
             if (!record.decodeName.empty())
-                stems->insert(lowerAscii(stemOf(record.decodeName)));
+                stems->insert(lowerAscii(fileStem(record.decodeName)));
         }
     const fs::path project = m_env.session.projectFolder();
     const fs::path temp = m_env.session.tempFolder();
@@ -238,7 +220,7 @@ void CodecEngine::dropDecodedWave(const std::string& name)
     // The working copy goes now; the copy a Save or Close put beside the
     // project file goes with the next Save or Close, like every file the
     // project lets go of.
-    removeFile(m_env.session.tempFolder() / pathFromUtf8(name));
+    removeQuietly(m_env.session.tempFolder() / pathFromUtf8(name));
     const fs::path beside = m_env.session.projectFolder() / pathFromUtf8(name);
     std::error_code ec;
     if (fs::exists(fs::symlink_status(beside, ec)))
@@ -273,7 +255,7 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     if (isPlainFileName(record.encodeName)) {
         interim = temp / pathFromUtf8(record.encodeName);
         const fs::path kept = project / pathFromUtf8(record.encodeName);
-        if (!isFile(interim) && isFile(kept))
+        if (!isRegularFile(interim) && isRegularFile(kept))
             copyWhole(kept, interim, port);
     } else {
         const std::optional<fs::path> made = newTempFile();
@@ -284,7 +266,7 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     }
     const auto dropCreated = [&] {
         if (createdNow)
-            removeFile(interim);
+            removeQuietly(interim);
     };
     const std::string interimStem = utf8FromPath(interim.stem());
 
@@ -293,17 +275,17 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     const fs::path events = eventFilePath(wave);
     const fs::path eventCopy = temp / "evt" / pathFromUtf8(interimStem + ".evt");
     bool withEvents = false;
-    if (isFile(events)) {
+    if (isRegularFile(events)) {
         std::error_code ec;
         fs::create_directories(eventCopy.parent_path(), ec);
         // A copy made before the events were edited would carry old events.
-        if ((!isFile(eventCopy) || !sameBytes(events, eventCopy)) && !copyWhole(events, eventCopy, port)) {
+        if ((!isRegularFile(eventCopy) || !sameBytes(events, eventCopy)) && !copyWhole(events, eventCopy, port)) {
             dropCreated();
             return RowOutcome::Failed;
         }
         withEvents = true;
     } else {
-        removeFile(eventCopy); // events removed from the source since the last encode
+        removeQuietly(eventCopy); // events removed from the source since the last encode
     }
 
     WaveFile source;
@@ -357,7 +339,7 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     port.endProgress();
     host.releaseAlgorithm();
     if (output != interim)
-        removeFile(output);
+        removeQuietly(output);
     if (!ok) {
         dropCreated();
         return RowOutcome::Failed;
@@ -380,7 +362,7 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     if (withEvents)
         copyWhole(eventCopy, eventsBeside, port);
     else
-        removeFile(eventsBeside);
+        removeQuietly(eventsBeside);
     return RowOutcome::Done;
 }
 
@@ -397,9 +379,9 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     UserPort& port = m_env.port;
 
     const fs::path interim = temp / pathFromUtf8(record.encodeName);
-    if (!isFile(interim)) {
+    if (!isRegularFile(interim)) {
         const fs::path kept = project / pathFromUtf8(record.encodeName);
-        if (!isFile(kept)) {
+        if (!isRegularFile(kept)) {
             port.showMessage(record.encodeName + std::string(msg::kInterimMissing));
             return RowOutcome::Failed;
         }
@@ -414,11 +396,11 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     const std::string decodeName = decodeStem + std::string(kDecodedExtension);
     if (!DecryptUnzip(interim, *unpacked)) {
         port.showMessage(record.encodeName + std::string(msg::kInterimCanNotUnpack));
-        removeFile(*unpacked);
+        removeQuietly(*unpacked);
         return RowOutcome::Failed;
     }
     if (!loadCodec(*algorithm, record)) {
-        removeFile(*unpacked);
+        removeQuietly(*unpacked);
         return RowOutcome::Failed;
     }
     CodecHost& host = m_env.host;
@@ -440,7 +422,7 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     bool ok = host.decode(*unpacked, scratch, bar.window(), text.window());
     port.endProgress();
     host.releaseAlgorithm();
-    removeFile(*unpacked);
+    removeQuietly(*unpacked);
 
     std::error_code ec;
     const std::uintmax_t waveSize = ok ? fs::file_size(scratch, ec) : 0;
@@ -450,7 +432,7 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         port.showMessage(decodeName + std::string(msg::kInterimCanNotPack));
         ok = false;
     }
-    removeFile(scratch);
+    removeQuietly(scratch);
     if (!ok)
         return RowOutcome::Failed;
 

@@ -1,6 +1,7 @@
 #include "codec/project_algorithms.h"
 
 #include "bodies/body_settings.h"
+#include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
@@ -16,18 +17,6 @@ namespace kestrelon {
 namespace fs = std::filesystem;
 
 namespace {
-
-bool isFile(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::is_regular_file(path, ec);
-}
-
-bool entryExists(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::exists(fs::symlink_status(path, ec));
-}
 
 fs::path bodyFileOf(fs::path library)
 {
@@ -49,12 +38,6 @@ std::string_view lastPart(std::string_view modelPath)
 {
     const size_t cut = modelPath.find_last_of("\\/");
     return cut == std::string_view::npos ? modelPath : modelPath.substr(cut + 1);
-}
-
-std::string stemOf(std::string_view fileName)
-{
-    const size_t dot = fileName.rfind('.');
-    return std::string(dot == std::string_view::npos || dot == 0 ? fileName : fileName.substr(0, dot));
 }
 
 void addOrRefreshEntry(std::vector<AlgoRegEntry>& registry, const std::string& name, const std::string& path)
@@ -92,7 +75,7 @@ fs::path shippedLibraryPath(const fs::path& programFolder, const BodyAlgoInfo& a
 
 std::string libraryNameOf(const BodyAlgoInfo& algorithm)
 {
-    return stemOf(lastPart(algorithm.pathName));
+    return fileStem(lastPart(algorithm.pathName));
 }
 
 std::string registryPathFor(std::string_view libraryFileName)
@@ -126,12 +109,12 @@ bool bringAlgorithmIntoProject(ProjectSession& session, std::vector<AlgoRegEntry
     const fs::path shipped = shippedLibraryPath(programFolder, algorithm);
 
     std::vector<FileCopy> plan;
-    if (!isFile(library))
+    if (!isRegularFile(library))
         plan.push_back({resolved(shipped), library});
-    if (!isFile(body))
+    if (!isRegularFile(body))
         plan.push_back({resolved(bodyFileOf(shipped)), body});
     for (const FileCopy& copy : plan)
-        if (!isFile(copy.from)) {
+        if (!isRegularFile(copy.from)) {
             showCopyFailure(port, copy);
             return false;
         }

@@ -57,6 +57,24 @@ bool writeFileAtomically(const std::filesystem::path& path, std::string_view byt
     return true;
 }
 
+bool isRegularFile(const std::filesystem::path& path)
+{
+    std::error_code ec;
+    return std::filesystem::is_regular_file(path, ec);
+}
+
+bool entryExists(const std::filesystem::path& path)
+{
+    std::error_code ec;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, ec));
+}
+
+void removeQuietly(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
 std::string textModeFromBytes(std::string_view bytes)
 {
     std::string out;

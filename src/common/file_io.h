@@ -31,6 +31,14 @@ ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes =
 
 bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
 
+// Questions about the disk that never throw: an entry that cannot be examined
+// answers false.
+bool isRegularFile(const std::filesystem::path& path); // follows a link
+bool entryExists(const std::filesystem::path& path);   // the entry itself: a dangling link exists
+// Removes a file (or an empty folder) if it is there; a failure is ignored, for
+// scratch files whose removal nothing depends on.
+void removeQuietly(const std::filesystem::path& path);
+
 // Text mode as Windows reads it: every CR LF pair becomes LF.
 std::string textModeFromBytes(std::string_view bytes);
 

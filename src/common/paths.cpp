@@ -30,6 +30,12 @@ std::filesystem::path joinModel(const std::filesystem::path& folder, std::string
     return folder / nativeFromModel(modelPath);
 }
 
+std::string fileStem(std::string_view fileName)
+{
+    const size_t dot = fileName.rfind('.');
+    return std::string(dot == std::string_view::npos || dot == 0 ? fileName : fileName.substr(0, dot));
+}
+
 std::string_view librarySuffix()
 {
 #if defined(_WIN32)

@@ -16,6 +16,10 @@ std::filesystem::path nativeFromModel(std::string_view modelPath);
 // Joins a folder on disk with a model path relative to it.
 std::filesystem::path joinModel(const std::filesystem::path& folder, std::string_view modelPath);
 
+// A file name without its extension: the text up to the last "." ("a.b.wav"
+// -> "a.b"); a name whose only "." is its first character is kept whole.
+std::string fileStem(std::string_view fileName);
+
 // The platform's suffix of a plug-in library: ".so", ".dll" or ".dylib".
 std::string_view librarySuffix();
 

@@ -1,5 +1,6 @@
 #include "project/new_project.h"
 
+#include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
@@ -25,12 +26,6 @@ bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
 // Anything at the path, a dangling link included, counts as existing: a name
 // that is taken is taken.
-bool entryExists(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::exists(fs::symlink_status(path, ec));
-}
-
 } // namespace
 
 bool locationHasRoot(std::string_view location)

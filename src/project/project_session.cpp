@@ -1,5 +1,6 @@
 #include "project/project_session.h"
 
+#include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
@@ -22,12 +23,6 @@ constexpr std::string_view kAlgosName = "Algos";
 std::string text(std::string_view a, const fs::path& path, std::string_view b)
 {
     return std::string(a) + utf8FromPath(path) + std::string(b);
-}
-
-bool entryExists(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::exists(fs::symlink_status(path, ec));
 }
 
 // Where a listed file of the old project folder stands in the new one.

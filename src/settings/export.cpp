@@ -24,31 +24,6 @@ namespace {
 // How many other names are tried when the plain scratch name is taken.
 constexpr int kScratchNameTries = 1000;
 
-bool entryExists(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::exists(fs::symlink_status(path, ec));
-}
-
-bool isRegularFile(const fs::path& path)
-{
-    std::error_code ec;
-    return fs::is_regular_file(path, ec);
-}
-
-void removeFile(const fs::path& path)
-{
-    std::error_code ignored;
-    fs::remove(path, ignored);
-}
-
-// The text up to the last ".", as a base name is cut everywhere in the program.
-std::string_view withoutExtension(std::string_view name)
-{
-    const size_t dot = name.rfind('.');
-    return dot == std::string_view::npos ? name : name.substr(0, dot);
-}
-
 // The last part of a model path ("Files\sub\hello.wav" -> "hello.wav").
 std::string_view lastPart(std::string_view modelPath)
 {
@@ -125,7 +100,7 @@ fs::path chooseScratchFile(const fs::path& tempFolder, const std::string& interi
     fs::create_directories(tempFolder, ec); // a missing Temp never stops work
     const bool targetInTemp = fs::equivalent(target.parent_path(), tempFolder, ec);
     const std::string targetName = utf8FromPath(target.filename());
-    const std::string base(withoutExtension(interimName));
+    const std::string base = fileStem(interimName);
     auto isFree = [&](const std::string& name) {
         if (targetInTemp && equalsNoCase(name, targetName))
             return false;
@@ -150,7 +125,7 @@ public:
     ~ScratchFile()
     {
         if (!m_path.empty())
-            removeFile(m_path);
+            removeQuietly(m_path);
     }
     ScratchFile(const ScratchFile&) = delete;
     ScratchFile& operator=(const ScratchFile&) = delete;
@@ -180,14 +155,14 @@ struct EventSource {
 
 EventSource findEventFile(const ProjectSession& session, const ProjectItem& source, const std::string& interimName)
 {
-    const fs::path eventName = pathFromUtf8(std::string(withoutExtension(interimName)) + ".evt");
+    const fs::path eventName = pathFromUtf8(fileStem(interimName) + ".evt");
     if (const fs::path beside = session.tempFolder() / eventName; isRegularFile(beside))
         return {beside, true};
     for (const fs::path& kept : {session.tempFolder() / "evt" / eventName, session.projectFolder() / eventName})
         if (isRegularFile(kept))
             return {kept, false};
     if (isPlainFileName(source.id())) {
-        const std::string own = std::string(withoutExtension(source.id())) + ".evt";
+        const std::string own = fileStem(source.id()) + ".evt";
         if (const fs::path path = session.filesFolder() / pathFromUtf8(own); isRegularFile(path))
             return {path, false};
     }
@@ -278,7 +253,7 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
     if (events.path.empty())
         return true;
     const fs::path table =
-        m_folder / pathFromUtf8(std::string(withoutExtension(exportName)) + std::string(kExportEventExtension));
+        m_folder / pathFromUtf8(fileStem(exportName) + std::string(kExportEventExtension));
     // An export name ending in ".tab" would have its events replace it.
     if (table == target)
         return true;
@@ -290,7 +265,7 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
     }
     m_outcome.eventFiles.push_back(table);
     if (events.consume)
-        removeFile(events.path);
+        removeQuietly(events.path);
     return true;
 }
 

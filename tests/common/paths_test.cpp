@@ -22,3 +22,11 @@ TEST(Paths, CaseInsensitiveHelpers)
     EXPECT_TRUE(startsWithNoCase("# begin project", "# Begin Project"));
     EXPECT_EQ(toUpperAscii("a.ptp"), "A.PTP");
 }
+
+TEST(Paths, FileStemCutsAtTheLastDotOnly)
+{
+    EXPECT_EQ(fileStem("hts1a.wav"), "hts1a");
+    EXPECT_EQ(fileStem("a.b.wav"), "a.b");
+    EXPECT_EQ(fileStem("SAF1A"), "SAF1A");
+    EXPECT_EQ(fileStem(".evt"), ".evt");
+}
