@@ -17,20 +17,20 @@ namespace {
 void printUsage(std::ostream& out)
 {
     out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] [--settings FILE] COMMAND ...\n\ncommands:\n";
-    for (const CommandSpec& spec : commandTable())
-        out << "  " << spec.usage << '\n';
+    for (const CommandSpec& command : commandTable())
+        out << "  " << command.usage << '\n';
 }
 
 const CommandSpec* findCommand(const std::vector<std::string>& words, size_t& used)
 {
     const CommandSpec* best = nullptr;
-    for (const CommandSpec& spec : commandTable()) {
-        if (spec.words.size() > words.size() || (best && spec.words.size() <= best->words.size()))
+    for (const CommandSpec& command : commandTable()) {
+        if (command.words.size() > words.size() || (best && command.words.size() <= best->words.size()))
             continue;
         bool match = true;
-        for (size_t i = 0; i < spec.words.size() && match; ++i)
-            match = words[i] == spec.words[i];
-        if (match) best = &spec;
+        for (size_t i = 0; i < command.words.size() && match; ++i)
+            match = words[i] == command.words[i];
+        if (match) best = &command;
     }
     used = best ? best->words.size() : 0;
     return best;
@@ -70,8 +70,8 @@ int main(int argc, char** argv)
 
         const std::vector<std::string> words = global.remaining();
         size_t used = 0;
-        const CommandSpec* spec = findCommand(words, used);
-        if (!spec)
+        const CommandSpec* command = findCommand(words, used);
+        if (!command)
             throw UsageError(words.empty() ? "no command given" : "unknown command: " + words.front());
 
         Arguments args(std::vector<std::string>(words.begin() + static_cast<std::ptrdiff_t>(used), words.end()));
@@ -81,9 +81,9 @@ int main(int argc, char** argv)
         const std::filesystem::path bodySettingsFile =
             settings ? std::filesystem::absolute(pathFromUtf8(*settings)) : programFolder / pathFromUtf8(kBodySettingsFileName);
         Context context{args, port, blanket, json, programFolder, bodySettingsFile};
-        Result result = spec->run(context);
+        Result result = command->run(context);
 
-        if (json || spec->printsJsonAlways) {
+        if (json || command->printsJsonAlways) {
             Json out = {{"ok", result.ok}, {"messages", messagesJson(port)}};
             for (auto& [key, value] : result.fields.items())
                 out[key] = value;
@@ -91,7 +91,7 @@ int main(int argc, char** argv)
             // them; bytes that are not UTF-8 print as U+FFFD instead of failing.
             std::cout << out.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
         } else if (!result.ok) {
-            std::cerr << "kestrelon-cli: " << spec->usage << ": failed\n";
+            std::cerr << "kestrelon-cli: " << command->usage << ": failed\n";
         }
         return result.ok ? 0 : 1;
     } catch (const UsageError& error) {
