@@ -100,6 +100,8 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_view->setSession(&m_session);
     setCentralWidget(m_view);
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);
+    // A batch started from the list holds Save, Close and the other commands until it ends.
+    connect(m_view, &MainView::busyChanged, this, &MainWindow::updateCommands);
     connect(m_view, &MainView::rowsChanged, this, [this] {
         updateTitle();
         updateCommands();

@@ -11,6 +11,8 @@
 #include <QMenuBar>
 #include <QToolBar>
 
+#include "app/views/main_view.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -247,8 +249,9 @@ TEST_F(FrameTest, SaveAndCloseFollowTheProjectAndTheBusyFlag)
     EXPECT_TRUE(save->isEnabled());
     EXPECT_TRUE(close->isEnabled());
 
+    // The list view tells the frame when a batch starts; the frame follows.
     m_frame->session().setBusy(true);
-    m_frame->updateCommands();
+    emit m_frame->mainView()->busyChanged();
     EXPECT_FALSE(save->isEnabled());
     EXPECT_FALSE(close->isEnabled());
     // A disabled command does nothing even when called directly.
