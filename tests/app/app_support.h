@@ -3,6 +3,9 @@
 // test program, a file chooser answering from a script, and a way to act on a
 // modal dialog once its exec() has shown it.
 #include "app/file_chooser.h"
+#include "app/main_window.h"
+#include "support/scripted_port.h"
+#include "support/temp_dir.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -41,26 +44,21 @@ public:
     std::deque<std::filesystem::path> projects;
     std::deque<std::vector<std::filesystem::path>> waves;
     std::deque<std::filesystem::path> folders;
-    int asked = 0;
 
     std::optional<std::filesystem::path> projectToOpen(const std::filesystem::path&) override { return next(projects); }
     std::optional<std::filesystem::path> projectToSave(const std::filesystem::path&) override { return next(projects); }
     std::vector<std::filesystem::path> waveFiles(const std::filesystem::path&) override
     {
-        ++asked;
-        if (waves.empty()) return {};
-        auto out = waves.front();
-        waves.pop_front();
-        return out;
+        return next(waves).value_or(std::vector<std::filesystem::path>{});
     }
     std::optional<std::filesystem::path> folder(const std::filesystem::path&) override { return next(folders); }
 
 private:
-    std::optional<std::filesystem::path> next(std::deque<std::filesystem::path>& queue)
+    template <typename T>
+    std::optional<T> next(std::deque<T>& queue)
     {
-        ++asked;
         if (queue.empty()) return std::nullopt;
-        auto out = queue.front();
+        T out = queue.front();
         queue.pop_front();
         return out;
     }
@@ -86,5 +84,25 @@ void whenModal(std::function<void(D*)> act, int triesLeft = 200)
         if (QWidget* other = QApplication::activeModalWidget()) other->close();
     });
 }
+
+// A main window on a scripted port and chooser, in a fresh folder.
+class FrameFixture : public ::testing::Test {
+protected:
+    FrameFixture()
+    {
+        FrameOptions options;
+        options.programFolder = m_dir / "program";
+        options.configFolder = m_dir / "config";
+        options.port = &m_port;
+        options.chooser = &m_chooser;
+        std::filesystem::create_directories(options.programFolder);
+        m_frame = std::make_unique<MainWindow>(options);
+    }
+
+    TempDir m_dir;
+    ScriptedPort m_port;
+    ScriptedChooser m_chooser;
+    std::unique_ptr<MainWindow> m_frame;
+};
 
 } // namespace kestrelon::test

@@ -8,8 +8,6 @@
 #include "common/messages.h"
 #include "project/workspace_tree.h"
 #include "support/files.h"
-#include "support/scripted_port.h"
-#include "support/temp_dir.h"
 
 #include <QCheckBox>
 #include <QKeyEvent>
@@ -26,49 +24,28 @@ using test::ScriptedChooser;
 using test::ScriptedPort;
 using test::TempDir;
 
-std::string text(std::string_view a, std::string_view b = {}, std::string_view c = {})
-{
-    return std::string(a) + std::string(b) + std::string(c);
-}
-
 TEST(NewProjectDialog, RefusalsKeepTheDialogOpenAndEmptyTheNameWhenAsked)
 {
     TempDir dir;
     ScriptedPort port;
     ScriptedChooser chooser;
     NewProjectDialog dialog(port, chooser, dir.path());
-    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("New Project"));
     EXPECT_EQ(dialog.pathEdit()->text().toStdString(), dir.path().string());
 
     dialog.accept();
     EXPECT_EQ(port.texts().back(), msg::kFileNameIsNull);
     EXPECT_EQ(dialog.result(), QDialog::Rejected);
 
-    for (const char* name : {" abc", "abc ", "a*b", "a|b"}) {
-        SCOPED_TRACE(name);
-        dialog.nameEdit()->setText(QString::fromUtf8(name));
-        dialog.accept();
-        EXPECT_EQ(port.texts().back(), msg::kInvalidCharacters);
-        EXPECT_TRUE(dialog.nameEdit()->text().isEmpty()) << "the name box is emptied";
-        EXPECT_EQ(dialog.result(), QDialog::Rejected);
-    }
+    dialog.nameEdit()->setText(QStringLiteral("a|b"));
+    dialog.accept();
+    EXPECT_EQ(port.texts().back(), msg::kInvalidCharacters);
+    EXPECT_TRUE(dialog.nameEdit()->text().isEmpty()) << "the name box is emptied";
 
     dialog.nameEdit()->setText(QStringLiteral("Demo"));
     dialog.pathEdit()->setText(QStringLiteral("relative/place"));
     dialog.accept();
     EXPECT_EQ(port.texts().back(), msg::kWrongPath);
     EXPECT_EQ(dialog.nameEdit()->text(), QStringLiteral("Demo")) << "only the name checks empty the box";
-
-    dialog.pathEdit()->setText(qtPath(dir / "missing"));
-    dialog.accept();
-    EXPECT_EQ(port.texts().back(), msg::kPathNotExisted);
-
-    fs::create_directories(dir / "Taken");
-    dialog.nameEdit()->setText(QStringLiteral("Taken"));
-    dialog.pathEdit()->setText(qtPath(dir.path()));
-    dialog.accept();
-    EXPECT_EQ(port.texts().back(),
-              text(msg::kCanNotCreatePrefix, (dir / "Taken" / "Taken.ptp").string(), msg::kBecauseFolderExisted));
 
     // "..." fills the location from the folder chooser.
     chooser.folders.push_back(dir.path());
@@ -90,25 +67,16 @@ TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
     setSplitViewEnabled(false);
     {
         SplitterBarDialog dialog(splitViewEnabled(), port);
-        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Show Splitter Bar"));
-        EXPECT_FALSE(dialog.showBox()->isEnabled());
-        EXPECT_FALSE(dialog.showBox()->isChecked());
-
-        for (const char* wrong : {"Tamberlin", "tamberlin ", "tamberli", ""}) {
-            SCOPED_TRACE(wrong);
+        dialog.show();
+        // Return in the edit presses "Enter", not OK.
+        QKeyEvent returnKey(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        for (const char* wrong : {"Tamberlin", "tamberlin "}) {
             dialog.codeEdit()->setText(QString::fromUtf8(wrong));
-            dialog.enterButton()->click();
-            EXPECT_EQ(port.texts().back(), msg::kKeycodeError);
+            QApplication::sendEvent(dialog.codeEdit(), &returnKey);
+            EXPECT_EQ(port.texts().back(), msg::kKeycodeError) << wrong;
             EXPECT_TRUE(dialog.codeEdit()->text().isEmpty());
             EXPECT_FALSE(dialog.showBox()->isEnabled());
         }
-
-        // Return in the edit presses "Enter", not OK.
-        dialog.show();
-        dialog.codeEdit()->setText(QStringLiteral("nope"));
-        QKeyEvent returnKey(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-        QApplication::sendEvent(dialog.codeEdit(), &returnKey);
-        EXPECT_EQ(port.texts().back(), msg::kKeycodeError);
         EXPECT_TRUE(dialog.isVisible());
 
         const std::size_t shown = port.messages().size();
@@ -117,18 +85,12 @@ TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
         EXPECT_EQ(port.messages().size(), shown);
         EXPECT_TRUE(dialog.codeEdit()->text().isEmpty());
         EXPECT_TRUE(dialog.showBox()->isEnabled());
-        EXPECT_FALSE(dialog.codeEdit()->isEnabled());
-        EXPECT_FALSE(dialog.enterButton()->isEnabled());
     }
 
     // Through the frame's key command: Cancel after the right code leaves the
     // switch; OK stores the box.
     TempDir dir;
-    FrameOptions options;
-    options.programFolder = dir.path();
-    options.configFolder = dir / "config";
-    options.port = &port;
-    MainWindow frame(options);
+    MainWindow frame(FrameOptions{dir.path(), dir / "config", &port});
     for (bool ok : {false, true}) {
         test::whenModal<SplitterBarDialog>([ok](SplitterBarDialog* dialog) {
             dialog->codeEdit()->setText(QStringLiteral("tamberlin"));
@@ -142,24 +104,7 @@ TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
     setSplitViewEnabled(false);
 }
 
-class FrameCommands : public ::testing::Test {
-protected:
-    FrameCommands()
-    {
-        FrameOptions options;
-        options.programFolder = m_dir / "program";
-        options.configFolder = m_dir / "config";
-        options.port = &m_port;
-        options.chooser = &m_chooser;
-        fs::create_directories(options.programFolder);
-        m_frame = std::make_unique<MainWindow>(options);
-    }
-
-    TempDir m_dir;
-    ScriptedPort m_port;
-    ScriptedChooser m_chooser;
-    std::unique_ptr<MainWindow> m_frame;
-};
+using FrameCommands = test::FrameFixture;
 
 TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
 {
@@ -167,7 +112,6 @@ TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
     m_frame->sessionChanged();
     m_frame->workspaceBar()->selectItems({}, /*root=*/true);
 
-    // The dialog offers "Folder" in its " Folder Name " frame.
     std::string offered;
     test::whenModal<AddFolderDialog>([&](AddFolderDialog* dialog) {
         offered = dialog->folderName();
@@ -176,8 +120,7 @@ TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
     });
     m_frame->runCommand(cmd::kAddFolder);
     EXPECT_EQ(offered, "Folder");
-    ASSERT_FALSE(m_port.texts().empty());
-    EXPECT_EQ(m_port.texts().back(), msg::kFolderNameEmpty);
+    EXPECT_EQ(m_port.texts(), std::vector<std::string>{std::string(msg::kFolderNameEmpty)});
     EXPECT_TRUE(m_frame->session().document().topLevelFiles().empty());
     EXPECT_FALSE(m_frame->session().document().isModified());
 
@@ -192,18 +135,14 @@ TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
 TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissing)
 {
     m_frame->runCommand(cmd::kHelp);
-    ASSERT_EQ(m_port.texts().size(), 1u);
-    EXPECT_EQ(m_port.texts().back(), msg::kHelpNotFound);
+    EXPECT_EQ(m_port.texts(), std::vector<std::string>{std::string(msg::kHelpNotFound)});
 
     // A project with one selected source, and an editor that is not there.
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Edit"));
     m_frame->sessionChanged();
-    WorkspaceTree* tree = m_frame->workspaceTree();
-    ASSERT_NE(tree, nullptr);
     test::writeBytes(m_dir / "src" / "a.wav", "RIFF");
-    const auto added = tree->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "a.wav"});
+    const auto added = m_frame->workspaceTree()->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "a.wav"});
     ASSERT_EQ(added.size(), 1u);
-    ASSERT_NE(added[0].item, nullptr);
     m_frame->workspaceBar()->selectItems({added[0].item});
     m_frame->settings().externalEditor = (m_dir / "no-such-editor").string();
     m_frame->runCommand(cmd::kExternalEditor);

@@ -10,8 +10,6 @@
 #include "common/messages.h"
 #include "project/workspace_tree.h"
 #include "support/files.h"
-#include "support/scripted_port.h"
-#include "support/temp_dir.h"
 
 #include <QLineEdit>
 #include <QStandardItemModel>
@@ -47,52 +45,36 @@ ProjectItem* itemWithId(MainWindow& frame, const std::string& id)
     return found.size() == 1 ? found.front() : nullptr;
 }
 
-class FrameSession : public ::testing::Test {
+class FrameSession : public test::FrameFixture {
 protected:
     void SetUp() override
     {
         for (const char* name : {"hts1a.wav", "hts2a.wav", "cross.wav"})
             if (!fs::exists(kWaves / name)) GTEST_SKIP() << "the codec2 sample waves are not installed";
-        FrameOptions options;
-        options.programFolder = m_dir / "program";
-        options.configFolder = m_dir / "config";
-        options.port = &m_port;
-        options.chooser = &m_chooser;
-        fs::create_directories(options.programFolder);
-        m_frame = std::make_unique<MainWindow>(options);
     }
 
-    void newProjectThroughDialog(const std::string& name, const fs::path& location)
+    void newProjectThroughDialog(const std::string& name)
     {
         test::whenModal<NewProjectDialog>([&](NewProjectDialog* dialog) {
             dialog->nameEdit()->setText(QString::fromStdString(name));
-            dialog->pathEdit()->setText(qtPath(location));
+            dialog->pathEdit()->setText(qtPath(m_dir.path()));
             dialog->accept();
         });
         m_frame->runCommand(cmd::kNewProject);
     }
 
-    void addFolderThroughDialog(const std::string& name)
+    void addWaves(std::vector<fs::path> waves)
     {
-        test::whenModal<AddFolderDialog>([&](AddFolderDialog* dialog) {
-            dialog->nameEdit()->setText(QString::fromStdString(name));
-            dialog->accept();
-        });
-        m_frame->runCommand(cmd::kAddFolder);
+        m_chooser.waves.push_back(std::move(waves));
+        m_frame->runCommand(cmd::kAddFiles);
     }
-
-    test::TempDir m_dir;
-    test::ScriptedPort m_port;
-    test::ScriptedChooser m_chooser;
-    std::unique_ptr<MainWindow> m_frame;
 };
 
 TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
 {
-    newProjectThroughDialog("Demo", m_dir.path());
+    newProjectThroughDialog("Demo");
     ASSERT_TRUE(m_frame->session().isOpen());
     const fs::path project = m_dir / "Demo" / "Demo.ptp";
-    EXPECT_EQ(m_frame->session().projectFile(), project);
     EXPECT_EQ(filesTree(*m_frame), std::vector<std::string>{"Demo"});
     EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Demo.ptp - Kestrelon"));
 
@@ -103,28 +85,28 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     // The root stands for the top level.
     m_frame->workspaceBar()->selectItems({}, /*root=*/true);
     EXPECT_TRUE(m_frame->action(cmd::kAddFiles)->isEnabled());
-    addFolderThroughDialog("Greetings");
-    m_chooser.waves.push_back({kWaves / "cross.wav"});
-    m_frame->runCommand(cmd::kAddFiles);
+    test::whenModal<AddFolderDialog>([](AddFolderDialog* dialog) {
+        dialog->nameEdit()->setText(QStringLiteral("Greetings"));
+        dialog->accept();
+    });
+    m_frame->runCommand(cmd::kAddFolder);
+    addWaves({kWaves / "cross.wav"});
 
-    ProjectItem* greetings = itemWithId(*m_frame, "Greetings");
-    ASSERT_NE(greetings, nullptr);
-    m_frame->workspaceBar()->selectItems({greetings});
-    m_chooser.waves.push_back({kWaves / "hts1a.wav", kWaves / "hts2a.wav"});
-    m_frame->runCommand(cmd::kAddFiles);
+    ASSERT_NE(itemWithId(*m_frame, "Greetings"), nullptr);
+    m_frame->workspaceBar()->selectItems({itemWithId(*m_frame, "Greetings")});
+    addWaves({kWaves / "hts1a.wav", kWaves / "hts2a.wav"});
 
-    EXPECT_EQ(filesTree(*m_frame),
-              (std::vector<std::string>{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"}));
+    const std::vector<std::string> tree{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"};
+    EXPECT_EQ(filesTree(*m_frame), tree);
     EXPECT_TRUE(fs::exists(m_dir / "Demo" / "Files" / "hts2a.wav"));
     EXPECT_TRUE(m_frame->session().document().isModified());
 
     // The same wave again, into another folder: refused, the tree unchanged.
     m_frame->workspaceBar()->selectItems({}, /*root=*/true);
-    m_chooser.waves.push_back({kWaves / "hts1a.wav"});
-    m_frame->runCommand(cmd::kAddFiles);
+    addWaves({kWaves / "hts1a.wav"});
     EXPECT_EQ(m_port.texts().back(),
               std::string(msg::kCanNotAddFilePrefix) + "\"hts1a.wav\"" + std::string(msg::kInOtherFolderSuffix));
-    EXPECT_EQ(filesTree(*m_frame).size(), 5u);
+    EXPECT_EQ(filesTree(*m_frame), tree);
 
     // Clicks in the view reach the selection: two files picked with the
     // view's own multi-select delete as several.
@@ -138,24 +120,21 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     m_port.queue(Answer::No);
     m_frame->runCommand(cmd::kDeleteFiles);
     EXPECT_EQ(m_port.texts().back(), msg::kDeleteSelectedItems);
-    EXPECT_EQ(filesTree(*m_frame).size(), 5u);
+    EXPECT_EQ(filesTree(*m_frame), tree);
 
     // Save, close, open again: the tree comes back as it was.
     m_frame->runCommand(cmd::kSaveProject);
     EXPECT_FALSE(m_frame->session().document().isModified());
     m_frame->runCommand(cmd::kCloseProject);
-    EXPECT_FALSE(m_frame->session().isOpen());
     EXPECT_EQ(filesTree(*m_frame), std::vector<std::string>{});
     EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Kestrelon"));
 
     m_chooser.projects.push_back(project);
     m_frame->runCommand(cmd::kOpenProject);
     ASSERT_TRUE(m_frame->session().isOpen());
-    EXPECT_EQ(filesTree(*m_frame),
-              (std::vector<std::string>{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"}));
+    EXPECT_EQ(filesTree(*m_frame), tree);
     // It is the first entry of the recent list now, and choosing that entry
     // while it is open says so.
-    ASSERT_GE(m_frame->recentProjects().size(), 1u);
     EXPECT_EQ(m_frame->recentProjects().entries().front(), project.string());
     m_frame->updateCommands();
     m_frame->runCommand(cmd::kRecentFirst);
@@ -164,12 +143,11 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
 
 TEST_F(FrameSession, ClosingAModifiedProjectAsksAndCancelKeepsIt)
 {
-    newProjectThroughDialog("Keep", m_dir.path());
+    newProjectThroughDialog("Keep");
     ASSERT_TRUE(m_frame->session().isOpen());
     m_frame->runCommand(cmd::kSaveProject);
     m_frame->workspaceBar()->selectItems({}, true);
-    m_chooser.waves.push_back({kWaves / "cross.wav"});
-    m_frame->runCommand(cmd::kAddFiles);
+    addWaves({kWaves / "cross.wav"});
     ASSERT_TRUE(m_frame->session().document().isModified());
 
     m_port.queue(Answer::Cancel);
@@ -186,13 +164,12 @@ TEST_F(FrameSession, ClosingAModifiedProjectAsksAndCancelKeepsIt)
 
 TEST_F(FrameSession, TheEditorGetsTheWaveAsOneArgumentAndTheWindowWaits)
 {
-    newProjectThroughDialog("Edit", m_dir.path());
+    newProjectThroughDialog("Edit");
     ASSERT_TRUE(m_frame->session().isOpen());
     // A wave whose name holds blanks.
     fs::copy_file(kWaves / "cross.wav", m_dir / "my cross.wav");
     m_frame->workspaceBar()->selectItems({}, true);
-    m_chooser.waves.push_back({m_dir / "my cross.wav"});
-    m_frame->runCommand(cmd::kAddFiles);
+    addWaves({m_dir / "my cross.wav"});
     ProjectItem* source = itemWithId(*m_frame, "my cross.wav");
     ASSERT_NE(source, nullptr);
     m_frame->workspaceBar()->selectItems({source});

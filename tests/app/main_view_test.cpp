@@ -7,19 +7,15 @@
 #include "app/views/info_panels.h"
 #include "app/views/list_columns.h"
 #include "app/views/record_table_model.h"
+#include "app/dialogs/progress_dialog.h"
 #include "bodies/body_settings.h"
 #include "codec/encoded_header.h"
-#include "codec/project_algorithms.h"
-#include "app/dialogs/progress_dialog.h"
 #include "codec/interim_packer.h"
-#include "common/file_io.h"
+#include "codec/project_algorithms.h"
 #include "common/messages.h"
-#include "settings/export.h"
 
-#include <QAbstractItemModel>
 #include <QCheckBox>
 #include <QHeaderView>
-#include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -35,8 +31,15 @@ std::string str(std::string_view text) { return std::string(text); }
 
 QString cell(const MainView& view, int row, ListColumn column)
 {
-    const QAbstractItemModel* shown = view.table()->model();
-    return shown->index(row, static_cast<int>(column)).data().toString();
+    return view.table()->model()->index(row, static_cast<int>(column)).data().toString();
+}
+
+// A shown row's cells, joined by '|'.
+QString rowText(const MainView& view, int row)
+{
+    QStringList cells;
+    for (int column = 0; column < kListColumnCount; ++column) cells << cell(view, row, ListColumn(column));
+    return cells.join(QLatin1Char('|'));
 }
 
 std::vector<QString> columnTexts(const MainView& view, ListColumn column)
@@ -52,7 +55,7 @@ void selectShownRows(MainView& view, std::initializer_list<int> rows)
     selection->clearSelection();
     for (const int row : rows)
         selection->select(view.table()->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    if (rows.size() > 0)
+    if (rows.size())
         selection->setCurrentIndex(view.table()->model()->index(*rows.begin(), 0), QItemSelectionModel::NoUpdate);
 }
 
@@ -66,42 +69,31 @@ TEST_F(ViewTest, HeadersAndCellsShowTheRecordsAsTheyStand)
           {"hello.wav", "", "", "", "", "", "", "", ""},
           {"bye.wav", "B1", "MuLaw", "64000", "2000", "", "SAF2.tmp", "", ""}});
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
 
     const QAbstractItemModel* shown = view.table()->model();
     ASSERT_EQ(shown->columnCount(), kListColumnCount);
-    std::vector<QString> headers;
+    QStringList headers;
     for (int column = 0; column < kListColumnCount; ++column)
-        headers.push_back(shown->headerData(column, Qt::Horizontal).toString());
-    EXPECT_EQ(headers, (std::vector<QString>{"", "File Name", "Body", "Algorithm", "Bit Rate (bps)",
-                                             "Original Play (PC)", "Encode Play (Board)", "Encode File Size (byte)",
-                                             "Decode Play (PC)", "Compression Rate (%)", "Decode File Size (byte)"}));
+        headers << shown->headerData(column, Qt::Horizontal).toString();
+    EXPECT_EQ(headers.join(QLatin1Char('|')),
+              "|File Name|Body|Algorithm|Bit Rate (bps)|Original Play (PC)|Encode Play (Board)|"
+              "Encode File Size (byte)|Decode Play (PC)|Compression Rate (%)|Decode File Size (byte)");
 
     // Sorted by file name, as a fresh profile asks; equal names keep the project's order.
+    // 2000 of 1000 is above 100; 1234 of 9876 is 12.49...; no encode size, no rate. A play
+    // cell shows its glyph only when there is something to play.
     ASSERT_EQ(shown->rowCount(), 3);
-    EXPECT_EQ(columnTexts(view, ListColumn::FileName), (std::vector<QString>{"bye.wav", "hello.wav", "hello.wav"}));
-    EXPECT_EQ(columnTexts(view, ListColumn::Algorithm), (std::vector<QString>{"MuLaw", "ImaAdpcm", ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::BitRate), (std::vector<QString>{"64000", "16000", ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::EncodeSize), (std::vector<QString>{"2000", "1234", ""}));
-    // 2000 of 1000 is above 100; 1234 of 9876 is 12.49...; no encode size, no rate.
-    EXPECT_EQ(columnTexts(view, ListColumn::CompressionRate), (std::vector<QString>{"200", "12", ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::DecodeSize), (std::vector<QString>{"", "9000", ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::Body), (std::vector<QString>{"B1", "B1", ""}));
-
-    // A play cell shows its glyph only when there is something to play.
-    const QString play = QStringLiteral("\u25B6");
-    EXPECT_EQ(columnTexts(view, ListColumn::OriginalPlay), (std::vector<QString>{play, play, play}));
-    EXPECT_EQ(columnTexts(view, ListColumn::EncodePlay), (std::vector<QString>{play, play, ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::DecodePlay), (std::vector<QString>{"", play, ""}));
-    EXPECT_EQ(columnTexts(view, ListColumn::Marker), (std::vector<QString>{"", "", ""}));
+    EXPECT_EQ(rowText(view, 0), QStringLiteral("|bye.wav|B1|MuLaw|64000|\u25B6|\u25B6|2000||200|"));
+    EXPECT_EQ(rowText(view, 1), QStringLiteral("|hello.wav|B1|ImaAdpcm|16000|\u25B6|\u25B6|1234|\u25B6|12|9000"));
+    EXPECT_EQ(rowText(view, 2), QStringLiteral("|hello.wav||||\u25B6|||||"));
 
     // A record changed under the list shows its new value when its row repaints.
     view.model()->list().rows()[1].record().decodeSize = "777";
     view.model()->recordsChanged();
     EXPECT_EQ(cell(view, 2, ListColumn::DecodeSize), "777");
 
-    // No project, no rows: the header alone.
+    // No project, no rows.
     session.closeProject();
     view.refresh();
     EXPECT_EQ(shown->rowCount(), 0);
@@ -118,8 +110,7 @@ TEST_F(ViewTest, HeadersSortNamesAsTextAndSizesAsNumbersAndTheChoicePersists)
     settings.sortOrder = 1;
     settings.columnScale = 1.5f;
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
 
     // Restored: by encode size, largest first, the empty cell last.
     EXPECT_EQ(columnTexts(view, ListColumn::EncodeSize), (std::vector<QString>{"100", "10", "9", ""}));
@@ -150,10 +141,7 @@ TEST_F(ViewTest, DeleteAsksWithTheSingularOrPluralTextAndDeleteAllEmptiesTheList
           {"a.wav", "B1", "adpcm", "16000", "", "", "", "", ""},
           {"b.wav", "B1", "adpcm", "32000", "", "", "", "", ""}});
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
-    ASSERT_EQ(view.table()->model()->rowCount(), 3);
-
+    attach(view);
     view.deleteSelected(); // nothing selected: no question
     EXPECT_TRUE(port.texts().empty());
 
@@ -162,21 +150,15 @@ TEST_F(ViewTest, DeleteAsksWithTheSingularOrPluralTextAndDeleteAllEmptiesTheList
     view.deleteSelected();
     EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kDeleteSelectedItem)});
     EXPECT_EQ(view.table()->model()->rowCount(), 3);
-    EXPECT_FALSE(session.document().isModified());
 
     port.clear();
     selectShownRows(view, {0, 2});
-    EXPECT_EQ(view.selectedCount(), 2);
     port.queue(Answer::Yes);
     view.deleteSelected();
     EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kDeleteSelectedItems)});
     ASSERT_EQ(view.table()->model()->rowCount(), 1);
     EXPECT_EQ(cell(view, 0, ListColumn::BitRate), "16000");
-    ASSERT_EQ(session.document().topLevelFiles().size(), 2u);
-    EXPECT_EQ(session.document().topLevelFiles()[0]->records().size(), 1u);
     EXPECT_TRUE(session.document().topLevelFiles()[1]->records().empty());
-    EXPECT_TRUE(session.document().isModified());
-    EXPECT_FALSE(view.hasSelection());
 
     port.clear();
     port.queue(Answer::No);
@@ -186,9 +168,6 @@ TEST_F(ViewTest, DeleteAsksWithTheSingularOrPluralTextAndDeleteAllEmptiesTheList
     port.queue(Answer::Yes);
     view.deleteAll();
     EXPECT_EQ(view.table()->model()->rowCount(), 0);
-    port.clear();
-    view.deleteAll(); // an empty list asks nothing
-    EXPECT_TRUE(port.texts().empty());
 }
 
 TEST_F(ViewTest, TenThousandRowsAreServedRowByRowWithoutMeasuring)
@@ -203,8 +182,7 @@ TEST_F(ViewTest, TenThousandRowsAreServedRowByRowWithoutMeasuring)
     settings.sortIndex = 7;
     settings.sortOrder = 1;
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
     view.resize(1200, 700);
     view.show();
 
@@ -212,64 +190,37 @@ TEST_F(ViewTest, TenThousandRowsAreServedRowByRowWithoutMeasuring)
     ASSERT_EQ(table->model()->rowCount(), 10000);
     // Every row is as high as the next: nothing is measured per row.
     EXPECT_EQ(table->verticalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
-    EXPECT_EQ(table->verticalHeader()->sectionSize(0), table->verticalHeader()->sectionSize(9999));
-
-    // The rows on screen, top and bottom, are read from their records.
-    const auto visibleRows = [table] {
-        const int first = table->rowAt(0);
-        int last = table->rowAt(table->viewport()->height() - 1);
-        if (last < 0)
-            last = table->model()->rowCount() - 1;
-        return std::pair{first, last};
-    };
-    auto [first, last] = visibleRows();
-    ASSERT_EQ(first, 0);
-    ASSERT_GT(last, 5);
-    for (int row = first; row <= last; ++row) {
-        EXPECT_EQ(cell(view, row, ListColumn::EncodeSize), QString::number(9999 - row));
-        EXPECT_EQ(cell(view, row, ListColumn::CompressionRate), "10"); // about 9990 of 100000 bytes
-    }
+    EXPECT_EQ(table->rowAt(0), 0);
+    EXPECT_EQ(cell(view, 1, ListColumn::EncodeSize), "9998");
+    EXPECT_EQ(cell(view, 1, ListColumn::CompressionRate), "10"); // 9998 of 100000 bytes
     table->scrollToBottom();
-    std::tie(first, last) = visibleRows();
-    EXPECT_EQ(last, 9999);
+    const int bottom = table->rowViewportPosition(9999);
+    EXPECT_TRUE(bottom >= 0 && bottom < table->viewport()->height());
     EXPECT_EQ(cell(view, 9999, ListColumn::EncodeSize), "0");
     EXPECT_EQ(cell(view, 9999, ListColumn::CompressionRate), "");
 }
 
 TEST_F(ViewTest, PanelsShowTheCurrentRowAndClearWithoutOne)
 {
-    writeBytes(project / "Files" / "hello.wav", waveBytes(8000, 8000));
+    writeBytes(project / "Files" / "hello.wav", wav16Bytes(std::vector<std::int16_t>(8000), 8000));
     open({{"hello.wav", "B1", "ImaAdpcm", "16000", "4011", "16044", "SAF1.tmp", "SAF1.dfn", ""}});
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
     const InfoPanels& panels = *view.panels();
-    EXPECT_EQ(panels.text(InfoPanels::FileName), "");
-    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
-
     selectShownRows(view, {0});
     EXPECT_EQ(panels.text(InfoPanels::FileName), "hello.wav");
     EXPECT_EQ(panels.text(InfoPanels::FileSampleRate), "8000 Hz");
-    EXPECT_EQ(panels.text(InfoPanels::FileChannels), "Mono");
-    EXPECT_EQ(panels.text(InfoPanels::FileResolution), "16 bit");
-    EXPECT_EQ(panels.text(InfoPanels::FileSize), "16044 byte");
     EXPECT_EQ(panels.text(InfoPanels::FileTime), "1000 ms");
     // The project holds no ImaAdpcm library: its name alone, and no message.
     EXPECT_EQ(panels.text(InfoPanels::AlgoName), "ImaAdpcm");
-    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
     EXPECT_EQ(panels.text(InfoPanels::EncodeSize), "4011 byte");
-    EXPECT_EQ(panels.text(InfoPanels::DecodeSize), "16044 byte");
     EXPECT_EQ(panels.text(InfoPanels::CompressionRate), "25 %");
     EXPECT_FALSE(panels.valueLabel(InfoPanels::AlgoCreator)->isVisibleTo(view.panels()));
     EXPECT_TRUE(port.texts().empty());
 
     view.table()->selectionModel()->clearCurrentIndex();
-    for (int field = 0; field < InfoPanels::FieldCount; ++field) {
-        if (field != InfoPanels::AlgoVersion) {
-            EXPECT_EQ(panels.text(static_cast<InfoPanels::Field>(field)), "") << field;
-        }
-    }
-    EXPECT_EQ(panels.text(InfoPanels::AlgoVersion), "1.0.0");
+    for (int field = 0; field < InfoPanels::FieldCount; ++field)
+        EXPECT_EQ(panels.text(InfoPanels::Field(field)), field == InfoPanels::AlgoVersion ? "1.0.0" : "") << field;
 }
 
 TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
@@ -282,8 +233,7 @@ TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
     writeBytes(session.tempFolder() / "SAF1.tmp", *packInterim(unpacked1));
     writeBytes(session.tempFolder() / "SAF2.tmp", *packInterim(unpacked2));
     MainView view(port);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
     const fs::path out = temp / "out";
 
     // Rows shown: bye.wav, hello.wav. Export the selected hello.wav without header.
@@ -296,7 +246,6 @@ TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
     view.exportSelected();
     EXPECT_EQ(readBytes(out / "hello1.bin"), "HELLO");
     EXPECT_FALSE(fs::exists(out / "bye.bin"));
-    EXPECT_EQ(readBytes(out / str(kExportIndexFileName)), "hello.wav:" + str(kNativeEol) + "hello1.bin" + str(kNativeEol));
 
     // Export all with the header: the dialog opens on the last values; the
     // existing file is asked about.
@@ -326,8 +275,8 @@ TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
 TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
 {
     const fs::path programFolder = KESTRELON_PROGRAM_DIR;
-    writeBytes(project / "Files" / "a.wav", waveBytes(8000, 16000));
-    writeBytes(project / "Files" / "b.wav", waveBytes(8000, 16000));
+    for (const char* name : {"a.wav", "b.wav"})
+        writeBytes(project / "Files" / name, wav16Bytes(std::vector<std::int16_t>(16000), 8000));
     open({{"a.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""},
           {"b.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""}});
     BodySettings bodies;
@@ -339,8 +288,7 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
     settings.autoDecode = 0;
     MainView view(port);
     view.setEnvironment(&bodies, &registry, programFolder);
-    view.setSettings(&settings);
-    view.setSession(&session);
+    attach(view);
     view.selectAll();
 
     // The frame hears when the batch starts and ends.
@@ -360,7 +308,6 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
     EXPECT_FALSE(sources[0]->records()[0].encodeName.empty());
     EXPECT_EQ(sources[1]->records()[0].encodeName, "");
     EXPECT_EQ(cell(view, 0, ListColumn::EncodeSize).toStdString(), sources[0]->records()[0].encodeSize);
-    EXPECT_FALSE(cell(view, 0, ListColumn::CompressionRate).isEmpty());
     EXPECT_EQ(cell(view, 1, ListColumn::EncodeSize), "");
 
     // Without a stop the next batch takes the rest; decoding fills the decode cells.
@@ -368,7 +315,6 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
     EXPECT_FALSE(sources[1]->records()[0].encodeName.empty());
     view.decodeSelected();
     EXPECT_FALSE(cell(view, 0, ListColumn::DecodeSize).isEmpty());
-    EXPECT_FALSE(cell(view, 1, ListColumn::DecodeSize).isEmpty());
     EXPECT_EQ(cell(view, 1, ListColumn::DecodePlay), QStringLiteral("\u25B6"));
 }
 #endif

@@ -7,12 +7,12 @@
 #include "support/files.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"
+#include "wave/wave_file.h"
 #include "app_support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -53,19 +53,6 @@ inline std::string projectText(const std::vector<Row>& rows)
     return text + "# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n# End Project\n";
 }
 
-// A 16-bit mono PCM wave of `samples` silent samples.
-inline std::string waveBytes(std::uint32_t sampleRate, std::uint32_t samples)
-{
-    const auto le = [](std::uint32_t value, int bytes) {
-        std::string out;
-        for (int i = 0; i < bytes; ++i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
-        return out;
-    };
-    const std::uint32_t data = samples * 2;
-    return "RIFF" + le(36 + data, 4) + "WAVEfmt " + le(16, 4) + le(1, 2) + le(1, 2) + le(sampleRate, 4) +
-           le(sampleRate * 2, 4) + le(2, 2) + le(16, 2) + "data" + le(data, 4) + std::string(data, '\0');
-}
-
 class ViewTest : public ::testing::Test {
 protected:
     void TearDown() override
@@ -85,6 +72,13 @@ protected:
                 writeBytes(project / "Files" / row.source, fileBytes);
         writeBytes(project / "Demo.ptp", projectText(rows));
         ASSERT_TRUE(session.openProject(project / "Demo.ptp"));
+    }
+
+    // Puts `view` on this test's settings and session.
+    void attach(MainView& view)
+    {
+        view.setSettings(&settings);
+        view.setSession(&session);
     }
 
     // Where a closed project leaves the current folder: a folder that outlives

@@ -2,6 +2,8 @@
 // Runs the built kestrelon-cli with the given words and keeps what it printed.
 #include "support/files.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -52,6 +54,22 @@ inline CliRun runCli(const std::vector<std::string>& words, const std::filesyste
     std::filesystem::remove(out);
     std::filesystem::remove(err);
     return run;
+}
+
+// A run with --json put first, and the object it printed.
+struct JsonRun {
+    int exitCode = -1;
+    nlohmann::ordered_json answer;
+    std::string err;
+    std::string text(std::size_t message) const { return answer["messages"].at(message)["text"]; }
+};
+
+inline JsonRun runJson(std::vector<std::string> words, const std::filesystem::path& scratch)
+{
+    words.insert(words.begin(), "--json");
+    const CliRun done = runCli(words, scratch);
+    return {done.exitCode, done.out.empty() ? nlohmann::ordered_json::object() : nlohmann::ordered_json::parse(done.out),
+            done.err};
 }
 
 } // namespace kestrelon::test

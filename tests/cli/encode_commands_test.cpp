@@ -32,21 +32,8 @@ protected:
                   0);
     }
 
-    struct Run {
-        int exitCode = -1;
-        Json answer;
-        std::string err;
-    };
-
-    Run run(std::vector<std::string> words)
-    {
-        words.insert(words.begin(), "--json");
-        const CliRun done = runCli(words, scratch.path());
-        Run out{done.exitCode, Json::object(), done.err};
-        if (!done.out.empty())
-            out.answer = Json::parse(done.out);
-        return out;
-    }
+    using Run = JsonRun;
+    Run run(const std::vector<std::string>& words) { return runJson(words, scratch.path()); }
 
     std::string ptp() const { return (temp / "Road" / "Road.ptp").string(); }
     fs::path folder() const { return temp / "Road"; }
@@ -85,9 +72,8 @@ TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndR
         std::snprintf(rate, sizeof rate, "%.0f", std::stod(encodeSize) / original * 100.0);
         EXPECT_EQ(row["compressionRate"], rate);
         EXPECT_NE(row["decodeSize"], "");
-        EXPECT_EQ(row["renameEncode"], "hts1a_KS-1 Voice_" + codecs[i].first + "_" + codecs[i].second + "." +
-                                           std::string(row["renameEncode"]).substr(
-                                               std::string(row["renameEncode"]).rfind('.') + 1));
+        const std::string rename = row["renameEncode"];
+        EXPECT_EQ(rename.substr(0, rename.rfind('.')), "hts1a_KS-1 Voice_" + codecs[i].first + "_" + codecs[i].second);
         // The folder is as Save and Close leave it: the interim file beside
         // the project file, Temp gone, the codec in Algos.
         EXPECT_TRUE(fs::is_regular_file(folder() / std::string(row["encodeName"])));

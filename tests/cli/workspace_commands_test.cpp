@@ -18,13 +18,6 @@ namespace {
 
 const fs::path kSpeech = "/usr/share/codec2/wav";
 
-struct TreeRun {
-    int exitCode = -1;
-    Json answer; // the JSON object printed
-    std::string err;
-    std::string text(std::size_t message) const { return answer["messages"].at(message)["text"]; }
-};
-
 class WorkspaceCommandsTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -38,13 +31,10 @@ protected:
     }
 
     // One command line with --json; `answer` is the global --yes, --no or --cancel.
-    TreeRun run(std::vector<std::string> words, const std::string& answer = "--no")
+    JsonRun run(std::vector<std::string> words, const std::string& answer = "--no")
     {
-        words.insert(words.begin(), {"--json", answer});
-        CliRun done = runCli(words, scratch.path());
-        TreeRun out{done.exitCode, Json::object(), done.err};
-        if (!done.out.empty()) out.answer = Json::parse(done.out);
-        return out;
+        words.insert(words.begin(), answer);
+        return runJson(words, scratch.path());
     }
 
     std::string ptp() const { return (temp / "Demo" / "Demo.ptp").string(); }
@@ -60,7 +50,7 @@ TEST_F(WorkspaceCommandsTest, AddFolderAndFilesAreSavedAndDuplicatesFollowTheTwo
 {
     ASSERT_EQ(run({"project", "add-folder", ptp(), "Voices"}).exitCode, 0);
     ASSERT_EQ(run({"project", "add-folder", ptp(), "Sub", "--parent", "Voices"}).exitCode, 0);
-    const TreeRun added = run({"project", "add-files", ptp(), "--folder", "Sub", (temp / "chosen" / "a.wav").string(),
+    const JsonRun added = run({"project", "add-files", ptp(), "--folder", "Sub", (temp / "chosen" / "a.wav").string(),
                            (temp / "chosen" / "b.wav").string()});
     ASSERT_EQ(added.exitCode, 0) << added.err;
     const Json& voices = added.answer["files"][0];
@@ -70,7 +60,7 @@ TEST_F(WorkspaceCommandsTest, AddFolderAndFilesAreSavedAndDuplicatesFollowTheTwo
     const std::string saved = readBytes(ptp());
     EXPECT_NE(saved.find("SOURCE=Files\\b.wav"), std::string::npos);
 
-    const TreeRun elsewhere = run({"project", "add-files", ptp(), (temp / "other" / "a.wav").string()});
+    const JsonRun elsewhere = run({"project", "add-files", ptp(), (temp / "other" / "a.wav").string()});
     EXPECT_EQ(elsewhere.exitCode, 1);
     EXPECT_EQ(elsewhere.text(0), std::string(msg::kCanNotAddFilePrefix) + "\"a.wav\"" + std::string(msg::kInOtherFolderSuffix));
     EXPECT_EQ(elsewhere.answer["added"][0]["outcome"], "refused");
@@ -78,17 +68,17 @@ TEST_F(WorkspaceCommandsTest, AddFolderAndFilesAreSavedAndDuplicatesFollowTheTwo
 
     const std::vector<std::string> overwrite = {"project", "add-files", ptp(), "--folder", "Sub",
                                                 (temp / "other" / "a.wav").string()};
-    const TreeRun no = run(overwrite);
+    const JsonRun no = run(overwrite);
     EXPECT_EQ(no.exitCode, 0);
     EXPECT_EQ(no.answer["messages"][0]["answer"], "no");
     EXPECT_EQ(readBytes(files() / "a.wav"), readBytes(kSpeech / "hts1a.wav"));
-    const TreeRun yes = run(overwrite, "--yes");
+    const JsonRun yes = run(overwrite, "--yes");
     EXPECT_EQ(yes.answer["added"][0]["outcome"], "overwritten");
     EXPECT_EQ(readBytes(files() / "a.wav"), readBytes(kSpeech / "f2400.wav")); // saved: the new copy stays
     EXPECT_FALSE(fs::exists(temp / "Demo" / "Temp"));
     EXPECT_EQ(readBytes(ptp()), saved); // still one item
 
-    const TreeRun empty = run({"project", "add-folder", ptp(), ""});
+    const JsonRun empty = run({"project", "add-folder", ptp(), ""});
     EXPECT_EQ(empty.exitCode, 1);
     EXPECT_EQ(empty.text(0), msg::kFolderNameEmpty);
     EXPECT_EQ(run({"project", "add-files", ptp(), "notes.txt"}).exitCode, 2);
@@ -101,7 +91,7 @@ TEST_F(WorkspaceCommandsTest, DeleteAndRenameNameItemsByIdAndRefuseUnknownIds)
          (temp / "chosen" / "b.wav").string()});
     const std::string saved = readBytes(ptp());
 
-    const TreeRun unknown = run({"project", "delete-files", ptp(), "a.wav", "nothing.wav"}, "--yes");
+    const JsonRun unknown = run({"project", "delete-files", ptp(), "a.wav", "nothing.wav"}, "--yes");
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_EQ(unknown.answer["error"], "no item with id nothing.wav");
     EXPECT_NE(unknown.err.find("no item with id nothing.wav"), std::string::npos);
@@ -109,25 +99,25 @@ TEST_F(WorkspaceCommandsTest, DeleteAndRenameNameItemsByIdAndRefuseUnknownIds)
     EXPECT_EQ(run({"project", "delete-files", ptp(), "Voices"}, "--yes").answer["error"], "Voices is not a file");
     EXPECT_EQ(readBytes(ptp()), saved);
 
-    const TreeRun declined = run({"project", "delete-files", ptp(), "a.wav", "b.wav"});
+    const JsonRun declined = run({"project", "delete-files", ptp(), "a.wav", "b.wav"});
     EXPECT_EQ(declined.exitCode, 0);
     EXPECT_EQ(declined.text(0), msg::kDeleteSelectedItems);
     EXPECT_EQ(declined.answer["outcome"], "declined");
     EXPECT_EQ(readBytes(ptp()), saved);
 
-    const TreeRun deleted = run({"project", "delete-files", ptp(), "a.wav"}, "--yes");
+    const JsonRun deleted = run({"project", "delete-files", ptp(), "a.wav"}, "--yes");
     EXPECT_EQ(deleted.text(0), std::string(msg::kDeleteItemPrefix) + "\"a.wav\"?");
     EXPECT_FALSE(fs::exists(files() / "a.wav")); // the Save emptied the deletion list
     EXPECT_TRUE(fs::exists(files() / "b.wav"));
 
-    const TreeRun renamed = run({"project", "rename-folder", ptp(), "Voices", "Greetings"});
+    const JsonRun renamed = run({"project", "rename-folder", ptp(), "Voices", "Greetings"});
     EXPECT_EQ(renamed.exitCode, 0);
     EXPECT_EQ(renamed.answer["files"][0]["id"], "Greetings");
-    const TreeRun invalid = run({"project", "rename-folder", ptp(), "Greetings", "a|b"});
+    const JsonRun invalid = run({"project", "rename-folder", ptp(), "Greetings", "a|b"});
     EXPECT_EQ(invalid.exitCode, 1);
     EXPECT_EQ(invalid.text(0), msg::kInvalidCharacters);
 
-    const TreeRun folder = run({"project", "delete-folder", ptp(), "Greetings"}, "--yes");
+    const JsonRun folder = run({"project", "delete-folder", ptp(), "Greetings"}, "--yes");
     EXPECT_EQ(folder.text(0), std::string(msg::kDeleteFolderPrefix) + "\"Greetings\"?");
     EXPECT_TRUE(folder.answer["files"].empty());
     EXPECT_FALSE(fs::exists(files() / "b.wav"));

@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <sstream>
 
 namespace kestrelon::test {
 
@@ -49,12 +50,10 @@ inline void unsetEnv(const char* name)
 class EnginePort : public ScriptedPort {
 public:
     void beginProgress(std::string_view title) override { titles.emplace_back(title); }
-    void setProgressRange(int low, int high) override { ranges.emplace_back(low, high); }
     void endProgress() override { ++ended; }
     bool stopRequested() override { return stop && stop(); }
 
     std::vector<std::string> titles;
-    std::vector<std::pair<int, int>> ranges;
     int ended = 0;
     std::function<bool()> stop;
 };
@@ -72,23 +71,18 @@ inline std::string testBodySettings()
                        "ALGO2=Pcm\nALGO2_SECTION=PCM\nALGO3=Codec2\nALGO3_SECTION=CODEC2\n"
                        "ALGO4=Speex\nALGO4_SECTION=SPEEX\nALGO5=FailingCodec\nALGO5_SECTION=FAILING\n"
                        "[Small Body]\nBODYID=2\nALGOCOUNT=1\nALGO0=ImaAdpcm\nALGO0_SECTION=IMA\n";
-    const auto section = [&](const std::string& name, const std::string& library, const std::string& rates) {
-        std::string s = "[" + name + "]\nDLLDIR=Algorithms\nPATHNAME=Algorithms\\" + library + suffix + "\n";
-        int count = 0;
-        std::string list;
-        for (size_t start = 0; start <= rates.size();) {
-            const size_t comma = std::min(rates.find(',', start), rates.size());
-            list += "BITRATE" + std::to_string(count++) + "=" + rates.substr(start, comma - start) + "\n";
-            start = comma + 1;
-        }
-        return s + "BITRATECOUNT=" + std::to_string(count) + "\n" + list + "CONFIG=0\n";
+    const auto section = [&](const std::string& name, const std::string& library, std::vector<std::string> rates) {
+        std::string s = "[" + name + "]\nDLLDIR=Algorithms\nPATHNAME=Algorithms\\" + library + suffix +
+                        "\nBITRATECOUNT=" + std::to_string(rates.size()) + "\n";
+        for (size_t i = 0; i < rates.size(); ++i) s += "BITRATE" + std::to_string(i) + "=" + rates[i] + "\n";
+        return s + "CONFIG=0\n";
     };
-    text += section("IMA", "ImaAdpcm", "32000,24000,16000");
-    text += section("MULAW", "MuLaw", "64000");
-    text += section("PCM", "Pcm", "128000");
-    text += section("CODEC2", "Codec2", "3200,1200");
-    text += section("SPEEX", "Speex", "8000");
-    text += section("FAILING", "FailingCodec", "16000");
+    text += section("IMA", "ImaAdpcm", {"32000", "24000", "16000"});
+    text += section("MULAW", "MuLaw", {"64000"});
+    text += section("PCM", "Pcm", {"128000"});
+    text += section("CODEC2", "Codec2", {"3200", "1200"});
+    text += section("SPEEX", "Speex", {"8000"});
+    text += section("FAILING", "FailingCodec", {"16000"});
     return text;
 }
 
@@ -196,12 +190,8 @@ protected:
     std::vector<std::string> codecCalls() const
     {
         std::vector<std::string> calls;
-        std::string text = readBytes(temp / "calls.log");
-        for (size_t start = 0; start < text.size();) {
-            const size_t end = std::min(text.find('\n', start), text.size());
-            calls.push_back(text.substr(start, end - start));
-            start = end + 1;
-        }
+        std::istringstream text(readBytes(temp / "calls.log"));
+        for (std::string line; std::getline(text, line);) calls.push_back(line);
         return calls;
     }
 

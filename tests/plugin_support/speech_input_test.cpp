@@ -21,8 +21,6 @@ TEST(SpeechInput, LoadsAtTheCodecRateOrSaysWhyNot)
     ASSERT_TRUE(loadSpeechAtRate(test::kSpeechFolder / "wia_16kHz.wav", 8000, samples));
     EXPECT_EQ(samples, resample(wave.samples(), 16000, 8000));
     const std::vector<std::int16_t> own = wave.takeSamples();
-    EXPECT_EQ(wave.frameCount(), 16000);
-    EXPECT_EQ(wave.lengthMs(), 1000);
     ASSERT_TRUE(loadSpeechAtRate(test::kSpeechFolder / "wia_16kHz.wav", 16000, samples));
     EXPECT_EQ(samples, own);
 

@@ -11,8 +11,6 @@ TEST(EditInfoRecord, RowsMatchOnTheFourIdentifyingFieldsCaseSensitively)
     a.bodyName = "B1";
     a.algoName = "Adpcm";
     a.bitRate = "16000";
-    EXPECT_EQ(a.itemId, -1);
-    EXPECT_EQ(a.multiSelect, 0);
 
     EditInfoRecord b = a;
     b.encodeSize = "99"; // results and play-list marks do not make another row
@@ -34,11 +32,11 @@ TEST(EditInfoRecord, RowsMatchOnTheFourIdentifyingFieldsCaseSensitively)
 TEST(EditInfoRecord, SizesReadTheDecimalDigitsTheyBeginWith)
 {
     EditInfoRecord r;
-    EXPECT_EQ(r.encodeSizeValue(), 0);
     r.encodeSize = "4096";
     r.decodeSize = "  12kB";
     EXPECT_EQ(r.encodeSizeValue(), 4096);
     EXPECT_EQ(r.decodeSizeValue(), 12);
+    EXPECT_EQ(sizeFromText(""), 0);
     EXPECT_EQ(sizeFromText("abc"), 0);
     EXPECT_EQ(sizeFromText("-7"), -7);
     EXPECT_EQ(sizeFromText("5000000000"), 5000000000LL);

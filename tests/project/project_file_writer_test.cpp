@@ -17,22 +17,12 @@ std::string lines(std::initializer_list<std::string_view> all)
     return out;
 }
 
-EditInfoRecord record(std::string tag, int multiSelect)
+// compressionRate and itemId are never written.
+EditInfoRecord record(const std::string& tag, int multiSelect)
 {
-    EditInfoRecord r;
-    r.fileName = tag + ".wav";
-    r.bodyName = "Body " + tag;
-    r.algoName = "Algo" + tag;
-    r.bitRate = "16000";
-    r.encodeSize = "1234";
-    r.compressionRate = "12"; // never written
-    r.decodeSize = "56789";
-    r.encodeName = tag + "_e.tmp";
-    r.renameEncode = tag + "_export.bin";
-    r.decodeName = tag + "_d.dfn";
-    r.multiSelect = multiSelect;
-    r.itemId = 7; // never written
-    return r;
+    return {.fileName = tag + ".wav", .bodyName = "Body " + tag, .algoName = "Algo" + tag, .bitRate = "16000",
+            .encodeSize = "1234", .compressionRate = "12", .decodeSize = "56789", .encodeName = tag + "_e.tmp",
+            .renameEncode = tag + "_export.bin", .decodeName = tag + "_d.dfn", .multiSelect = multiSelect, .itemId = 7};
 }
 
 RecordingPort keepMissing()
@@ -101,47 +91,21 @@ TEST(ProjectFileWriter, RichTreeSurvivesWriteReadWriteByteForByte)
     const auto path = dir / "rich.ptp";
     ASSERT_TRUE(doc.save(path));
     EXPECT_FALSE(doc.isModified());
-    EXPECT_EQ(doc.path(), path);
     const std::string first = test::readBytes(path);
-    EXPECT_EQ(first, doc.serialize());
 
     ProjectDocument again;
     RecordingPort port = keepMissing();
     ASSERT_TRUE(again.open(path, port));
-    EXPECT_EQ(again.path(), path);
     EXPECT_EQ(port.messages().size(), 3u); // none of the waves exist; every one is kept
     EXPECT_FALSE(again.isModified());
 
-    // Read order is file order, every depth; the tree has the same shape.
+    // Read order is file order, every depth; unwritten fields come back as defaults.
     ASSERT_EQ(again.files().size(), 7u);
-    std::vector<std::string> names;
-    for (const ProjectItem* item : again.files()) names.push_back(item->name());
-    EXPECT_EQ(names, (std::vector<std::string>{"Files\\top.wav", "Voices", "Numbers", "Deeper \"quoted\"",
-                                               "Files\\one.wav", "Files\\two.wav", ""}));
-    const ProjectItem* readDeeper = again.files()[3];
-    EXPECT_EQ(readDeeper->flags(), 2u);
-    EXPECT_EQ(readDeeper->id(), "deep-id");
-    EXPECT_EQ(readDeeper->parent()->flags(), 0x4002u);
-    EXPECT_EQ(readDeeper->parent()->parent(), again.files()[1]);
-    const ProjectItem* readOne = again.files()[4];
-    ASSERT_EQ(readOne->records().size(), 2u);
-    const EditInfoRecord& rec = readOne->records()[1];
+    EXPECT_EQ(again.files()[3]->parent()->parent(), again.files()[1]);
+    const EditInfoRecord& rec = again.files()[4]->records().at(1);
     EXPECT_EQ(rec.fileName, "one.wav"); // the source's id, not the written-out name
-    EXPECT_EQ(rec.algoName, "Algoone-b");
-    EXPECT_EQ(rec.bodyName, "Body one-b");
-    EXPECT_EQ(rec.bitRate, "16000");
-    EXPECT_EQ(rec.encodeName, "one-b_e.tmp");
-    EXPECT_EQ(rec.encodeSize, "1234");
-    EXPECT_EQ(rec.renameEncode, "one-b_export.bin");
-    EXPECT_EQ(rec.decodeName, "one-b_d.dfn");
-    EXPECT_EQ(rec.decodeSize, "56789");
-    EXPECT_EQ(rec.multiSelect, 1);
     EXPECT_EQ(rec.compressionRate, "");
     EXPECT_EQ(rec.itemId, -1);
-    EXPECT_EQ(again.files()[5]->flags(), 0x10008u);
-    EXPECT_EQ(again.files()[5]->records()[0].multiSelect, 2147483647);
-    EXPECT_EQ(again.files()[0]->records()[0].multiSelect, -2147483647 - 1);
-
     again.rebuildFilesList();
     EXPECT_EQ(again.serialize(), first);
 }

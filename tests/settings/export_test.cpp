@@ -33,25 +33,20 @@ struct Row {
     std::string decodeName;
 };
 
-// One top-level source per distinct name, in order of first appearance, each
-// with its rows' records.
+// One top-level source per run of rows with the same source, with their records.
 std::string projectText(const std::vector<Row>& rows)
 {
-    std::vector<std::string> sources;
-    for (const Row& row : rows)
-        if (std::find(sources.begin(), sources.end(), row.source) == sources.end()) sources.push_back(row.source);
     std::string text = "# Begin Project\n\n# Begin Files\n";
-    for (const std::string& source : sources) {
-        text += "# Begin Source File\nSOURCE=Files\\" + source + "\nID=" + source + "\nPARAM=9\n";
-        for (const Row& row : rows) {
-            if (row.source != source) continue;
-            text += "# Begin EditInfo\nAlgoName=adpcm\nBodyName=B1\nEncodeName=" + row.encodeName +
-                    "\nEncodeSize=10\nRenameEncode=" + row.renameEncode + "\nDecodeName=" + row.decodeName +
-                    "\nDecodeSize=\nEncodeBitRate=16000\nMultiSelect=0\n# End EditInfo\n";
-        }
-        text += "# End Source File\n";
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const Row& row = rows[i];
+        if (i == 0 || row.source != rows[i - 1].source)
+            text += std::string(i ? "# End Source File\n" : "") + "# Begin Source File\nSOURCE=Files\\" + row.source +
+                    "\nID=" + row.source + "\nPARAM=9\n";
+        text += "# Begin EditInfo\nAlgoName=adpcm\nBodyName=B1\nEncodeName=" + row.encodeName +
+                "\nEncodeSize=10\nRenameEncode=" + row.renameEncode + "\nDecodeName=" + row.decodeName +
+                "\nDecodeSize=\nEncodeBitRate=16000\nMultiSelect=0\n# End EditInfo\n";
     }
-    return text + "# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n# End Project\n";
+    return text + "# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n# End Project\n";
 }
 
 // An unpacked encoded file: the header and `data`.
@@ -138,7 +133,6 @@ TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
     const fs::path bare = temp / "bare";
     EXPECT_TRUE(run(ExportKind::Selected, bare, false, {true, true, false, false}).ok);
     EXPECT_EQ(readBytes(bare / "hello1.bin"), "first hello");
-    EXPECT_EQ(fs::file_size(bare / "hello1.bin"), hello1.size() - kEncodedHeaderSize);
     EXPECT_EQ(readBytes(bare / "SAF2.tmp"), "bye");
     EXPECT_EQ(readBytes(bare / str(kExportIndexFileName)), lines({"hello.wav:", "hello1.bin", "bye.wav:", "SAF2.tmp"}));
 
@@ -155,10 +149,8 @@ TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
               lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "SAF2.tmp"}));
 
     // The scratch files are gone; the decoded wave and the interim file stay.
-    std::vector<std::string> left;
-    for (const auto& entry : fs::directory_iterator(session.tempFolder())) left.push_back(entry.path().filename().string());
-    std::sort(left.begin(), left.end());
-    EXPECT_EQ(left, (std::vector<std::string>{"SAF1.dfn", "SAF1.tmp"}));
+    EXPECT_EQ(std::distance(fs::directory_iterator(session.tempFolder()), {}), 2);
+    EXPECT_TRUE(fs::exists(session.tempFolder() / "SAF1.tmp"));
     EXPECT_EQ(readBytes(session.tempFolder() / "SAF1.dfn"), "decoded wave");
 }
 
@@ -198,13 +190,10 @@ TEST_F(ExportTest, FolderChecksAndHowMuchOfAMissingFolderIsMade)
     plantInterim(session.tempFolder(), "SAF1.tmp", encodedFile("hello"));
 
     // No root: refused before anything is made, whichever command.
-    for (ExportKind kind : {ExportKind::All, ExportKind::Selected}) {
-        const ExportOutcome relative = exportRows(session, listRows, {true}, {"relative/out", false}, kind, port);
-        EXPECT_FALSE(relative.ok);
-        EXPECT_FALSE(fs::exists(project / "relative"));
-    }
-    const ExportOutcome empty = exportRows(session, listRows, {true}, {"", false}, ExportKind::All, port);
-    EXPECT_FALSE(empty.ok);
+    for (ExportKind kind : {ExportKind::All, ExportKind::Selected})
+        EXPECT_FALSE(exportRows(session, listRows, {true}, {"relative/out", false}, kind, port).ok);
+    EXPECT_FALSE(fs::exists(project / "relative"));
+    EXPECT_FALSE(exportRows(session, listRows, {true}, {"", false}, ExportKind::All, port).ok);
 
     // Export-all makes the last level only; export-selected the whole chain.
     const fs::path deep = temp / "a" / "b";

@@ -50,20 +50,14 @@ TEST(SettingsStore, DefaultsWhenNothingIsStored)
     SettingsStore store;
     ASSERT_TRUE(store.load(dir.path()));
     EXPECT_EQ(store, SettingsStore{});
-    EXPECT_EQ(store.columnScale, 1.0f);
-    EXPECT_EQ(store.sortIndex, 1);
-    EXPECT_EQ(store.sortOrder, 0);
-    EXPECT_EQ(store.autoDecode, 1);
-    EXPECT_EQ(store.applyAllFiles, 1);
     EXPECT_EQ(store.colors, kDefaultWaveColors);
-    EXPECT_TRUE(store.recentProjects.empty());
     EXPECT_FALSE(std::filesystem::exists(settingsFile(dir))); // reading creates nothing
 
     // Saved defaults: integers as integers, the scale as "%f" text.
     ASSERT_TRUE(store.save(dir.path()));
     const std::string text = readBytes(settingsFile(dir));
     for (const char* line : {"[MyColor]", "WaveColor=11268124", "PointColor=16711680", "PlayPosColor=16777215",
-                             "BackgroundColor=0", "[ListProperty]", "SortIndex=1", "Multiple=1.000000",
+                             "BackgroundColor=0", "[ListProperty]", "SortIndex=1", "SortOrder=0", "Multiple=1.000000",
                              "[AutoEncodeDecode]", "Decode=1", "[PlayMode]", "nPlayMode=0", "ApplyAllFiles=1"})
         EXPECT_NE(text.find(std::string(line) + "\n"), std::string::npos) << line;
 }
@@ -84,8 +78,7 @@ TEST(SettingsStore, ReadsWhatIsStoredAndKeepsTheRest)
     EXPECT_EQ(store.sortIndex, 1); // not a number: kept
     EXPECT_EQ(store.sortOrder, 1);
     EXPECT_EQ(store.colors.wave, 255u);
-    EXPECT_EQ(store.colors.gridLine, kDefaultWaveColors.gridLine);
-    EXPECT_EQ(store.colors.text, kDefaultWaveColors.text);
+    EXPECT_EQ(store.colors.gridLine, kDefaultWaveColors.gridLine); // not a number: kept
     EXPECT_EQ(store.lastBodyName, "B1");
     EXPECT_EQ(store.lastProjectPath, "/my, projects");
     EXPECT_EQ(store.lastAlgName, "kept");
@@ -113,8 +106,6 @@ TEST(SettingsStore, SaveThenLoadKeepsEveryValue)
     SettingsStore loaded;
     ASSERT_TRUE(loaded.load(dir.path()));
     EXPECT_EQ(loaded, saved);
-    EXPECT_EQ(loaded.lastProjectPath, saved.lastProjectPath);
-    EXPECT_EQ(loaded.recentProjects, saved.recentProjects);
 
     // A shorter list leaves no entry of the longer one behind; more than five
     // are cut to five; empty stored entries are left out.
@@ -137,11 +128,8 @@ TEST(SettingsStore, SaveThenLoadKeepsEveryValue)
 
 TEST(SettingsStore, ColumnScaleText)
 {
-    EXPECT_EQ(formatColumnScale(1.0f), "1.000000");
-    EXPECT_EQ(formatColumnScale(1.5f), "1.500000");
     EXPECT_EQ(formatColumnScale(0.1f), "0.100000");
     EXPECT_EQ(formatColumnScale(12.3456789f), "12.345679");
-    EXPECT_EQ(parseColumnScale("1.500000"), 1.5f);
     EXPECT_EQ(parseColumnScale(" 0.75 "), 0.75f);
     EXPECT_EQ(parseColumnScale(formatColumnScale(1.1f)), 1.1f);
     for (const char* bad : {"", "abc", "1,5", "1.5x", "nan", "inf", "0", "-2"})
