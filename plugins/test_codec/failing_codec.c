@@ -209,31 +209,33 @@ static void fc_get_error_text(kestrelon_codec* c, uint16_t code, const kestrelon
         put(text, self_of(c)->last_error);
 }
 
-static kestrelon_result fc_get_output_extension(kestrelon_codec* c, const kestrelon_string_sink* text)
+/* A text slot: logged, its result taken from the mode, its text given on success. */
+static kestrelon_result text_slot(const char* slot, const char* mode_key, const kestrelon_string_sink* sink,
+                                  const char* text)
 {
     kestrelon_result result;
-    fc_log("get_output_extension", NULL, NULL);
-    result = mode_code("extension", KESTRELON_RESULT_OK);
-    if (result == KESTRELON_RESULT_OK) put(text, "fcd");
+    fc_log(slot, NULL, NULL);
+    result = mode_code(mode_key, KESTRELON_RESULT_OK);
+    if (result == KESTRELON_RESULT_OK) put(sink, text);
     return result;
+}
+
+static kestrelon_result fc_get_output_extension(kestrelon_codec* c, const kestrelon_string_sink* text)
+{
+    (void)c;
+    return text_slot("get_output_extension", "extension", text, "fcd");
 }
 
 static kestrelon_result fc_get_output_tag(kestrelon_codec* c, const kestrelon_string_sink* text)
 {
-    kestrelon_result result;
-    fc_log("get_output_tag", NULL, NULL);
-    result = mode_code("tag", KESTRELON_RESULT_OK);
-    if (result == KESTRELON_RESULT_OK) put(text, "FC");
-    return result;
+    (void)c;
+    return text_slot("get_output_tag", "tag", text, "FC");
 }
 
 static kestrelon_result fc_get_description(kestrelon_codec* c, const kestrelon_string_sink* text)
 {
-    kestrelon_result result;
-    fc_log("get_description", NULL, NULL);
-    result = mode_code("description", KESTRELON_RESULT_OK);
-    if (result == KESTRELON_RESULT_OK) put(text, "Failing test codec");
-    return result;
+    (void)c;
+    return text_slot("get_description", "description", text, "Failing test codec");
 }
 
 static kestrelon_result fc_set_parameter(kestrelon_codec* c, int32_t id, const char* value)

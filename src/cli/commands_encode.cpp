@@ -120,18 +120,6 @@ bool loadBodies(Context& ctx, BodySettings& bodies, std::string& error)
     return false;
 }
 
-Result finish(const Context& ctx, Result result, const std::string& error, const std::string& summary)
-{
-    if (!error.empty()) {
-        result.ok = false;
-        result.fields["error"] = error;
-        std::cerr << "kestrelon-cli: " << error << '\n';
-    } else if (result.ok) {
-        printSummary(ctx, summary);
-    }
-    return result;
-}
-
 // The error for a body / algorithm / bit rate the body settings do not offer
 // together, naming what is offered; empty when they are offered.
 std::string choiceError(const BodySettings& bodies, const std::string& body, const std::string& algorithm,
@@ -185,7 +173,7 @@ Result projectAddAlgo(Context& ctx)
     });
     result.fields["outcome"] = outcomeName(outcome);
     result.fields["algorithms"] = std::move(registry);
-    return finish(ctx, std::move(result), {}, std::string(outcomeName(outcome)) + " " + utf8FromPath(library));
+    return finishCommand(ctx, std::move(result), {}, std::string(outcomeName(outcome)) + " " + utf8FromPath(library));
 }
 
 Result projectAddEncode(Context& ctx)
@@ -204,7 +192,7 @@ Result projectAddEncode(Context& ctx)
     std::string error;
     BodySettings bodies;
     if (!loadBodies(ctx, bodies, error) || !(error = choiceError(bodies, *body, *algorithm, *bitRate)).empty())
-        return finish(ctx, Result{false}, error, {});
+        return finishCommand(ctx, Result{false}, error, {});
 
     AddEncodeResult added;
     bool allEncoded = true;
@@ -254,7 +242,7 @@ Result projectAddEncode(Context& ctx)
     std::size_t counts[4] = {};
     for (const AddedSource& source : added.sources)
         ++counts[static_cast<int>(source.outcome)];
-    return finish(ctx, std::move(result), error,
+    return finishCommand(ctx, std::move(result), error,
                   *body + " / " + *algorithm + " / " + *bitRate + ": " + std::to_string(counts[0]) + " added, " +
                       std::to_string(counts[1]) + " replaced, " + std::to_string(counts[2]) + " skipped" +
                       (added.stopped ? ", stopped" : ""));
@@ -272,7 +260,7 @@ Result runBatchCommand(Context& ctx, bool encoding)
     std::string error;
     BodySettings bodies;
     if (!loadBodies(ctx, bodies, error))
-        return finish(ctx, Result{false}, error, {});
+        return finishCommand(ctx, Result{false}, error, {});
 
     BatchResult batch;
     Json rows = Json::array();
@@ -300,7 +288,7 @@ Result runBatchCommand(Context& ctx, bool encoding)
     result.ok = result.ok && batch.allDone();
     result.fields["rows"] = std::move(rows);
     const std::size_t done = batch.count(RowOutcome::Done);
-    return finish(ctx, std::move(result), error,
+    return finishCommand(ctx, std::move(result), error,
                   (encoding ? "encoded " : "decoded ") + std::to_string(done) + " row(s)");
 }
 

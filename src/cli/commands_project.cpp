@@ -156,18 +156,6 @@ WorkspaceTree treeOf(ProjectSession& session, UserPort& port)
     return WorkspaceTree(session.document(), session.projectFolder(), session.deletionList(), port);
 }
 
-Result finishTreeCommand(const Context& ctx, Result result, const std::string& error, const std::string& summary)
-{
-    if (!error.empty()) {
-        result.ok = false;
-        result.fields["error"] = error;
-        std::cerr << "kestrelon-cli: " << error << '\n';
-    } else if (result.ok) {
-        printSummary(ctx, summary);
-    }
-    return result;
-}
-
 Result projectAddFolder(Context& ctx)
 {
     const std::optional<std::string> parentId = ctx.args.takeOption("--parent");
@@ -182,7 +170,7 @@ Result projectAddFolder(Context& ctx)
         }
         return tree.addFolder(target, words[1]) != nullptr;
     });
-    return finishTreeCommand(ctx, std::move(result), error, "added folder " + words[1]);
+    return finishCommand(ctx, std::move(result), error, "added folder " + words[1]);
 }
 
 // Files that could be added are added and saved; ok is false when any chosen
@@ -221,7 +209,7 @@ Result projectAddFiles(Context& ctx)
     for (const Json& file : added)
         summary += (summary.empty() ? "" : "\n") + file["outcome"].get<std::string>() + " " + file["file"].get<std::string>();
     result.fields["added"] = std::move(added);
-    return finishTreeCommand(ctx, std::move(result), error, summary);
+    return finishCommand(ctx, std::move(result), error, summary);
 }
 
 // delete-files and delete-folder: the named items are the selection.
@@ -242,7 +230,7 @@ Result deleteSelected(Context& ctx, ItemKind kind)
         return true;
     });
     result.fields["outcome"] = outcomeName(outcome);
-    return finishTreeCommand(ctx, std::move(result), error, deletionSummary(outcome));
+    return finishCommand(ctx, std::move(result), error, deletionSummary(outcome));
 }
 
 Result projectDeleteFiles(Context& ctx) { return deleteSelected(ctx, ItemKind::File); }
@@ -258,7 +246,7 @@ Result projectDeleteAll(Context& ctx)
         return true;
     });
     result.fields["outcome"] = outcomeName(outcome);
-    return finishTreeCommand(ctx, std::move(result), {}, deletionSummary(outcome));
+    return finishCommand(ctx, std::move(result), {}, deletionSummary(outcome));
 }
 
 Result projectRenameFolder(Context& ctx)
@@ -274,7 +262,7 @@ Result projectRenameFolder(Context& ctx)
         return outcome != CommandOutcome::Refused;
     });
     result.fields["outcome"] = outcomeName(outcome);
-    return finishTreeCommand(ctx, std::move(result), error, "renamed " + words[1] + " to " + words[2]);
+    return finishCommand(ctx, std::move(result), error, "renamed " + words[1] + " to " + words[2]);
 }
 
 } // namespace

@@ -24,6 +24,18 @@ void printSummary(const Context& context, const std::string& line)
         std::cout << line << '\n';
 }
 
+Result finishCommand(const Context& context, Result result, const std::string& error, const std::string& summary)
+{
+    if (!error.empty()) {
+        result.ok = false;
+        result.fields["error"] = error;
+        std::cerr << "kestrelon-cli: " << error << '\n';
+    } else if (result.ok) {
+        printSummary(context, summary);
+    }
+    return result;
+}
+
 Result runProjectOperation(Context& context, const std::string& ptpPath,
                            std::function<bool(ProjectSession&)> operation)
 {

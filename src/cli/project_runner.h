@@ -26,6 +26,11 @@ std::filesystem::path absolutePathArgument(const std::string& word);
 // JSON object is the answer.
 void printSummary(const Context& context, const std::string& line);
 
+// How a project command ends: a non-empty `error` makes the result fail, is
+// kept as the "error" field and printed on standard error; otherwise a
+// successful result prints `summary` (printSummary).
+Result finishCommand(const Context& context, Result result, const std::string& error, const std::string& summary);
+
 // Opens `ptpPath` (failure: ok false, "files" empty), runs `operation`, saves
 // when it returned true and the project is modified, and closes. When the
 // operation failed and left the project modified, the close asks whether to
