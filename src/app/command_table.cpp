@@ -178,13 +178,21 @@ bool commandEnabled(int id, const FrameState& s)
     case kDecodeKey:
     case kExportSelected:
         return projectIdle && s.listHasSelection;
+    case kClear:
+        return projectIdle && s.listHasSelection;
+    case kDuplicate:
+        return projectIdle && s.listHasSelection && s.bodiesLoaded;
     case kEncodeInfo:
     case kRowProperty:
+    case kShowConfigurationUpdateOnly:
         return projectIdle && s.listHasCurrentRow;
+    case kShowConfiguration:
+        return projectIdle && s.algorithmSelected;
+    case kCapsLock:
+        return s.capsLock;
     default:
-        // Playback (play target, play commands), the waveform window, the
-        // algorithm's configuration, Clear and Duplicate, and the caps-lock
-        // indicator: present, but not part of the program yet.
+        // Playback (play target, play commands) and the waveform window:
+        // present, but not part of the program yet.
         return false;
     }
 }

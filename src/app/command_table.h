@@ -76,7 +76,8 @@ inline constexpr int kPlaySentence = 33005;
 } // namespace cmd
 
 // Whether a command has an enabling rule of its own ("Upd"): Yes, No (always
-// enabled), or UpdateOnly (a rule but no handler: shown, never run).
+// enabled), or UpdateOnly (a rule of the frame's, but run elsewhere: by the
+// list view, or shown as a status bar pane).
 enum class Upd { Yes, No, UpdateOnly };
 
 struct CommandRow {
@@ -119,6 +120,8 @@ struct FrameState {
     bool listHasRows = false;
     bool listHasSelection = false;
     bool listHasCurrentRow = false;
+    bool algorithmSelected = false; // exactly one node of the Algorithms tree
+    bool capsLock = false;          // known only where the platform tells it
 };
 
 // The enabling rule of command `id`: project commands need an open project

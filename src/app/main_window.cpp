@@ -1,4 +1,5 @@
 #include "app/main_window.h"
+#include "app/caps_lock.h"
 
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/body_information_dialog.h"
@@ -41,6 +42,8 @@ namespace {
 
 constexpr std::string_view kProgramTitle = "Kestrelon";
 constexpr std::string_view kHelpFileName = "Kestrelon.chm";
+// Often enough that the pane follows the key as it is pressed.
+constexpr int kCapsPollMilliseconds = 250;
 // A menu text may not show a path's "&" as a mnemonic.
 QString escapeMnemonics(QString text) { return text.replace(QLatin1Char('&'), QStringLiteral("&&")); }
 
@@ -233,8 +236,8 @@ void MainWindow::createToolBars()
 
 void MainWindow::createStatusBar()
 {
-    // The caps-lock pane starts empty. Qt has no portable query of the lock
-    // key's state, so it stays empty (see docs/workbench.md).
+    // The caps-lock pane starts empty and then follows the key; the key's
+    // state is polled, as no window system reports every change of it.
     m_capsIndicator = new QLabel;
     m_capsIndicator->setObjectName(QStringLiteral("CapsIndicator"));
     m_capsIndicator->setMinimumWidth(m_capsIndicator->fontMetrics().horizontalAdvance(QStringLiteral("CAP")) + 12);
@@ -242,6 +245,9 @@ void MainWindow::createStatusBar()
     m_capsIndicator->setFrameStyle(QFrame::Panel | QFrame::Sunken);
     m_capsIndicator->clear();
     statusBar()->addPermanentWidget(m_capsIndicator);
+    auto* capsTimer = new QTimer(this);
+    connect(capsTimer, &QTimer::timeout, this, &MainWindow::updateCapsIndicator);
+    capsTimer->start(kCapsPollMilliseconds);
     statusBar()->showMessage(QStringLiteral("Ready"));
 }
 
@@ -274,12 +280,23 @@ FrameState MainWindow::frameState() const
     state.listHasRows = m_view->hasRows();
     state.listHasSelection = m_view->hasSelection();
     state.listHasCurrentRow = m_view->hasCurrentRow();
+    state.algorithmSelected = m_tree && !m_workspace->selectedAlgorithm().empty();
+    state.capsLock = capsLockOn().value_or(false);
     return state;
 }
 
 void MainWindow::updateCommands()
 {
     m_commands->update(frameState());
+    m_capsIndicator->setText(action(cmd::kCapsLock)->isEnabled() ? action(cmd::kCapsLock)->text() : QString());
+}
+
+void MainWindow::updateCapsIndicator()
+{
+    const bool on = capsLockOn().value_or(false);
+    if (on == action(cmd::kCapsLock)->isEnabled()) return;
+    action(cmd::kCapsLock)->setEnabled(on);
+    m_capsIndicator->setText(on ? action(cmd::kCapsLock)->text() : QString());
 }
 
 void MainWindow::updateTitle()
@@ -408,6 +425,10 @@ bool MainWindow::runListCommand(int id)
     case kDecodeKey: m_view->decodeSelected(); return true;
     case kRowProperty: m_view->showProperty(); return true;
     case kEncodeInfo: m_view->showEncodeInfo(); return true;
+    case kClear: m_view->clearSelected(); return true;
+    case kDuplicate: m_view->duplicateSelected(); return true;
+    case kShowConfigurationUpdateOnly: m_view->showConfiguration(); return true;
+    case kShowConfiguration: m_view->showAlgorithmConfiguration(m_workspace->selectedAlgorithm()); return true;
     case kExportSelected: m_view->exportSelected(); return true;
     case kExportAll: m_view->exportAll(); return true;
     case kAddEncodeData:

@@ -132,6 +132,7 @@ private:
     void treeChanged();
     void updateTitle();
     void updateRecentMenu();
+    void updateCapsIndicator();
     bool runListCommand(int id);
     std::filesystem::path startFolder(const std::string& remembered) const;
 

@@ -243,6 +243,13 @@ std::optional<TreeTarget> WorkspaceBar::target() const
 
 bool WorkspaceBar::rootSelected() const { return m_rootSelected; }
 
+std::string WorkspaceBar::selectedAlgorithm() const
+{
+    const QList<QTreeWidgetItem*> selected = m_algorithmsView->selectedItems();
+    // The root is not selectable: every selected node is an algorithm.
+    return selected.size() == 1 ? selected.front()->text(0).toStdString() : std::string();
+}
+
 void WorkspaceBar::refreshAlgorithms()
 {
     m_algorithmsView->clear();

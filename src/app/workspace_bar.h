@@ -48,6 +48,9 @@ public:
     std::optional<TreeTarget> target() const;
     bool rootSelected() const;
 
+    // The algorithm selected in the Algorithms tree when exactly one is; empty otherwise.
+    std::string selectedAlgorithm() const;
+
     // Selects exactly these nodes (and the root when `root`), as clicks would.
     void selectItems(const std::vector<ProjectItem*>& items, bool root = false);
 

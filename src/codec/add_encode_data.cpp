@@ -7,6 +7,7 @@
 #include "project/project_session.h"
 
 #include <algorithm>
+#include <map>
 
 namespace kestrelon {
 
@@ -19,6 +20,47 @@ EncodeSettingAnswer FixedEncodeSetting::choose(const ProjectItem&, const LastEnc
 {
     ++m_shown;
     return {true, m_body, m_algorithm, m_bitRate, true};
+}
+
+namespace {
+
+// Opens the dialog on each source's own row rather than on the kept choice.
+class RowSettingChooser : public EncodeSettingChooser {
+public:
+    RowSettingChooser(EncodeSettingChooser& dialog, std::map<const ProjectItem*, LastEncodeSetting> settings)
+        : m_dialog(dialog), m_settings(std::move(settings))
+    {
+    }
+
+    EncodeSettingAnswer choose(const ProjectItem& source, const LastEncodeSetting& last) override
+    {
+        LastEncodeSetting shown = m_settings.at(&source);
+        shown.applyAllFiles = last.applyAllFiles;
+        return m_dialog.choose(source, shown);
+    }
+
+private:
+    EncodeSettingChooser& m_dialog;
+    std::map<const ProjectItem*, LastEncodeSetting> m_settings;
+};
+
+} // namespace
+
+AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list,
+                              EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode)
+{
+    std::vector<ProjectItem*> sources;
+    std::map<const ProjectItem*, LastEncodeSetting> settings;
+    for (std::size_t row = 0; row < list.size(); ++row) {
+        const ListRow& shown = list.rows()[row];
+        if (!list.isSelected(row) || settings.count(shown.source) != 0)
+            continue;
+        const EditInfoRecord& record = shown.record();
+        settings[shown.source] = LastEncodeSetting{record.bodyName, record.algoName, record.bitRate};
+        sources.push_back(shown.source);
+    }
+    RowSettingChooser rowChooser(chooser, std::move(settings));
+    return addEncodeData(environment, sources, rowChooser, last, autoDecode);
 }
 
 std::string replaceQuestion(const ProjectItem& source, std::string_view algorithm)

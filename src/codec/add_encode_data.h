@@ -82,6 +82,14 @@ struct AddEncodeResult {
 AddEncodeResult addEncodeData(const EngineEnvironment& environment, const std::vector<ProjectItem*>& selected,
                               EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode = false);
 
+// "Duplicate": another row for the source file of each selected row of
+// `list`, with the rules of addEncodeData (sources in list order, each once).
+// The dialog opens on the setting of the source's first selected row rather
+// than on the kept choice, so the user changes just what differs; the same
+// algorithm again leads to the replace question.
+AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list,
+                              EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode = false);
+
 // The replace question for `source` and `algorithm`:
 // "\"hello.wav\" ImaAdpcm already existed!\nDo you want to replace it?"
 std::string replaceQuestion(const ProjectItem& source, std::string_view algorithm);

@@ -1,6 +1,7 @@
 #include "codec/main_list.h"
 
 #include "codec/temp_names.h"
+#include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
@@ -92,6 +93,36 @@ bool MainList::deleteAll(UserPort& port, ProjectSession& session)
         doomed[row] = row;
     removeRows(doomed, session, true);
     return true;
+}
+
+std::size_t MainList::clearSelectedResults(ProjectSession& session)
+{
+    const fs::path temp = session.tempFolder();
+    std::size_t cleared = 0;
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        EditInfoRecord& record = m_rows[row].record();
+        const bool hasResults = !record.encodeName.empty() || !record.decodeName.empty() ||
+                                !record.encodeSize.empty() || !record.decodeSize.empty();
+        if (!isSelected(row) || !hasResults)
+            continue;
+        // Names come from the project file: only plain ones are touched.
+        if (isPlainFileName(record.encodeName)) {
+            const fs::path interim = pathFromUtf8(record.encodeName);
+            removeQuietly(temp / interim);
+            removeQuietly(temp / "evt" / pathFromUtf8(utf8FromPath(interim.stem()) + ".evt"));
+        }
+        if (isPlainFileName(record.decodeName))
+            removeQuietly(temp / pathFromUtf8(record.decodeName));
+        record.encodeName.clear();
+        record.encodeSize.clear();
+        record.compressionRate.clear();
+        record.decodeName.clear();
+        record.decodeSize.clear();
+        ++cleared;
+    }
+    if (cleared > 0)
+        session.markModified();
+    return cleared;
 }
 
 void MainList::removeRows(const std::vector<std::size_t>& doomed, ProjectSession& session, bool withEventFiles)

@@ -153,4 +153,7 @@ inline constexpr std::string_view kInterimCanNotUnpack = " could not be unpacked
 inline constexpr std::string_view kNoTempFileIn = "Can not create a temporary file in "; // folder, then " !"
 inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopyPrefix, a file, kCopyTo, a file
 
+// Encode Info
+inline constexpr std::string_view kRowNotEncoded = "This item has not been encoded yet !";
+
 } // namespace kestrelon::msg

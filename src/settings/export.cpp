@@ -3,6 +3,7 @@
 #include "codec/encoded_header.h"
 #include "codec/interim_packer.h"
 #include "codec/raw_extraction.h"
+#include "codec/row_encoded_file.h"
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
@@ -72,19 +73,6 @@ bool prepareFolder(const std::string& folderText, ExportKind kind, UserPort& por
         return false;
     }
     return true;
-}
-
-// Where the row's interim file is: the working copy in Temp, or, when the
-// project was closed since it was encoded (closing moves Temp\*.tmp into the
-// project folder), the copy in the project folder. Empty when neither exists.
-fs::path findInterimFile(const ProjectSession& session, const std::string& interimName)
-{
-    for (const fs::path& folder : {session.tempFolder(), session.projectFolder()}) {
-        const fs::path candidate = folder / pathFromUtf8(interimName);
-        if (isRegularFile(candidate))
-            return candidate;
-    }
-    return {};
 }
 
 // The scratch file for unpacking: Temp\<interim base name>.dfn. Decoded waves

@@ -3,7 +3,9 @@
 // big project, and export driven through its dialog.
 #include "view_fixture.h"
 
+#include "app/dialogs/encode_info_dialog.h"
 #include "app/dialogs/export_dialog.h"
+#include "app/dialogs/read_only_form.h"
 #include "app/views/info_panels.h"
 #include "app/views/list_columns.h"
 #include "app/views/record_table_model.h"
@@ -221,6 +223,45 @@ TEST_F(ViewTest, PanelsShowTheCurrentRowAndClearWithoutOne)
     view.table()->selectionModel()->clearCurrentIndex();
     for (int field = 0; field < InfoPanels::FieldCount; ++field)
         EXPECT_EQ(panels.text(InfoPanels::Field(field)), field == InfoPanels::AlgoVersion ? "1.0.0" : "") << field;
+}
+
+TEST_F(ViewTest, EncodeInfoReadsTheEncodedFileAndClearEmptiesTheRowsResults)
+{
+    // The row's interim file: a header saying 16000 Hz and 100 bytes of speech.
+    EncodedHeaderFields header;
+    header.sampleRate = 16000;
+    const EncodedHeaderBytes head = makeEncodedHeader(header);
+    const std::optional<std::string> packed =
+        packInterim(std::string(head.begin(), head.end()) + std::string(100, '\x5a'));
+    ASSERT_TRUE(packed);
+    writeBytes(project / "SAF1.tmp", *packed);
+    open({{"hello.wav", "B1", "ImaAdpcm", "16000", "148", "", "SAF1.tmp", "", ""},
+          {"hello.wav", "B1", "Pcm", "128000", "", "", "", "", ""}});
+    MainView view(port);
+    attach(view);
+
+    selectShownRows(view, {0});
+    QString sampleRate, speech;
+    whenModal<EncodeInfoDialog>([&](EncodeInfoDialog* dialog) {
+        sampleRate = fieldText(*dialog, "Sample Rate:");
+        speech = fieldText(*dialog, "Speech Data:");
+        dialog->reject();
+    });
+    view.showEncodeInfo();
+    EXPECT_EQ(sampleRate, "16000 Hz");
+    EXPECT_EQ(speech, "100 byte");
+    EXPECT_TRUE(port.texts().empty());
+
+    selectShownRows(view, {1});
+    view.showEncodeInfo(); // never encoded: a message, no dialog
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kRowNotEncoded)});
+
+    selectShownRows(view, {0, 1});
+    view.clearSelected();
+    EXPECT_EQ(cell(view, 0, ListColumn::EncodeSize), "");
+    EXPECT_EQ(view.panels()->text(InfoPanels::EncodeSize), "");
+    EXPECT_TRUE(session.document().isModified());
+    EXPECT_TRUE(fs::exists(project / "SAF1.tmp")); // the saved project still names it
 }
 
 TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)

@@ -21,6 +21,7 @@ public:
     {
         shownFor.push_back(source.id());
         shownWithBody.push_back(last.bodyName);
+        shownWith.push_back(last.bodyName + "/" + last.algName + "/" + last.bitRate);
         if (answers.empty()) {
             ADD_FAILURE() << "unexpected dialog for " << source.id();
             return {};
@@ -39,6 +40,7 @@ public:
     std::deque<EncodeSettingAnswer> answers;
     std::vector<std::string> shownFor;
     std::vector<std::string> shownWithBody;
+    std::vector<std::string> shownWith;
 };
 
 std::vector<SourceOutcome> outcomes(const AddEncodeResult& result)
@@ -185,6 +187,32 @@ TEST_F(AddEncodeDataTest, ARowWithTheSameAlgorithmIsReplacedSkippedSkippedForAll
     for (ProjectItem* source : {a, b, c})
         EXPECT_EQ(source->records().size(), 1u);
     EXPECT_EQ(a->records()[0].bitRate, "1200");
+}
+
+TEST_F(AddEncodeDataTest, DuplicateOpensTheDialogOnEachSelectedRowsSettingOncePerFile)
+{
+    LastEncodeSetting last;
+    chooser.answers = {ScriptedChooser::ok("Codec2", "3200", false), ScriptedChooser::ok("ImaAdpcm", "16000", false)};
+    run({a, b}, last);
+    chooser.answers = {ScriptedChooser::ok("Pcm", "128000", false)};
+    run({a}, last);
+    MainList list = MainList::fromDocument(session->document());
+    ASSERT_EQ(list.size(), 3u); // a: Codec2, Pcm; b: ImaAdpcm
+
+    // Two rows of the same file ask once, on the first row's setting; the
+    // other file asks on its own row's setting, not on the kept choice.
+    chooser.shownWith.clear();
+    chooser.answers = {ScriptedChooser::ok("MuLaw", "64000", false), ScriptedChooser::ok("Speex", "8000", false)};
+    list.selectAll();
+    const AddEncodeResult result = duplicateRows(env(), list, chooser, last);
+    EXPECT_EQ(chooser.shownWith, (std::vector<std::string>{"Test Body/Codec2/3200", "Test Body/ImaAdpcm/16000"}));
+    EXPECT_EQ(outcomes(result), std::vector<SourceOutcome>(2, SourceOutcome::Added));
+    ASSERT_EQ(a->records().size(), 3u);
+    EXPECT_EQ(a->records()[2].algoName, "MuLaw");
+    ASSERT_EQ(b->records().size(), 2u);
+    EXPECT_EQ(b->records()[1].algoName, "Speex");
+    EXPECT_NE(b->records()[1].encodeSize, "");
+    EXPECT_EQ(last.algName, "Speex");
 }
 
 TEST_F(EngineTest, AddingAnAlgorithmCopiesItIntoAlgosChecksItAndRegistersIt)

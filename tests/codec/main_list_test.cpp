@@ -1,9 +1,10 @@
-// The main list's rows and deletions, the results panel's texts and the
-// engine's temporary names.
+// The main list's rows, deletions and Clear, a row's encoded file as Encode
+// Info reads it, the results panel's texts and the engine's temporary names.
 #include "engine_fixture.h"
 
 #include "codec/main_list.h"
 #include "codec/results.h"
+#include "codec/row_encoded_file.h"
 #include "codec/temp_names.h"
 #include "common/messages.h"
 
@@ -164,4 +165,66 @@ TEST_F(EngineTest, RatesAndFactsComeFromTheFilesThemselves)
     EXPECT_EQ(algorithm->version, "1.0");
     EXPECT_EQ(algorithm->sampleRate, "8000 Hz");
     EXPECT_EQ(algorithm->resolution, "16 bit");
+}
+
+TEST_F(EngineTest, EncodeInfoReadsTheRowsEncodedFileAndClearTakesTheResultsAway)
+{
+    install("ImaAdpcm");
+    ProjectItem* a = addSource(kSpeech / "hts1a.wav");
+    ProjectItem* b = addSource(kSpeech / "morig.wav");
+    addRecord(a, "ImaAdpcm", "32000");
+    addRecord(b, "ImaAdpcm", "16000");
+    writeBytes(project() / "Files" / "hts1a.evt", "[SPEECH_EVNTS]\nCount=0\n");
+    ASSERT_TRUE(encodeRows({0, 1}, true).allDone());
+    EditInfoRecord& first = a->records()[0];
+    const EditInfoRecord kept = b->records()[0];
+
+    const std::optional<RowEncodedFile> info = inspectRowEncodedFile(*session, first, port);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->interimFile, tempFolder() / first.encodeName);
+    EXPECT_EQ(info->packedSize, fs::file_size(tempFolder() / first.encodeName));
+    EXPECT_EQ(std::to_string(info->encoded.fileSize), first.encodeSize);
+    EXPECT_EQ(info->encoded.header.sampleRate, 8000u);
+    EXPECT_TRUE(port.messages().empty());
+
+    // A damaged interim file is refused, never read in part.
+    const std::string interimName = first.encodeName;
+    const std::string packed = readBytes(tempFolder() / interimName);
+    writeBytes(tempFolder() / interimName, packed.substr(0, packed.size() - 1));
+    EXPECT_FALSE(inspectRowEncodedFile(*session, first, port));
+    EXPECT_EQ(port.texts().back(), interimName + std::string(msg::kInterimCanNotUnpack));
+    writeBytes(tempFolder() / interimName, packed);
+
+    // Clear: the first row loses its results and its working files, the
+    // second keeps everything.
+    MainList list = MainList::fromDocument(session->document());
+    const std::string stem = utf8FromPath(pathFromUtf8(interimName).stem());
+    const std::string decodedName = first.decodeName;
+    ASSERT_TRUE(fs::exists(tempFolder() / "evt" / (stem + ".evt")));
+    ASSERT_TRUE(fs::exists(tempFolder() / decodedName));
+    session->document().setModified(false);
+    ASSERT_TRUE(list.selectRows({0}));
+    EXPECT_EQ(list.clearSelectedResults(*session), 1u);
+    EXPECT_TRUE(session->document().isModified());
+    EXPECT_EQ(first.encodeName + first.encodeSize + first.compressionRate + first.decodeName + first.decodeSize, "");
+    EXPECT_EQ(first.algoName + "/" + first.bitRate, "ImaAdpcm/32000");
+    for (const fs::path& gone : {tempFolder() / interimName, tempFolder() / "evt" / (stem + ".evt"),
+                                 tempFolder() / decodedName})
+        EXPECT_FALSE(fs::exists(gone)) << gone;
+    EXPECT_EQ(b->records()[0].encodeName, kept.encodeName);
+    EXPECT_EQ(b->records()[0].decodeSize, kept.decodeSize);
+    EXPECT_TRUE(fs::exists(tempFolder() / kept.encodeName));
+
+    EXPECT_FALSE(inspectRowEncodedFile(*session, first, port));
+    EXPECT_EQ(port.texts().back(), msg::kRowNotEncoded);
+    session->document().setModified(false);
+    EXPECT_EQ(list.clearSelectedResults(*session), 0u); // nothing left to clear
+    EXPECT_FALSE(session->document().isModified());
+
+    // A cleared row is encoded afresh; an interim file that went missing is named.
+    ASSERT_TRUE(encodeRows({0}).allDone());
+    EXPECT_NE(first.encodeSize, "");
+    fs::remove(tempFolder() / first.encodeName);
+    EXPECT_FALSE(inspectRowEncodedFile(*session, first, port));
+    EXPECT_EQ(port.texts().back(), first.encodeName + std::string(msg::kInterimMissing));
 }

@@ -2,7 +2,7 @@
 // "Property" of a row: every field of its edit-info record, read-only, and
 // the name its encoded file is exported under, which the user may change.
 // An empty export name means the interim file's own name (shown greyed as a
-// hint). "Encode Info" opens the same dialog with nothing to change.
+// hint).
 #include <QDialog>
 
 #include <string>
@@ -17,14 +17,10 @@ struct EditInfoRecord;
 class PropertyDialog : public QDialog {
     Q_OBJECT
 public:
-    enum class Mode { EditExportName, ReadOnly };
-
     // `record` is changed on "OK" only (its export name).
-    PropertyDialog(EditInfoRecord& record, UserPort& port, Mode mode, QWidget* parent = nullptr);
+    PropertyDialog(EditInfoRecord& record, UserPort& port, QWidget* parent = nullptr);
 
     QLineEdit* exportNameEdit() const { return m_exportName; }
-    // The text shown for a field label ("Encode Name:"), for tests and checks.
-    QString fieldText(const QString& label) const;
     // True when OK changed the record.
     bool changed() const { return m_changed; }
 

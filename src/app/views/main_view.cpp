@@ -1,5 +1,7 @@
 #include "app/views/main_view.h"
 
+#include "app/dialogs/algorithm_info_dialog.h"
+#include "app/dialogs/encode_info_dialog.h"
 #include "app/dialogs/encode_setting_dialog.h"
 #include "app/dialogs/export_dialog.h"
 #include "app/dialogs/progress_dialog.h"
@@ -11,8 +13,10 @@
 #include "bodies/body_settings.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
+#include "codec/row_encoded_file.h"
 #include "common/paths.h"
 #include "common/recording_port.h"
+#include "plugins/algorithm_info.h"
 #include "plugins/codec_host.h"
 #include "project/project_session.h"
 #include "settings/export.h"
@@ -142,29 +146,32 @@ MainView::~MainView()
 void MainView::buildContextMenu()
 {
     m_menu = new QMenu(this);
-    const auto add = [this](const QString& text, void (MainView::*slot)()) {
+    // Each entry with the rule that enables it when the menu opens.
+    std::vector<std::function<bool()>> rules;
+    const auto add = [this, &rules](const QString& text, void (MainView::*slot)(), std::function<bool()> rule) {
         QAction* action = m_menu->addAction(text);
         connect(action, &QAction::triggered, this, slot);
         m_contextActions.push_back(action);
-        return action;
+        rules.push_back(std::move(rule));
     };
-    add(tr("Select A&ll"), &MainView::selectAll);
-    add(tr("Delete"), &MainView::deleteSelected);
-    add(tr("Dele&te All"), &MainView::deleteAll);
+    const auto rows = [this] { return readyForCommand() && hasRows(); };
+    const auto selection = [this] { return readyForCommand() && hasSelection(); };
+    const auto current = [this] { return readyForCommand() && hasCurrentRow(); };
+    add(tr("Select A&ll"), &MainView::selectAll, rows);
+    add(tr("Delete"), &MainView::deleteSelected, selection);
+    add(tr("Dele&te All"), &MainView::deleteAll, rows);
     m_menu->addSeparator();
-    add(tr("Encode"), &MainView::encodeSelected);
-    add(tr("&Decode"), &MainView::decodeSelected);
+    add(tr("Encode"), &MainView::encodeSelected, selection);
+    add(tr("&Decode"), &MainView::decodeSelected, selection);
+    add(tr("Duplicate"), &MainView::duplicateSelected, [this, selection] { return selection() && m_bodies; });
+    add(tr("Clear"), &MainView::clearSelected, selection);
     m_menu->addSeparator();
-    add(tr("E&xport"), &MainView::exportSelected);
-    add(tr("&Property"), &MainView::showProperty);
-    add(tr("Encode &Info"), &MainView::showEncodeInfo);
-    connect(m_menu, &QMenu::aboutToShow, this, [this] {
-        const bool idle = readyForCommand();
-        const bool rows = idle && hasRows();
-        const bool selection = idle && hasSelection();
-        const bool current = idle && hasCurrentRow();
-        const bool enabled[] = {rows, selection, rows, selection, selection, selection, current, current};
-        for (std::size_t i = 0; i < m_contextActions.size(); ++i) m_contextActions[i]->setEnabled(enabled[i]);
+    add(tr("E&xport"), &MainView::exportSelected, selection);
+    add(tr("&Property"), &MainView::showProperty, current);
+    add(tr("Encode &Info"), &MainView::showEncodeInfo, current);
+    add(tr("Show configuration"), &MainView::showConfiguration, current);
+    connect(m_menu, &QMenu::aboutToShow, this, [this, rules] {
+        for (std::size_t i = 0; i < m_contextActions.size(); ++i) m_contextActions[i]->setEnabled(rules[i]());
     });
 }
 
@@ -435,6 +442,11 @@ void MainView::runBatch(bool encode)
     // The engine measured the originals again for the rates; keep that table.
     m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
     m_waveFacts.clear();
+    rowsRewritten();
+}
+
+void MainView::rowsRewritten()
+{
     m_model->recordsChanged();
     updatePanels();
     emit rowsChanged();
@@ -445,7 +457,7 @@ void MainView::showProperty()
     const std::optional<int> row = currentSourceRow();
     if (!row || !readyForCommand())
         return;
-    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, PropertyDialog::Mode::EditExportName, this);
+    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, this);
     if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
         m_session->markModified();
         m_model->recordChanged(*row);
@@ -456,10 +468,52 @@ void MainView::showProperty()
 void MainView::showEncodeInfo()
 {
     const std::optional<int> row = currentSourceRow();
-    if (!row || !hasProject())
+    if (!row || !readyForCommand())
         return;
-    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, PropertyDialog::Mode::ReadOnly, this);
-    dialog.exec();
+    const EditInfoRecord& record = m_model->listRow(*row).record();
+    if (const std::optional<RowEncodedFile> file = inspectRowEncodedFile(*m_session, record, m_port)) {
+        EncodeInfoDialog dialog(record, *file, this);
+        dialog.exec();
+    }
+}
+
+void MainView::clearSelected()
+{
+    if (!readyForCommand())
+        return;
+    MainList shown = shownList();
+    if (shown.clearSelectedResults(*m_session) > 0)
+        rowsRewritten();
+}
+
+void MainView::duplicateSelected()
+{
+    if (!readyForCommand() || !m_bodies || !m_registry || !hasSelection())
+        return;
+    runWithEncodeSetting([this](const EngineEnvironment& environment, EncodeSettingChooser& chooser,
+                                LastEncodeSetting& last, bool autoDecode) {
+        duplicateRows(environment, shownList(), chooser, last, autoDecode);
+    });
+}
+
+void MainView::showConfiguration()
+{
+    const std::optional<int> row = currentSourceRow();
+    if (row && readyForCommand())
+        showAlgorithmConfiguration(m_model->listRow(*row).record().algoName);
+}
+
+void MainView::showAlgorithmConfiguration(const std::string& name)
+{
+    if (!readyForCommand() || name.empty())
+        return;
+    MainHostWindow window;
+    CodecHost host(m_programFolder, m_port, window);
+    AlgorithmInfo info;
+    if (describeAlgorithm(host, algorithmLibraryPath(m_session->projectFolder(), name), info)) {
+        AlgorithmInfoDialog dialog(info, this);
+        dialog.exec();
+    }
 }
 
 void MainView::exportSelected()
@@ -492,6 +546,14 @@ void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)
 {
     if (!readyForCommand() || !m_bodies || !m_registry || selectedItems.empty())
         return;
+    runWithEncodeSetting([&selectedItems](const EngineEnvironment& environment, EncodeSettingChooser& chooser,
+                                          LastEncodeSetting& last, bool autoDecode) {
+        kestrelon::addEncodeData(environment, selectedItems, chooser, last, autoDecode);
+    });
+}
+
+void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
+{
     LastEncodeSetting last;
     if (m_settings)
         last = LastEncodeSetting{m_settings->lastBodyName, m_settings->lastAlgName, m_settings->lastBitRate,
@@ -501,7 +563,7 @@ void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)
     CodecHost host(m_programFolder, port, window);
     const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder};
     EncodeSettingDialogChooser chooser(m_bodies->bodies(), this);
-    kestrelon::addEncodeData(environment, selectedItems, chooser, last, m_settings ? m_settings->autoDecode != 0 : false);
+    command(environment, chooser, last, m_settings ? m_settings->autoDecode != 0 : false);
     host.releaseAlgorithm();
     if (m_settings) {
         m_settings->lastBodyName = last.bodyName;

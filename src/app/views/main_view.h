@@ -16,6 +16,7 @@
 #include <QWidget>
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -30,6 +31,7 @@ namespace kestrelon {
 
 class BodySettings;
 class CodecHost;
+class EncodeSettingChooser;
 class InfoPanels;
 class ProgressDialog;
 class ProjectSession;
@@ -37,6 +39,8 @@ class RecordSortProxy;
 class RecordTableModel;
 class RecordingPort;
 class UserPort;
+struct EngineEnvironment;
+struct LastEncodeSetting;
 struct SettingsStore;
 
 class MainView : public QWidget {
@@ -94,7 +98,17 @@ public slots:
     void showProperty();
     void exportSelected();
     void exportAll();
+    // The current row's encoded file, read from the file itself.
     void showEncodeInfo();
+    // "Clear": the selected rows lose their results and can be encoded afresh.
+    void clearSelected();
+    // "Duplicate": another row for each selected row's file, chosen in the
+    // "Encode Setting" dialog opened on that row's setting.
+    void duplicateSelected();
+    // "Show configuration": what the current row's codec says of itself.
+    void showConfiguration();
+    // The same for the project's algorithm `name` (the Algorithms tree).
+    void showAlgorithmConfiguration(const std::string& name);
 
 signals:
     // The selection or the current row changed: commands may change state.
@@ -106,6 +120,13 @@ signals:
 
 private:
     void buildContextMenu();
+    // The model, the panels and the frame follow records changed in place.
+    void rowsRewritten();
+    // Runs a command that shows the "Encode Setting" dialog (Add Encode
+    // Data, Duplicate) with the kept choice, then keeps the new one.
+    using EncodeSettingCommand =
+        std::function<void(const EngineEnvironment&, EncodeSettingChooser&, LastEncodeSetting&, bool autoDecode)>;
+    void runWithEncodeSetting(const EncodeSettingCommand& command);
     void applyListSettings();
     void storeSortSettings(int column, Qt::SortOrder order);
     void storeColumnScale();
