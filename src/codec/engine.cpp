@@ -319,8 +319,10 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
         output = *scratch;
     }
 
-    port.beginProgress(record.algoName + std::string(msg::kEncodingSuffix));
+    const std::string title = record.algoName + std::string(msg::kEncodingSuffix);
+    port.beginProgress(title);
     port.setProgressRange(0, 100);
+    port.setProgressText(title); // until the codec says more
     ProgressBarWindow bar(port);
     ProgressTextWindow text(port);
     bool ok = host.encode(wave, output, bar.window(), text.window());

@@ -5,6 +5,8 @@
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/file_chooser.h"
 #include "app/main_window.h"
+#include "app/views/main_view.h"
+#include "app/dialogs/progress_dialog.h"
 #include "app/workspace_bar.h"
 #include "bodies/body_settings.h"
 #include "common/platform.h"
@@ -14,6 +16,10 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTableView>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QTabWidget>
 #include <QPixmap>
 
 #include <iostream>
@@ -38,6 +44,33 @@ void saveMenu(MainWindow& frame, const QString& title, const QString& folder, co
         save(top->menu(), folder, name);
         top->menu()->hide();
     }
+}
+
+// Runs command `id` of the frame; the modal dialog it opens is saved and
+// closed as Cancel would close it.
+void saveCommandDialog(MainWindow& frame, int id, const QString& folder, const QString& name)
+{
+    bool saved = false;
+    QTimer::singleShot(300, [&] {
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            save(modal, folder, name);
+            saved = true;
+            modal->close();
+        }
+    });
+    frame.runCommand(id);
+    if (!saved) std::cout << name.toStdString() << ": command " << id << " opened no dialog\n";
+}
+
+void selectRows(MainWindow& frame, std::initializer_list<int> rows)
+{
+    QTableView* table = frame.mainView()->table();
+    table->clearSelection();
+    for (int row : rows)
+        table->selectionModel()->select(table->model()->index(row, 0),
+                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    table->selectionModel()->setCurrentIndex(table->model()->index(*rows.begin(), 0), QItemSelectionModel::NoUpdate);
+    frame.updateCommands();
 }
 
 } // namespace
@@ -93,6 +126,32 @@ int main(int argc, char** argv)
     frame.workspaceBar()->tabs()->setCurrentIndex(1);
     QApplication::processEvents();
     save(&frame, out, QStringLiteral("10-algorithms.png"));
+    if (QTreeWidgetItem* root = frame.workspaceBar()->algorithmsView()->topLevelItem(0); root && root->childCount()) {
+        root->child(0)->setSelected(true);
+        frame.updateCommands();
+        saveCommandDialog(frame, cmd::kShowConfiguration, out, QStringLiteral("11-algorithm-configuration.png"));
+    }
+    frame.workspaceBar()->tabs()->setCurrentIndex(0);
+
+    selectRows(frame, {0});
+    saveCommandDialog(frame, cmd::kRowProperty, out, QStringLiteral("12-property.png"));
+    saveCommandDialog(frame, cmd::kEncodeInfo, out, QStringLiteral("13-encode-info.png"));
+    saveCommandDialog(frame, cmd::kShowConfigurationUpdateOnly, out, QStringLiteral("14-row-configuration.png"));
+    saveCommandDialog(frame, cmd::kDuplicate, out, QStringLiteral("15-encode-setting.png"));
+    saveCommandDialog(frame, cmd::kExportSelected, out, QStringLiteral("16-export.png"));
+    saveCommandDialog(frame, cmd::kDllSetting, out, QStringLiteral("17-dll-setting.png"));
+    saveCommandDialog(frame, cmd::kBodyInformation, out, QStringLiteral("18-body-information.png"));
+    saveMenu(frame, QStringLiteral("&Edit"), out, QStringLiteral("19-menu-edit-row.png"));
+
+    // The progress window while a batch runs.
+    selectRows(frame, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+    for (int at : {5, 40, 120})
+        QTimer::singleShot(at, [&, at] {
+            save(frame.mainView()->progressDialog(), out, QStringLiteral("20-progress-%1ms.png").arg(at));
+        });
+    frame.runCommand(cmd::kEncode);
+    QApplication::processEvents();
+    save(&frame, out, QStringLiteral("21-frame-after-batch.png"));
     frame.session().closeProject();
     return 0;
 }

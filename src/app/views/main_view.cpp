@@ -31,6 +31,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -563,6 +564,17 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
     CodecHost host(m_programFolder, port, window);
     const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder};
     EncodeSettingDialogChooser chooser(m_bodies->bodies(), this);
+    // These commands only add records or change them in place, so the rows
+    // selected before are still there afterwards, at the same place in
+    // their source; the user keeps working on them.
+    std::vector<std::pair<const ProjectItem*, std::size_t>> selected;
+    std::optional<std::pair<const ProjectItem*, std::size_t>> current;
+    const MainList before = shownList();
+    for (std::size_t row = 0; row < before.size(); ++row)
+        if (before.isSelected(row))
+            selected.emplace_back(before.rows()[row].source, before.rows()[row].recordIndex);
+    if (const std::optional<int> row = currentSourceRow())
+        current = std::pair{m_model->listRow(*row).source, m_model->listRow(*row).recordIndex};
     command(environment, chooser, last, m_settings ? m_settings->autoDecode != 0 : false);
     host.releaseAlgorithm();
     if (m_settings) {
@@ -572,6 +584,16 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
         m_settings->applyAllFiles = last.applyAllFiles ? 1 : 0;
     }
     refresh();
+    QItemSelectionModel* selection = m_table->selectionModel();
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const ListRow& listRow = m_model->listRow(row);
+        const std::pair key{static_cast<const ProjectItem*>(listRow.source), listRow.recordIndex};
+        const QModelIndex shown = m_proxy->mapFromSource(m_model->index(row, 0));
+        if (std::find(selected.begin(), selected.end(), key) != selected.end())
+            selection->select(shown, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        if (current == key)
+            selection->setCurrentIndex(shown, QItemSelectionModel::NoUpdate);
+    }
 }
 
 } // namespace kestrelon
