@@ -100,6 +100,9 @@ inline constexpr std::string_view kExportNameInvalidSuffix = " is not a valid ex
 inline constexpr std::string_view kExportCanNotWritePrefix = "Can not write the export file "; // path, then the suffix
 inline constexpr std::string_view kExportCanNotWriteSuffix = " !";
 inline constexpr std::string_view kExportWorkingFileSuffix = " is a working file of the project and can not be replaced !"; // after the quoted name
+inline constexpr std::string_view kExportNameIsIndexSuffix = " is the name of the export's index file and can not be an export file name !"; // after the quoted name
+inline constexpr std::string_view kExportEventsClashPrefix = "The speech events of "; // export name, middle, .tab path, then " !"
+inline constexpr std::string_view kExportEventsClashMiddle = " would replace those of another row in ";
 
 // Speech events
 inline constexpr std::string_view kDefaultLabel = "Default Label";

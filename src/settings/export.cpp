@@ -14,6 +14,7 @@
 #include "project/project_item.h"
 #include "project/project_session.h"
 
+#include <map>
 #include <system_error>
 
 namespace kestrelon {
@@ -183,6 +184,9 @@ private:
     fs::path m_folder;
     UserPort& m_port;
     ExportOutcome& m_outcome;
+    // The ".tab" files written in this run, with what they hold: two export
+    // names with one stem share a ".tab", which is fine only when the events agree.
+    std::map<fs::path, std::string> m_tables;
 };
 
 // Exporting into the project folder or its Temp folder must not replace the
@@ -246,12 +250,29 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
     if (table == target)
         return true;
     const ReadResult text = readFile(events.path);
-    if (text.status != ReadStatus::Ok || !writeFileAtomically(table, text.bytes)) {
+    const auto showCanNotCopy = [&] {
         m_port.showMessage(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(events.path) +
                            std::string(msg::kCopyTo) + utf8FromPath(table) + std::string(msg::kCanNotCopySuffix));
+    };
+    if (text.status != ReadStatus::Ok) {
+        showCanNotCopy();
         return false;
     }
-    m_outcome.eventFiles.push_back(table);
+    const auto written = m_tables.find(table);
+    if (written != m_tables.end() && written->second != text.bytes) {
+        m_port.showMessage(std::string(msg::kExportEventsClashPrefix) + exportName +
+                           std::string(msg::kExportEventsClashMiddle) + utf8FromPath(table) +
+                           std::string(msg::kExportCanNotWriteSuffix));
+        return false;
+    }
+    if (written == m_tables.end()) {
+        if (!writeFileAtomically(table, text.bytes)) {
+            showCanNotCopy();
+            return false;
+        }
+        m_outcome.eventFiles.push_back(table);
+        m_tables.emplace(table, text.bytes);
+    }
     if (events.consume)
         removeQuietly(events.path);
     return true;
@@ -263,6 +284,11 @@ RowResult Exporter::exportRow(const ListRow& row)
     const std::string exportName = exportNameOf(record);
     if (!isPlainFileName(exportName)) {
         m_port.showMessage("\"" + exportName + "\"" + std::string(msg::kExportNameInvalidSuffix));
+        return RowResult::Failed;
+    }
+    // The index is written last and would replace the row's file.
+    if (equalsNoCase(exportName, kExportIndexFileName)) {
+        m_port.showMessage("\"" + exportName + "\"" + std::string(msg::kExportNameIsIndexSuffix));
         return RowResult::Failed;
     }
     const fs::path target = m_folder / pathFromUtf8(exportName);

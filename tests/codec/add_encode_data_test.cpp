@@ -20,7 +20,6 @@ public:
     EncodeSettingAnswer choose(const ProjectItem& source, const LastEncodeSetting& last) override
     {
         shownFor.push_back(source.id());
-        shownWithBody.push_back(last.bodyName);
         shownWith.push_back(last.bodyName + "/" + last.algName + "/" + last.bitRate);
         if (answers.empty()) {
             ADD_FAILURE() << "unexpected dialog for " << source.id();
@@ -35,11 +34,9 @@ public:
     {
         return {true, std::string(kBody), std::move(algorithm), std::move(rate), applyToAll};
     }
-    static EncodeSettingAnswer cancel() { return {}; }
 
     std::deque<EncodeSettingAnswer> answers;
     std::vector<std::string> shownFor;
-    std::vector<std::string> shownWithBody;
     std::vector<std::string> shownWith;
 };
 
@@ -86,14 +83,13 @@ TEST_F(AddEncodeDataTest, OneChoiceForAllFilesAddsAndEncodesARowPerSourceAndBrin
 
     EXPECT_EQ(outcomes(result), (std::vector<SourceOutcome>(3, SourceOutcome::Added)));
     EXPECT_EQ(chooser.shownFor, std::vector<std::string>{"hts1a.wav"}); // once; the group is passed over
-    EXPECT_EQ(chooser.shownWithBody, std::vector<std::string>{"Small Body"});
+    EXPECT_EQ(chooser.shownWith, std::vector<std::string>{"Small Body/ImaAdpcm/16000"}); // opened on the kept choice
     EXPECT_EQ(last.bodyName + "/" + last.algName + "/" + last.bitRate, "Test Body/ImaAdpcm/32000");
     EXPECT_TRUE(last.applyAllFiles);
     for (ProjectItem* source : {a, b, c}) {
         ASSERT_EQ(source->records().size(), 1u);
         const EditInfoRecord& record = source->records()[0];
         EXPECT_EQ(record.fileName, source->id());
-        EXPECT_EQ(record.itemId, -1);
         EXPECT_NE(record.encodeSize, "");
         EXPECT_NE(record.compressionRate, "");
     }
@@ -110,7 +106,7 @@ TEST_F(AddEncodeDataTest, CancelEndsAtOnceAndAnInvalidChoiceAddsNothing)
 {
     // A choice per file: the second dialog is cancelled; the first row stays.
     LastEncodeSetting last{"", "", "", false};
-    chooser.answers = {ScriptedChooser::ok("Pcm", "128000", false), ScriptedChooser::cancel()};
+    chooser.answers = {ScriptedChooser::ok("Pcm", "128000", false), EncodeSettingAnswer{}};
     AddEncodeResult result = run({a, b, c}, last);
     EXPECT_TRUE(result.cancelled);
     EXPECT_EQ(outcomes(result), std::vector<SourceOutcome>{SourceOutcome::Added});

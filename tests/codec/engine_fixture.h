@@ -28,21 +28,13 @@ inline const std::filesystem::path kFailingCodecLibrary = KESTRELON_FAILING_CODE
 inline const std::filesystem::path kSpeech = "/usr/share/codec2/wav";
 inline constexpr const char* kBody = "Test Body";
 
+// An empty value removes the variable, as it does on Windows.
 inline void setEnv(const char* name, const std::string& value)
 {
 #if defined(_WIN32)
     _putenv_s(name, value.c_str());
 #else
-    setenv(name, value.c_str(), 1);
-#endif
-}
-
-inline void unsetEnv(const char* name)
-{
-#if defined(_WIN32)
-    _putenv_s(name, "");
-#else
-    unsetenv(name);
+    value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
 #endif
 }
 
@@ -104,7 +96,7 @@ protected:
         ASSERT_TRUE(bodies.load(program() / "KestrelonBodySetting.dat", program(), port));
 
         setEnv("KESTRELON_FAILING_CODEC_LOG", utf8FromPath(temp / "calls.log"));
-        unsetEnv("KESTRELON_FAILING_CODEC");
+        setEnv("KESTRELON_FAILING_CODEC", "");
         session = std::make_unique<ProjectSession>(port, nullptr, nullptr, program());
         ASSERT_TRUE(session->newProject(utf8FromPath(temp.path()), "Demo"));
         host = std::make_unique<CodecHost>(program(), port, mainWindow);
@@ -114,8 +106,8 @@ protected:
     {
         host.reset();
         std::filesystem::current_path(m_savedFolder);
-        unsetEnv("KESTRELON_FAILING_CODEC");
-        unsetEnv("KESTRELON_FAILING_CODEC_LOG");
+        setEnv("KESTRELON_FAILING_CODEC", "");
+        setEnv("KESTRELON_FAILING_CODEC_LOG", "");
     }
 
     // A link where the platform allows it: the reference codecs are large.

@@ -8,8 +8,7 @@
 #include "common/messages.h"
 #include "wave/wave_file.h"
 
-#include <cmath>
-#include <cstdio>
+#include <algorithm>
 
 using namespace kestrelon;
 using namespace kestrelon::test;
@@ -31,7 +30,6 @@ std::vector<std::string> tempFiles(const fs::path& folder)
 TEST_F(EngineTest, EveryReferenceCodecEncodesAndDecodesRealSpeechThroughTheEngine)
 {
     ProjectItem* source = addSource(kSpeech / "hts1a.wav");
-    const std::uintmax_t original = fs::file_size(project() / "Files" / "hts1a.wav");
     WaveFile sourceWave;
     ASSERT_TRUE(sourceWave.load(kSpeech / "hts1a.wav"));
     const std::vector<std::pair<std::string, std::string>> codecs = {
@@ -62,9 +60,6 @@ TEST_F(EngineTest, EveryReferenceCodecEncodesAndDecodesRealSpeechThroughTheEngin
         const std::string raw = unpacked(record.encodeName);
         ASSERT_TRUE(hasEncodedMagic(raw));
         EXPECT_EQ(record.encodeSize, std::to_string(raw.size()));
-        char rateText[32];
-        std::snprintf(rateText, sizeof rateText, "%.0f", double(raw.size()) / double(original) * 100.0);
-        EXPECT_EQ(record.compressionRate, rateText);
         EXPECT_EQ(record.renameEncode.rfind("hts1a_Test Body_" + codecs[i].first + "_" + codecs[i].second + ".", 0), 0u)
             << record.renameEncode;
 
@@ -191,7 +186,6 @@ TEST_F(EngineTest, AFailingCodecLeavesTheRowAsItWasAndNoFileBehind)
     EXPECT_TRUE(readBytes(tempFolder() / before.encodeName) == interim);
     EXPECT_EQ(source->records()[1].encodeName, "");
     EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
-    EXPECT_FALSE(session->busy());
 
     // A code without a text shows the code; a decode that fails keeps the row too.
     port.clear();

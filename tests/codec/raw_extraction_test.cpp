@@ -48,30 +48,22 @@ TEST(RawExtraction, WritesEverythingAfterTheHeader)
 TEST(RawExtraction, RefusesWhatIsNotAnEncodedFile)
 {
     TempDir dir;
-    const std::string magic("\x00\xFF\x00\xFF", 4);
-    const struct {
-        const char* name;
-        std::string bytes;
-    } cases[] = {
+    // Too short to hold a header (even with the magic), the wrong magic, no file at all.
+    const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"empty.tmp", ""},
-        {"three.tmp", magic.substr(0, 3)},
-        {"magiconly.tmp", magic},
         {"short.tmp", headerBytes().substr(0, 47)},
         {"wrongmagic.tmp", std::string("\x00\xFF\x00\xFE", 4) + headerBytes().substr(4) + kData},
+        {"missing.tmp", std::nullopt},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, bytes] : cases) {
         ScriptedPort port;
-        const auto source = dir / "sub" / c.name;
-        writeBytes(source, c.bytes);
-        EXPECT_FALSE(extractRawEncodedData(source, dir / "out.bin", port)) << c.name;
-        EXPECT_EQ(port.texts(), std::vector<std::string>{std::string(c.name) + " is not a correct encoded file !"});
-        EXPECT_FALSE(std::filesystem::exists(dir / "out.bin")) << c.name;
+        const auto source = dir / "sub" / name;
+        if (bytes)
+            writeBytes(source, *bytes);
+        EXPECT_FALSE(extractRawEncodedData(source, dir / "out.bin", port)) << name;
+        EXPECT_EQ(port.texts(), std::vector<std::string>{std::string(name) + " is not a correct encoded file !"});
+        EXPECT_FALSE(std::filesystem::exists(dir / "out.bin")) << name;
     }
-
-    ScriptedPort port;
-    EXPECT_FALSE(extractRawEncodedData(dir / "sub" / "missing.tmp", dir / "out.bin", port));
-    EXPECT_EQ(port.texts(), std::vector<std::string>{"missing.tmp is not a correct encoded file !"});
-    EXPECT_FALSE(std::filesystem::exists(dir / "out.bin"));
 }
 
 TEST(RawExtraction, InspectReadsTheHeaderAndTheDataSize)
@@ -86,7 +78,6 @@ TEST(RawExtraction, InspectReadsTheHeaderAndTheDataSize)
     ASSERT_TRUE(info);
     EXPECT_EQ(info->header, fields);
     EXPECT_EQ(info->fileSize, kEncodedHeaderSize + kData.size());
-    EXPECT_EQ(info->dataSize(), kData.size());
     EXPECT_TRUE(port.texts().empty());
 
     // Unlike extraction, inspection checks the whole header.

@@ -82,7 +82,6 @@ TEST_F(ProjectSessionTest, NewProjectNeverSavedIsRemovedOnCloseOneSavedIsKept)
     ASSERT_TRUE(session.newProject(temp.path().string() + "/", "Draft"));
     const fs::path draft = temp / "Draft";
     EXPECT_EQ(session.projectFile(), draft / "Draft.ptp");
-    EXPECT_TRUE(session.isNewProject());
     EXPECT_TRUE(fs::is_directory(draft / "Temp") && fs::is_directory(draft / "Files") && fs::is_directory(draft / "Algos"));
     EXPECT_EQ(fs::current_path(), draft);
     fs::copy_file(kSpeech / "hts1a.wav", draft / "Files" / "a.wav"); // work done in it is not saved either
@@ -98,7 +97,6 @@ TEST_F(ProjectSessionTest, NewProjectNeverSavedIsRemovedOnCloseOneSavedIsKept)
 
     ASSERT_TRUE(session.newProject(temp.path().string(), "Kept"));
     ASSERT_TRUE(session.saveProject());
-    EXPECT_FALSE(session.isNewProject());
     ASSERT_TRUE(session.closeProject());
     EXPECT_TRUE(fs::exists(temp / "Kept" / "Kept.ptp"));
     EXPECT_FALSE(fs::exists(temp / "Kept" / "Temp"));
@@ -174,6 +172,8 @@ TEST_F(ProjectSessionTest, CloseCopiesWorkingFilesBackByExtensionAndDeletesOnlyI
     fs::create_directory_symlink(temp / "outside", work / "linkdir");
     session.deletionList() = {folder / "Files" / "b.wav", temp / "outside" / "a.wav",
                               folder / "Files" / ".." / ".." / "outside" / "target.txt", "gone.wav"};
+    session.markModified();
+    port.queue(Answer::No); // closed without saving: the working files still go back
 
     ASSERT_TRUE(session.closeProject());
     expectMoved(folder, workingFiles);
@@ -182,7 +182,7 @@ TEST_F(ProjectSessionTest, CloseCopiesWorkingFilesBackByExtensionAndDeletesOnlyI
     EXPECT_FALSE(fs::exists(folder / "Files" / "b.wav")); // listed for deletion
     EXPECT_EQ(readBytes(temp / "outside" / "a.wav"), "not the project's");
     EXPECT_EQ(readBytes(temp / "outside" / "target.txt"), "kept");
-    EXPECT_TRUE(port.texts().empty());
+    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kSaveBeforeClose)});
 }
 
 TEST_F(ProjectSessionTest, ACopyBackThatFailsStopsBeforeAnythingIsDeleted)
@@ -285,7 +285,6 @@ TEST_F(ProjectSessionTest, SaveAsCarriesEveryFileAndTheNewProjectStaysOpen)
     EXPECT_FALSE(fs::exists(temp / "Fresh"));
     EXPECT_EQ(recent.entries()[1], (copy / "Copy.ptp").string());
     EXPECT_EQ(readBytes(temp / "Final" / "Files" / "w.wav"), "work");
-    EXPECT_FALSE(session.isNewProject());
     ASSERT_TRUE(session.closeProject());
     EXPECT_TRUE(fs::exists(temp / "Final" / "Final.ptp"));
     // ...unless the new project's Files folder is that old folder.

@@ -1,6 +1,5 @@
 #include "common/messages.h"
 #include "project/project_document.h"
-#include "project/project_session.h"
 #include "project/workspace_tree.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
@@ -284,43 +283,4 @@ TEST_F(WorkspaceTreeTest, RenameFolderRefusesInvalidNamesAndKeepsNameAndIdInStep
     EXPECT_EQ(voices->name(), "Greetings");
     EXPECT_EQ(tree.itemsWithId("Greetings"), (std::vector<ProjectItem*>{voices}));
     EXPECT_TRUE(document.isModified());
-}
-
-// The overwrite's backup and the deletion list as the lifecycle carries them out.
-TEST(WorkspaceTreeSession, CloseWithoutSavingRestoresTheOverwrittenCopySaveKeepsTheNewOne)
-{
-    const fs::path start = fs::current_path();
-    test::TempDir temp;
-    test::ScriptedPort port;
-    ProjectSession session(port, nullptr, nullptr, start);
-    fs::create_directories(temp / "chosen");
-    ASSERT_TRUE(session.newProject(temp.path().string(), "Demo"));
-    {
-        WorkspaceTree tree(session.document(), session.projectFolder(), session.deletionList(), port);
-        tree.addFiles(TreeTarget::topLevel(), {kSpeech / "hts1a.wav", kSpeech / "cross.wav"});
-        ASSERT_TRUE(session.saveProject());
-        fs::copy_file(kSpeech / "f2400.wav", temp / "chosen" / "hts1a.wav");
-        port.queue(Answer::Yes);
-        EXPECT_EQ(tree.addFiles(TreeTarget::topLevel(), {temp / "chosen" / "hts1a.wav"})[0].outcome,
-                  AddFileOutcome::Overwritten);
-    }
-    const fs::path files = session.filesFolder();
-    port.queue(Answer::No); // do not save before closing
-    ASSERT_TRUE(session.closeProject());
-    EXPECT_EQ(readBytes(files / "hts1a.wav"), readBytes(kSpeech / "hts1a.wav"));
-
-    ASSERT_TRUE(session.openProject(temp / "Demo" / "Demo.ptp"));
-    {
-        WorkspaceTree tree(session.document(), session.projectFolder(), session.deletionList(), port);
-        port.queue(Answer::Yes);
-        tree.addFiles(TreeTarget::topLevel(), {temp / "chosen" / "hts1a.wav"});
-        tree.selection().selectOnly(tree.itemsWithId("cross.wav"));
-        port.queue(Answer::Yes);
-        tree.deleteFiles();
-        ASSERT_TRUE(session.saveProject());
-    }
-    ASSERT_TRUE(session.closeProject());
-    EXPECT_EQ(readBytes(files / "hts1a.wav"), readBytes(kSpeech / "f2400.wav"));
-    EXPECT_FALSE(fs::exists(files / "cross.wav"));
-    fs::current_path(start);
 }

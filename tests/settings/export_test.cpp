@@ -123,7 +123,6 @@ TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
     EXPECT_EQ(port.texts(), std::vector<std::string>{});
     EXPECT_EQ(readBytes(out / "hello1.bin"), hello1);
     EXPECT_EQ(kept.exported, (std::vector<fs::path>{out / "hello1.bin", out / "bye.bin"}));
-    EXPECT_FALSE(fs::exists(out / "hello2.bin"));
     EXPECT_EQ(readBytes(out / str(kExportIndexFileName)),
               lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "bye.bin"}));
 
@@ -193,7 +192,6 @@ TEST_F(ExportTest, FolderChecksAndHowMuchOfAMissingFolderIsMade)
     for (ExportKind kind : {ExportKind::All, ExportKind::Selected})
         EXPECT_FALSE(exportRows(session, listRows, {true}, {"relative/out", false}, kind, port).ok);
     EXPECT_FALSE(fs::exists(project / "relative"));
-    EXPECT_FALSE(exportRows(session, listRows, {true}, {"", false}, ExportKind::All, port).ok);
 
     // Export-all makes the last level only; export-selected the whole chain.
     const fs::path deep = temp / "a" / "b";
@@ -211,7 +209,7 @@ TEST_F(ExportTest, FolderChecksAndHowMuchOfAMissingFolderIsMade)
     EXPECT_EQ(readBytes(temp / "plain"), "x");
 
     const std::string wrong(msg::kWrongPath);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{wrong, wrong, wrong, wrong, wrong}));
+    EXPECT_EQ(port.texts(), (std::vector<std::string>{wrong, wrong, wrong, wrong}));
 }
 
 TEST_F(ExportTest, EventsGoBesideTheExportAsTabFilesAndTheUsersFileStays)
@@ -283,4 +281,30 @@ TEST_F(ExportTest, AnUnwritableIndexOrAnUnsafeNameIsReportedAndWrittenFilesStay)
     EXPECT_FALSE(run(ExportKind::Selected, project, false, {true}).ok);
     EXPECT_EQ(port.texts(), std::vector<std::string>{"\"SAF1.tmp\"" + str(msg::kExportWorkingFileSuffix)});
     EXPECT_EQ(readBytes(project / "SAF1.tmp"), kept);
+}
+
+TEST_F(ExportTest, NamesThatWouldMeetTheIndexOrAnotherRowsEventsAreRefused)
+{
+    open({{"a.wav", "SAF1.tmp", "hello.adp", ""},
+          {"b.wav", "SAF2.tmp", "hello.bin", ""},
+          {"c.wav", "SAF3.tmp", "all_export_filename.TXT", ""},
+          {"d.wav", "SAF4.tmp", "same.adp", ""},
+          {"d.wav", "SAF5.tmp", "same.bin", ""}});
+    for (const char* name : {"SAF1.tmp", "SAF2.tmp", "SAF3.tmp", "SAF4.tmp", "SAF5.tmp"})
+        plantInterim(session.tempFolder(), name, encodedFile(name));
+    for (const char* source : {"a", "b", "d"})
+        writeBytes(project / "Files" / (std::string(source) + ".evt"), std::string("[TAG_LABEL]\nLabelName=") + source);
+
+    const ExportOutcome outcome = run(ExportKind::All, out, false);
+    EXPECT_FALSE(outcome.ok);
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{str(msg::kExportEventsClashPrefix) + "hello.bin" +
+                                            str(msg::kExportEventsClashMiddle) + (out / "hello.tab").string() + " !",
+                                        "\"all_export_filename.TXT\"" + str(msg::kExportNameIsIndexSuffix)}));
+    // The first row's events stay; rows of one source share theirs.
+    EXPECT_EQ(readBytes(out / "hello.tab"), "[TAG_LABEL]\nLabelName=a");
+    EXPECT_EQ(readBytes(out / "hello.bin"), "SAF2.tmp");
+    EXPECT_EQ(outcome.eventFiles, (std::vector<fs::path>{out / "hello.tab", out / "same.tab"}));
+    EXPECT_EQ(readBytes(out / "same.tab"), "[TAG_LABEL]\nLabelName=d");
+    EXPECT_NE(readBytes(outcome.indexFile).find("c.wav:"), std::string::npos);
 }

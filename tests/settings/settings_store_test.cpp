@@ -50,7 +50,6 @@ TEST(SettingsStore, DefaultsWhenNothingIsStored)
     SettingsStore store;
     ASSERT_TRUE(store.load(dir.path()));
     EXPECT_EQ(store, SettingsStore{});
-    EXPECT_EQ(store.colors, kDefaultWaveColors);
     EXPECT_FALSE(std::filesystem::exists(settingsFile(dir))); // reading creates nothing
 
     // Saved defaults: integers as integers, the scale as "%f" text.
