@@ -28,8 +28,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string str(std::string_view text) { return std::string(text); }
-
 std::vector<QString> entries(const QComboBox* box)
 {
     std::vector<QString> texts;

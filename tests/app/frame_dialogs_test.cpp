@@ -32,13 +32,10 @@ TEST(NewProjectDialog, RefusalsKeepTheDialogOpenAndEmptyTheNameWhenAsked)
     NewProjectDialog dialog(port, chooser, dir.path());
     EXPECT_EQ(dialog.pathEdit()->text().toStdString(), dir.path().string());
 
-    dialog.accept();
-    EXPECT_EQ(port.texts().back(), msg::kFileNameIsNull);
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-
     dialog.nameEdit()->setText(QStringLiteral("a|b"));
     dialog.accept();
     EXPECT_EQ(port.texts().back(), msg::kInvalidCharacters);
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
     EXPECT_TRUE(dialog.nameEdit()->text().isEmpty()) << "the name box is emptied";
 
     dialog.nameEdit()->setText(QStringLiteral("Demo"));
@@ -49,12 +46,10 @@ TEST(NewProjectDialog, RefusalsKeepTheDialogOpenAndEmptyTheNameWhenAsked)
 
     // "..." fills the location from the folder chooser.
     chooser.folders.push_back(dir.path());
-    dialog.pathEdit()->setText(QStringLiteral("elsewhere"));
     dialog.browseButton()->click();
     EXPECT_EQ(dialog.pathEdit()->text(), qtPath(dir.path()));
 
     const std::size_t shown = port.messages().size();
-    dialog.nameEdit()->setText(QStringLiteral("Demo"));
     dialog.accept();
     EXPECT_EQ(port.messages().size(), shown) << "nothing more to say";
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
@@ -132,21 +127,31 @@ TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
     EXPECT_TRUE(m_frame->session().document().topLevelFiles().empty());
 }
 
-TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissing)
+TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
 {
     m_frame->runCommand(cmd::kHelp);
     EXPECT_EQ(m_port.texts(), std::vector<std::string>{std::string(msg::kHelpNotFound)});
 
-    // A project with one selected source, and an editor that is not there.
+    // A project with one selected source whose name holds a blank, and an
+    // editor that is not there.
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Edit"));
     m_frame->sessionChanged();
-    test::writeBytes(m_dir / "src" / "a.wav", "RIFF");
-    const auto added = m_frame->workspaceTree()->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "a.wav"});
+    test::writeBytes(m_dir / "src" / "my a.wav", "RIFF");
+    const auto added = m_frame->workspaceTree()->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "my a.wav"});
     ASSERT_EQ(added.size(), 1u);
     m_frame->workspaceBar()->selectItems({added[0].item});
     m_frame->settings().externalEditor = (m_dir / "no-such-editor").string();
     m_frame->runCommand(cmd::kExternalEditor);
     EXPECT_EQ(m_port.texts().back(), msg::kExternalEditorMissing);
+
+    // The command returns only once the editor has ended.
+    const fs::path editor = m_dir / "editor.sh";
+    const fs::path record = m_dir / "editor-args.txt";
+    test::writeBytes(editor, "#!/bin/sh\nsleep 0.2\nprintf '%s|%s' \"$#\" \"$1\" > '" + record.string() + "'\n");
+    fs::permissions(editor, fs::perms::owner_all);
+    m_frame->settings().externalEditor = editor.string();
+    m_frame->runCommand(cmd::kExternalEditor);
+    EXPECT_EQ(test::readBytes(record), "1|" + (m_dir / "Edit" / "Files" / "my a.wav").string());
 }
 
 } // namespace

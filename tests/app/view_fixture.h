@@ -18,6 +18,8 @@
 
 namespace kestrelon::test {
 
+inline std::string str(std::string_view text) { return std::string(text); }
+
 struct Row {
     std::string source; // file name in Files
     std::string body;
