@@ -1,7 +1,5 @@
 #include "support/resample.h"
 
-#include "speech.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -70,8 +68,7 @@ TEST(Resample, KeepsTheDurationExactly)
     }
 
     // Equal rates change nothing; rates it cannot serve give nothing.
-    const std::vector<std::int16_t> speech = test::speechAt("hts1a.wav", 8000);
-    ASSERT_EQ(speech.size(), 24000u);
+    const std::vector<std::int16_t> speech = tone(440, 8000, 800);
     EXPECT_EQ(resample(speech, 8000, 8000), speech);
     EXPECT_TRUE(resample(speech, 0, 8000).empty());
     EXPECT_TRUE(resample(speech, 8000, -1).empty());

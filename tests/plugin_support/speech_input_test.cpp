@@ -24,15 +24,10 @@ TEST(SpeechInput, LoadsAtTheCodecRateOrSaysWhyNot)
     ASSERT_TRUE(loadSpeechAtRate(test::kSpeechFolder / "wia_16kHz.wav", 16000, samples));
     EXPECT_EQ(samples, own);
 
-    test::TempDir dir;
-    std::string error;
-    samples = {1, 2, 3};
-    EXPECT_FALSE(loadSpeechAtRate(dir / "none.wav", 8000, samples, &error));
-    EXPECT_EQ(error, "none.wav does not exist !");
-    EXPECT_TRUE(samples.empty());
-
     // A rate the resampler cannot reach from the file's own.
+    test::TempDir dir;
     ASSERT_TRUE(writeWav16(dir / "fast.wav", std::vector<std::int16_t>(1000, 7), 768000));
+    std::string error;
     samples = {1, 2, 3};
     EXPECT_FALSE(loadSpeechAtRate(dir / "fast.wav", 8000, samples, &error));
     EXPECT_EQ(error, "fast.wav has a sample rate that cannot be converted to the codec's rate !");
