@@ -98,6 +98,13 @@ bool MainList::deleteAll(UserPort& port, ProjectSession& session)
 std::size_t MainList::clearSelectedResults(ProjectSession& session)
 {
     const fs::path temp = session.tempFolder();
+    const fs::path project = session.projectFolder();
+    // The working copy goes now; the copy a Save put beside the project file
+    // goes with the next Save, since the saved project file still names it.
+    const auto drop = [&](const fs::path& name) {
+        removeQuietly(temp / name);
+        session.dropAtSave(project / name.filename());
+    };
     std::size_t cleared = 0;
     for (std::size_t row = 0; row < m_rows.size(); ++row) {
         EditInfoRecord& record = m_rows[row].record();
@@ -108,11 +115,11 @@ std::size_t MainList::clearSelectedResults(ProjectSession& session)
         // Names come from the project file: only plain ones are touched.
         if (isPlainFileName(record.encodeName)) {
             const fs::path interim = pathFromUtf8(record.encodeName);
-            removeQuietly(temp / interim);
-            removeQuietly(temp / "evt" / pathFromUtf8(utf8FromPath(interim.stem()) + ".evt"));
+            drop(interim);
+            drop(fs::path("evt") / pathFromUtf8(utf8FromPath(interim.stem()) + ".evt"));
         }
         if (isPlainFileName(record.decodeName))
-            removeQuietly(temp / pathFromUtf8(record.decodeName));
+            drop(pathFromUtf8(record.decodeName));
         record.encodeName.clear();
         record.encodeSize.clear();
         record.compressionRate.clear();

@@ -69,9 +69,10 @@ public:
     // "Clear": the selected rows lose their results (encode and decode
     // sizes, rate, interim and decoded file names) and can be encoded afresh;
     // their body, algorithm, bit rate and export name stay. The working copies
-    // in Temp go now. Copies that a Save put beside the project file stay:
-    // the saved project still names them until it is saved again. Returns
-    // how many rows had results; the project is marked modified when any did.
+    // in Temp go now; the copies a Save put beside the project file go with
+    // the next Save, as a Close without saving keeps the saved project whole.
+    // Returns how many rows had results; the project is marked modified when
+    // any did.
     std::size_t clearSelectedResults(ProjectSession& session);
 
 private:

@@ -189,6 +189,8 @@ bool ProjectSession::saveProject()
     }
     deleteListedFiles(m_deletionList, folder);
     m_deletionList.clear();
+    deleteListedFiles(m_droppedAtSave, folder);
+    m_droppedAtSave.clear();
     deleteFolderReporting(tempFolder(), folder);
     recreateTempFolder(folder);
     return true;
@@ -247,6 +249,9 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     m_projectFile = target;
     rebase(m_deletionList, oldFolder, newFolder);
     rebase(m_temporaryFiles, oldFolder, newFolder);
+    rebase(m_droppedAtSave, oldFolder, newFolder);
+    deleteListedFiles(m_droppedAtSave, newFolder);
+    m_droppedAtSave.clear();
     enterFolder(newFolder); // a current folder cannot be deleted everywhere
     deleteFolderReporting(oldTemp, oldFolder);
     // The old folder of a never-saved project goes, unless the new project,
@@ -376,6 +381,7 @@ void ProjectSession::discard()
     m_newProject = false;
     m_deletionList.clear();
     m_temporaryFiles.clear();
+    m_droppedAtSave.clear();
     enterFolder(m_programFolder);
 }
 

@@ -70,6 +70,11 @@ public:
     // item). Only files inside the project folder are ever deleted; a relative
     // entry is relative to the project folder.
     std::vector<std::filesystem::path>& deletionList() { return m_deletionList; }
+    // Files of the saved project that the open one no longer needs (the
+    // results of a cleared row beside the project file): deleted by the next
+    // Save or Save As, which writes a project file that no longer names
+    // them, and kept by a Close without saving, whose project file still does.
+    void dropAtSave(const std::filesystem::path& file) { m_droppedAtSave.push_back(file); }
     // The engine's temporary files, deleted on Close (inside the project folder only).
     void addTemporaryFile(const std::filesystem::path& file) { m_temporaryFiles.push_back(file); }
     const std::vector<std::filesystem::path>& temporaryFiles() const { return m_temporaryFiles; }
@@ -109,6 +114,7 @@ private:
     bool m_newProject = false;
     std::vector<std::filesystem::path> m_deletionList;
     std::vector<std::filesystem::path> m_temporaryFiles;
+    std::vector<std::filesystem::path> m_droppedAtSave;
     int m_tempTries = kTempFolderTries;
     std::chrono::milliseconds m_tempWait = kTempFolderWait;
 };

@@ -204,10 +204,22 @@ TEST_F(EngineTest, EncodeInfoReadsTheRowsEncodedFileAndClearTakesTheResultsAway)
     EXPECT_EQ(list.clearSelectedResults(*session), 0u); // nothing left to clear
     EXPECT_FALSE(session->document().isModified());
 
-    // A cleared row is encoded afresh; an interim file that went missing is named.
+    // A cleared row is encoded afresh and saved. Cleared again, its saved
+    // copy stays while the saved project names it and goes with the next Save.
     ASSERT_TRUE(encodeRows({0}).allDone());
     EXPECT_NE(first.encodeSize, "");
-    fs::remove(tempFolder() / first.encodeName);
-    EXPECT_FALSE(inspectRowEncodedFile(*session, first, port));
-    EXPECT_EQ(port.texts().back(), first.encodeName + std::string(msg::kInterimMissing));
+    ASSERT_TRUE(session->saveProject());
+    const fs::path saved = project() / first.encodeName;
+    ASSERT_TRUE(fs::exists(saved));
+    ASSERT_TRUE(list.selectRows({0}));
+    list.clearSelectedResults(*session);
+    EXPECT_TRUE(fs::exists(saved));
+    ASSERT_TRUE(session->saveProject());
+    EXPECT_FALSE(fs::exists(saved));
+    EXPECT_TRUE(fs::exists(project() / kept.encodeName));
+
+    // An interim file that went missing is named.
+    fs::remove(project() / kept.encodeName);
+    EXPECT_FALSE(inspectRowEncodedFile(*session, b->records()[0], port));
+    EXPECT_EQ(port.texts().back(), kept.encodeName + std::string(msg::kInterimMissing));
 }
