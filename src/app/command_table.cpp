@@ -177,7 +177,6 @@ bool commandEnabled(int id, const FrameState& s)
     case kDecode:
     case kDecodeKey:
     case kExportSelected:
-        return projectIdle && s.listHasSelection;
     case kClear:
         return projectIdle && s.listHasSelection;
     case kDuplicate:
