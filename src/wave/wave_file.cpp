@@ -258,21 +258,23 @@ bool WaveFile::load(const std::filesystem::path& path)
     sf_command(file.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
 
     const int channels = info.channels;
-    const sf_count_t chunkFrames = std::max<sf_count_t>(1, 65536 / channels);
-    std::vector<short> chunk(static_cast<size_t>(chunkFrames) * static_cast<size_t>(channels));
-    std::vector<std::int16_t> samples;
-    samples.reserve(static_cast<size_t>(info.frames));
-    for (;;) {
-        const sf_count_t got = sf_readf_short(file.get(), chunk.data(), chunkFrames);
-        if (got <= 0)
-            break;
-        if (static_cast<sf_count_t>(samples.size()) + got > info.frames)
-            return fail(path, msg::kWaveNotReadable);
-        for (sf_count_t f = 0; f < got; ++f)
-            samples.push_back(channels == 1 ? chunk[static_cast<size_t>(f)]
-                                            : mixFrame(&chunk[static_cast<size_t>(f * channels)], channels));
+    std::vector<std::int16_t> samples(static_cast<size_t>(info.frames));
+    sf_count_t read = 0;
+    if (channels == 1) {
+        // Mono, the usual case, goes straight into place.
+        read = sf_readf_short(file.get(), samples.data(), info.frames);
+    } else {
+        const sf_count_t chunkFrames = std::max<sf_count_t>(1, 65536 / channels);
+        std::vector<short> chunk(static_cast<size_t>(chunkFrames) * static_cast<size_t>(channels));
+        for (sf_count_t got = 0; read < info.frames; read += got) {
+            got = sf_readf_short(file.get(), chunk.data(), std::min(chunkFrames, info.frames - read));
+            if (got <= 0)
+                break;
+            for (sf_count_t f = 0; f < got; ++f)
+                samples[static_cast<size_t>(read + f)] = mixFrame(&chunk[static_cast<size_t>(f * channels)], channels);
+        }
     }
-    if (sf_error(file.get()) != SF_ERR_NO_ERROR || static_cast<sf_count_t>(samples.size()) != info.frames)
+    if (sf_error(file.get()) != SF_ERR_NO_ERROR || read != info.frames)
         return fail(path, msg::kWaveDamaged);
 
     const int subtype = info.format & SF_FORMAT_SUBMASK;
