@@ -218,13 +218,10 @@ void CodecEngine::dropDecodedWave(const std::string& name)
     if (!isPlainFileName(name))
         return;
     // The working copy goes now; the copy a Save or Close put beside the
-    // project file goes with the next Save or Close, like every file the
-    // project lets go of.
+    // project file goes with the next Save, since the saved project file
+    // names it until then.
     removeQuietly(m_env.session.tempFolder() / pathFromUtf8(name));
-    const fs::path beside = m_env.session.projectFolder() / pathFromUtf8(name);
-    std::error_code ec;
-    if (fs::exists(fs::symlink_status(beside, ec)))
-        m_env.session.deletionList().push_back(beside);
+    m_env.session.dropAtSave(m_env.session.projectFolder() / pathFromUtf8(name));
 }
 
 bool CodecEngine::loadCodec(const BodyAlgoInfo& algorithm, const EditInfoRecord& record)

@@ -71,9 +71,10 @@ public:
     // entry is relative to the project folder.
     std::vector<std::filesystem::path>& deletionList() { return m_deletionList; }
     // Files of the saved project that the open one no longer needs (the
-    // results of a cleared row beside the project file): deleted by the next
-    // Save or Save As, which writes a project file that no longer names
-    // them, and kept by a Close without saving, whose project file still does.
+    // results of a cleared row, the decoded wave of a re-encoded one):
+    // deleted by the next Save or Save As, which writes a project file that
+    // no longer names them, and kept by a Close without saving, whose project
+    // file still does.
     void dropAtSave(const std::filesystem::path& file) { m_droppedAtSave.push_back(file); }
     // The engine's temporary files, deleted on Close (inside the project folder only).
     void addTemporaryFile(const std::filesystem::path& file) { m_temporaryFiles.push_back(file); }

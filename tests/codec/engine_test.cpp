@@ -233,6 +233,9 @@ TEST_F(EngineTest, AnInterimFileLostFromTempIsBroughtBackFromBesideTheProjectFil
     ASSERT_TRUE(fs::exists(project() / firstDecoded));
     EXPECT_TRUE(decodeRows({0}).allDone());
     EXPECT_NE(source->records()[0].decodeName, firstDecoded);
+    // Not before: a Close without saving applies the deletion list and keeps
+    // the saved project file, which still names it.
+    EXPECT_TRUE(session->deletionList().empty());
     ASSERT_TRUE(session->saveProject());
     EXPECT_FALSE(fs::exists(project() / firstDecoded));
     EXPECT_TRUE(fs::exists(project() / source->records()[0].decodeName));
