@@ -44,6 +44,27 @@ private:
     std::map<const ProjectItem*, LastEncodeSetting> m_settings;
 };
 
+struct Choice {
+    std::string body;
+    std::string algorithm;
+    std::string bitRate;
+};
+
+// Encodes record `index` of `source` as a batch of one row.
+RowOutcome encodeOne(const EngineEnvironment& env, ProjectItem* source, std::size_t index, bool autoDecode,
+                     bool& stopped)
+{
+    MainList list = MainList::fromDocument(env.session.document());
+    const std::optional<std::size_t> row = list.rowOf(source, index);
+    if (!row)
+        return RowOutcome::Failed;
+    list.selectRows({*row});
+    CodecEngine engine(env);
+    const BatchResult batch = engine.encodeSelected(list, autoDecode);
+    stopped = batch.stopped;
+    return batch.rows[*row];
+}
+
 } // namespace
 
 AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list,
@@ -68,31 +89,6 @@ std::string replaceQuestion(const ProjectItem& source, std::string_view algorith
     return "\"" + source.id() + "\" " + std::string(algorithm) + std::string(msg::kReplaceExistedMiddle) +
            std::string(msg::kReplaceQuestion);
 }
-
-namespace {
-
-struct Choice {
-    std::string body;
-    std::string algorithm;
-    std::string bitRate;
-};
-
-// Encodes record `index` of `source` as a batch of one row.
-RowOutcome encodeOne(const EngineEnvironment& env, ProjectItem* source, std::size_t index, bool autoDecode,
-                     bool& stopped)
-{
-    MainList list = MainList::fromDocument(env.session.document());
-    const std::optional<std::size_t> row = list.rowOf(source, index);
-    if (!row)
-        return RowOutcome::Failed;
-    list.selectRows({*row});
-    CodecEngine engine(env);
-    const BatchResult batch = engine.encodeSelected(list, autoDecode);
-    stopped = batch.stopped;
-    return batch.rows[*row];
-}
-
-} // namespace
 
 AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<ProjectItem*>& selected,
                               EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode)
