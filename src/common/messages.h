@@ -37,7 +37,9 @@ inline constexpr std::string_view kSaveBeforeClose = "The project has been modif
 inline constexpr std::string_view kLogOpenProjectFileError = "Open project file error!";
 inline constexpr std::string_view kLogSaveProjectFileError = "Save project file error";
 inline constexpr std::string_view kLogSaveSetFileError = "Error in save set file!";
-// Failures of the project lifecycle that the original program did not report.
+// Failures of the project lifecycle: a copy, folder or deletion that fails is
+// reported, so the user never believes a project was saved or closed whole
+// when it was not.
 inline constexpr std::string_view kCannotSaveWait = "Cannot save the project, please wait !";
 inline constexpr std::string_view kSaveProjectFailed = "Save project failed !";
 inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy ";        // source, then kCopyTo, then target
@@ -95,7 +97,8 @@ inline constexpr std::string_view kNotACorrectEncodedFile = " is not a correct e
 inline constexpr std::string_view kReplaceItSuffix = " already existed , replace it ?";
 inline constexpr std::string_view kTheExportFilePrefix = "The export file ";
 inline constexpr std::string_view kExportError = "There is a error when exportting!";
-// Failures of export that the original program did not report.
+// Failures of export: an export name that would overwrite the project's own
+// files, the index or another row's events is refused rather than written.
 inline constexpr std::string_view kExportNameInvalidSuffix = " is not a valid export file name !"; // after the quoted name
 inline constexpr std::string_view kExportCanNotWritePrefix = "Can not write the export file "; // path, then the suffix
 inline constexpr std::string_view kExportCanNotWriteSuffix = " !";
@@ -140,7 +143,9 @@ inline constexpr std::string_view kCodecDamaged = " is damaged: its encoded data
 inline constexpr std::string_view kVolumeAboveMaximum = "The input volume value is larger than the maximum value of this body!";
 inline constexpr std::string_view kVolumeBelowMinimum = "The input volume value is smaller than the minimum value of this body!";
 
-// DLL setting (the original program did not report these)
+// DLL setting: removing an algorithm asks first, and a registry or library
+// that could not be changed is named, so Algos and the registry never drift apart
+// unnoticed.
 inline constexpr std::string_view kRemoveAlgorithmPrefix = "Are you sure to remove the algorithm "; // name, then the suffix
 inline constexpr std::string_view kRemoveAlgorithmSuffix = " from the project?";
 inline constexpr std::string_view kCanNotDeleteFileSuffix = " !"; // after kCanNotDeletePrefix and a file
