@@ -4,9 +4,11 @@
 #include "app/main_window.h"
 #include "app/qt_user_port.h"
 #include "bodies/body_settings.h"
+#include "bodies/body_settings_files.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/platform.h"
+#include "common/version.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -37,6 +39,21 @@ int runWorkbench(int argc, char** argv)
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Corvane"));
     QApplication::setApplicationName(QStringLiteral("Kestrelon"));
+    QApplication::setApplicationVersion(QString::fromUtf8(kProgramVersion.data(), qsizetype(kProgramVersion.size())));
+
+    // --help and --version answer even while a workbench runs.
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("The Kestrelon workbench: encode speech for speech-playback chips, listen, compare and export."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption settingsDir(QStringLiteral("settings-dir"),
+                                         QStringLiteral("Keep the settings in DIR instead of the user's profile."),
+                                         QStringLiteral("DIR"));
+    parser.addOption(settingsDir);
+    parser.addPositionalArgument(QStringLiteral("project"), QStringLiteral("A project file (.ptp) to open."),
+                                 QStringLiteral("[project]"));
+    parser.process(application);
 
     QtUserPort startPort;
     QLockFile lock(lockFilePath());
@@ -46,26 +63,21 @@ int runWorkbench(int argc, char** argv)
         return 1;
     }
 
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    const QCommandLineOption settingsDir(QStringLiteral("settings-dir"),
-                                         QStringLiteral("Keep the settings in DIR instead of the user's profile."),
-                                         QStringLiteral("DIR"));
-    parser.addOption(settingsDir);
-    parser.addPositionalArgument(QStringLiteral("project"), QStringLiteral("A project file (.ptp) to open."),
-                                 QStringLiteral("[project]"));
-    parser.process(application);
-
     const std::filesystem::path programFolder = executableFolder();
 
     // Without its bodies the program cannot work: it ends. The reader has
     // already said "Invalid data!" when a number in the file was malformed.
     BodySettings bodies;
-    const std::filesystem::path bodiesFile = programFolder / std::string(kBodySettingsFileName);
-    if (!bodies.load(bodiesFile, programFolder, startPort)) return 1;
+    // A --settings-dir keeps the user's copy of the body settings with the
+    // other settings, so a run with it never touches the real profile.
+    const std::filesystem::path configFolder =
+        parser.isSet(settingsDir) ? stdPath(parser.value(settingsDir)) : userConfigFolder();
+    const BodySettingsFiles bodiesFiles = BodySettingsFiles::forProgram(programFolder, configFolder);
+    if (!bodies.load(bodiesFiles.inUse(), programFolder, startPort)) return 1;
 
     FrameOptions options;
     options.programFolder = programFolder;
+    options.bodySettingsFile = bodiesFiles.inUse();
     if (parser.isSet(settingsDir)) options.configFolder = stdPath(parser.value(settingsDir));
     int exitCode = 0;
     {
@@ -82,7 +94,10 @@ int runWorkbench(int argc, char** argv)
         exitCode = QApplication::exec();
     } // the frame writes the settings as it goes
 
-    bodies.saveCurrentVolumes(bodiesFile);
+    // An installed program folder is read-only: the volumes then go to the
+    // user's copy, and a failure to keep them is said rather than swallowed.
+    if (const VolumesSaved saved = saveCurrentVolumes(bodies, bodiesFiles); !saved.ok)
+        startPort.showMessage(std::string(msg::kVolumesNotKeptPrefix) + saved.error + " !");
     return exitCode;
 }
 

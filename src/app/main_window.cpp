@@ -570,6 +570,7 @@ void MainWindow::onBodyInformation()
 {
     if (!m_bodies) return;
     BodyInformationDialog dialog(m_bodies->bodies(), *m_port, this);
+    dialog.setSettingsFile(m_options.bodySettingsFile.empty() ? QString() : qtPath(m_options.bodySettingsFile));
     dialog.exec();
 }
 

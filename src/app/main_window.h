@@ -46,6 +46,8 @@ struct FrameOptions {
     // Tests give their own port and choosers; null means the frame's Qt ones.
     UserPort* port = nullptr;
     FileChooser* chooser = nullptr;
+    // The body settings file in use: the program folder's, or the user's copy.
+    std::filesystem::path bodySettingsFile;
 };
 
 class MainWindow : public QMainWindow {

@@ -3,6 +3,7 @@
 // reports usage mistakes by throwing UsageError (exit 2); otherwise its result
 // says whether the operation succeeded (exit 0) or failed as the program
 // defines failure (exit 1).
+#include "bodies/body_settings_files.h"
 #include "common/recording_port.h"
 
 #include <nlohmann/json.hpp>
@@ -46,9 +47,12 @@ struct Context {
     Answer blanket;                      // --yes / --no / --cancel
     bool json = false;                   // --json
     std::filesystem::path programFolder; // folder of the executable
-    // --settings FILE: the body settings file; by default
-    // <program folder>/KestrelonBodySetting.dat.
+    // --settings FILE: the body settings file; by default the user's copy
+    // when there is one, else <program folder>/KestrelonBodySetting.dat.
     std::filesystem::path bodySettingsFile;
+    // Where volumes are written back: the file above, falling back to the
+    // user's copy when the program folder's file cannot be written.
+    BodySettingsFiles bodySettingsFiles;
 };
 
 struct Result {

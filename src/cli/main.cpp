@@ -3,9 +3,11 @@
 // to standard error as they are shown. Exit 0: done; 1: failed; 2: usage.
 #include "bodies/body_settings.h"
 #include "cli/cli_command.h"
+#include "cli/command_help.h"
 #include "cli/console_port.h"
 #include "common/paths.h"
 #include "common/platform.h"
+#include "common/version.h"
 
 #include <iostream>
 
@@ -13,13 +15,6 @@ using namespace kestrelon;
 using namespace kestrelon::cli;
 
 namespace {
-
-void printUsage(std::ostream& out)
-{
-    out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] [--settings FILE] COMMAND ...\n\ncommands:\n";
-    for (const CommandSpec& command : commandTable())
-        out << "  " << command.usage << '\n';
-}
 
 const CommandSpec* findCommand(const std::vector<std::string>& words, size_t& used)
 {
@@ -54,8 +49,9 @@ int main(int argc, char** argv)
 {
     Arguments global(std::vector<std::string>(argv + 1, argv + argc));
     try {
-        if (global.takeFlag("--help") || global.takeFlag("-h")) {
-            printUsage(std::cout);
+        const bool help = global.takeFlag("--help") || global.takeFlag("-h");
+        if (global.takeFlag("--version")) {
+            std::cout << "kestrelon-cli " << kProgramVersion << '\n';
             return 0;
         }
         const bool json = global.takeFlag("--json");
@@ -71,6 +67,10 @@ int main(int argc, char** argv)
         const std::vector<std::string> words = global.remaining();
         size_t used = 0;
         const CommandSpec* command = findCommand(words, used);
+        if (help) {
+            command ? printCommandHelp(std::cout, *command) : printUsage(std::cout);
+            return 0;
+        }
         if (!command)
             throw UsageError(words.empty() ? "no command given" : "unknown command: " + words.front());
 
@@ -78,9 +78,11 @@ int main(int argc, char** argv)
         ConsolePort port([blanket](std::string_view, Buttons buttons, std::string_view) { return answerFor(blanket, buttons); },
                          std::cerr);
         const std::filesystem::path programFolder = executableFolder();
-        const std::filesystem::path bodySettingsFile =
-            settings ? std::filesystem::absolute(pathFromUtf8(*settings)) : programFolder / pathFromUtf8(kBodySettingsFileName);
-        Context context{args, port, blanket, json, programFolder, bodySettingsFile};
+        // A file named by --settings is used as it is, without a user's copy.
+        const BodySettingsFiles bodyFiles =
+            settings ? BodySettingsFiles{std::filesystem::absolute(pathFromUtf8(*settings)), {}}
+                     : BodySettingsFiles::forProgram(programFolder, userConfigFolder());
+        Context context{args, port, blanket, json, programFolder, bodyFiles.inUse(), bodyFiles};
         Result result = command->run(context);
 
         if (json || command->printsJsonAlways) {

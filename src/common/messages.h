@@ -143,6 +143,10 @@ inline constexpr std::string_view kCodecDamaged = " is damaged: its encoded data
 inline constexpr std::string_view kVolumeAboveMaximum = "The input volume value is larger than the maximum value of this body!";
 inline constexpr std::string_view kVolumeBelowMinimum = "The input volume value is smaller than the minimum value of this body!";
 
+// The volumes written back at exit, when neither the program folder's file nor
+// the user's copy could take them.
+inline constexpr std::string_view kVolumesNotKeptPrefix = "The body volumes could not be kept: "; // reason, then " !"
+
 // DLL setting: removing an algorithm asks first, and a registry or library
 // that could not be changed is named, so Algos and the registry never drift apart
 // unnoticed.

@@ -7,7 +7,19 @@
 #include <vector>
 #endif
 
+#include <cstdlib>
+
 namespace kestrelon {
+
+namespace {
+
+std::filesystem::path environmentPath(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value && *value ? std::filesystem::path(value) : std::filesystem::path();
+}
+
+} // namespace
 
 std::filesystem::path executableFolder()
 {
@@ -25,6 +37,21 @@ std::filesystem::path executableFolder()
     std::error_code ec;
     const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
     return ec ? std::filesystem::current_path() : exe.parent_path();
+#endif
+}
+
+std::filesystem::path userConfigFolder()
+{
+#if defined(_WIN32)
+    return environmentPath("APPDATA");
+#elif defined(__APPLE__)
+    const auto home = environmentPath("HOME");
+    return home.empty() ? home : home / "Library" / "Preferences";
+#else
+    if (auto config = environmentPath("XDG_CONFIG_HOME"); config.is_absolute())
+        return config;
+    const auto home = environmentPath("HOME");
+    return home.empty() ? home : home / ".config";
 #endif
 }
 

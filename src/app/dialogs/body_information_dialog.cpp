@@ -41,6 +41,7 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     , m_bodies(bodies)
     , m_port(port)
     , m_tree(new QTreeWidget(this))
+    , m_file(new QLabel(this))
     , m_volumeGroup(new QGroupBox(this))
     , m_volumeLabel(new QLabel(tr("Volume:"), m_volumeGroup))
     , m_volumeEdit(new QLineEdit(m_volumeGroup))
@@ -76,9 +77,16 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     right->addWidget(m_version, 0, Qt::AlignLeft);
     right->addStretch();
     right->addWidget(buttons);
-    auto* layout = new QHBoxLayout(this);
+    auto* layout = new QHBoxLayout;
     layout->addWidget(m_tree, 1);
     layout->addLayout(right);
+    m_file->setWordWrap(true);
+    m_file->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_file->hide();
+    auto* outer = new QVBoxLayout;
+    outer->addLayout(layout, 1);
+    outer->addWidget(m_file);
+    setLayout(outer);
 
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -93,6 +101,12 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     for (QWidget* control : {static_cast<QWidget*>(m_volumeLabel), static_cast<QWidget*>(m_volumeEdit),
                              static_cast<QWidget*>(m_apply), static_cast<QWidget*>(m_slider)})
         control->setEnabled(false);
+}
+
+void BodyInformationDialog::setSettingsFile(const QString& path)
+{
+    m_file->setText(tr("Body settings file: %1").arg(path));
+    m_file->setVisible(!path.isEmpty());
 }
 
 void BodyInformationDialog::fillTree()

@@ -51,6 +51,11 @@ public:
     QLabel* statusLine() const { return m_status; }
     QPushButton* versionButton() const { return m_version; }
 
+    // Names the body settings file the volumes are kept in: an installed
+    // program keeps them in the user's copy, and the user should know which.
+    void setSettingsFile(const QString& path);
+    QLabel* settingsFileLine() const { return m_file; }
+
     // What "Apply" does.
     void applyTypedVolume();
 
@@ -76,6 +81,7 @@ private:
     bool m_settingUp = false; // the slider moves because a body was selected, not by hand
 
     QTreeWidget* m_tree;
+    QLabel* m_file;
     QGroupBox* m_volumeGroup;
     QLabel* m_volumeLabel;
     QLineEdit* m_volumeEdit;

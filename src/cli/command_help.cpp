@@ -1,0 +1,103 @@
+#include "cli/command_help.h"
+
+#include <string>
+#include <utility>
+
+namespace kestrelon::cli {
+
+namespace {
+
+// Keyed by the command's words; a command added without a text here fails its test.
+constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
+    {"project dump", "Prints the project file's tree as JSON. --drop-missing leaves out sources whose WAV file "
+                     "is not in the project folder, as opening the project does."},
+    {"project rewrite", "Reads a project file and writes it again as the program would save it."},
+    {"project new", "Creates the project NAME in the folder LOCATION: LOCATION/NAME with its Files, Algos and "
+                    "Temp folders and NAME.ptp."},
+    {"project save-as", "Saves the project under a new project file, with everything it names."},
+    {"project add-folder", "Adds a folder named NAME to the Files tree, under the folder --parent ID (the top "
+                           "level by default)."},
+    {"project add-files", "Copies WAV files into the project and adds them to the Files tree, under the folder "
+                          "--folder ID (the top level by default). Questions are answered by --yes/--no."},
+    {"project delete-files", "Removes the sources with these IDs from the tree, with their rows."},
+    {"project delete-folder", "Removes the folders with these IDs from the tree, with everything in them."},
+    {"project delete-all", "Removes every source and folder from the Files tree."},
+    {"project rename-folder", "Renames the folder ID to NEWNAME."},
+    {"project add-algo", "Copies a codec plug-in (with its .bdy file) into the project's Algos folder and "
+                         "registers it."},
+    {"project add-encode", "Adds an encode setting (row) of body B, algorithm A and bit rate R to each source "
+                           "given by ID (every source when none is given) and encodes it at once; --decode "
+                           "decodes each row after it is encoded."},
+    {"project encode", "Encodes the rows given by --rows (counted from 0 in list order; every row by default); "
+                       "--decode decodes each row after it is encoded."},
+    {"project decode", "Decodes the encoded rows given by --rows (every row by default)."},
+    {"project list", "Prints the main list's rows with their settings, file names, sizes and rates."},
+    {"project export", "Writes the encoded data of the rows given by --rows (every row by default) into DIR, "
+                       "with an index file; --header keeps each file's 48-byte header."},
+    {"bodies", "Prints the body settings as JSON: the file FILE, or without it the file the program uses (the "
+               "user's copy when there is one, else the one beside the program), named in \"file\"."},
+    {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "
+                          "back as the workbench does at exit: into the file in use, or into the user's copy "
+                          "when the program folder cannot be written."},
+    {"registry dump", "Prints the project's algorithm registry as JSON."},
+    {"registry prune", "Removes registry entries whose plug-in is no longer in the project's Algos folder."},
+    {"events dump", "Prints a speech event file as JSON."},
+    {"playlist dump", "Prints a play-list file as JSON."},
+    {"header", "Prints the 48-byte header of an encoded file (an exported file or an unpacked interim file) "
+               "as JSON."},
+    {"settings dump", "Prints the persisted user settings as JSON; --settings-dir reads them from DIR instead "
+                      "of the user's profile."},
+    {"algo info", "Loads a codec plug-in and prints what it says of itself."},
+    {"algo list", "Prints the codec plug-ins in a project's Algos folder with what each says of itself."},
+};
+
+constexpr std::string_view kGlobalOptions =
+    "global options:\n"
+    "  --json             print the answer as one JSON object\n"
+    "  --yes, --no, --cancel\n"
+    "                     the answer to every question a command asks (--no by default)\n"
+    "  --settings FILE    the body settings file to use instead of the program's\n"
+    "  --help             this text; COMMAND --help describes one command\n"
+    "  --version          the program's version\n"
+    "\n"
+    "exit status: 0 done, 1 failed (the messages say why), 2 usage mistake\n";
+
+std::string commandKey(const CommandSpec& command)
+{
+    std::string key;
+    for (std::string_view word : command.words) {
+        if (!key.empty())
+            key += ' ';
+        key += word;
+    }
+    return key;
+}
+
+} // namespace
+
+std::string_view commandDescription(const CommandSpec& command)
+{
+    const std::string key = commandKey(command);
+    for (const auto& [name, text] : kDescriptions)
+        if (name == key)
+            return text;
+    return {};
+}
+
+void printUsage(std::ostream& out)
+{
+    out << "usage: kestrelon-cli [--json] [--yes|--no|--cancel] [--settings FILE] COMMAND ...\n\n"
+           "Kestrelon's operations without a window, for scripts and firmware builds.\n\n"
+        << kGlobalOptions << "\ncommands:\n";
+    for (const CommandSpec& command : commandTable())
+        out << "  " << command.usage << "\n      " << commandDescription(command) << '\n';
+}
+
+void printCommandHelp(std::ostream& out, const CommandSpec& command)
+{
+    out << "usage: kestrelon-cli [global options] " << command.usage << "\n\n"
+        << commandDescription(command) << "\n\n"
+        << kGlobalOptions;
+}
+
+} // namespace kestrelon::cli
