@@ -10,6 +10,7 @@ packages=(
   nlohmann-json3-dev libsndfile1-dev libzstd-dev
   libcodec2-dev codec2-examples libspeex-dev libspeexdsp-dev libsdl2-dev
   xvfb xauth sox imagemagick
+  dpkg-dev desktop-file-utils appstream help2man
 )
 
 missing=()
