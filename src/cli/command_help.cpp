@@ -33,7 +33,10 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
     {"project decode", "Decodes the encoded rows given by --rows (every row by default)."},
     {"project list", "Prints the main list's rows with their settings, file names, sizes and rates."},
     {"project export", "Writes the encoded data of the rows given by --rows (every row by default) into DIR, "
-                       "with an index file; --header keeps each file's 48-byte header."},
+                       "with an index file; --header keeps each file's 48-byte header. --format c adds BASE.h and "
+                       "BASE.c with the data as C arrays, an enum and a table; --format image adds BASE.bin, "
+                       "a ROM image with a table of contents, its items aligned to --align bytes (4), numbers "
+                       "in --byte-order (little), gaps filled with --pad (0xff). BASE is --name (speech_data)."},
     {"bodies", "Prints the body settings as JSON: the file FILE, or without it the file the program uses (the "
                "user's copy when there is one, else the one beside the program), named in \"file\"."},
     {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "

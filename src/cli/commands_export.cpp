@@ -5,6 +5,7 @@
 #include "common/paths.h"
 #include "project/project_session.h"
 #include "settings/export.h"
+#include "settings/firmware_export.h"
 
 #include <algorithm>
 #include <iostream>
@@ -32,6 +33,44 @@ std::vector<size_t> parseRowNumbers(const std::string& text)
     }
 }
 
+// --format and the options of the firmware formats.
+FirmwareOptions firmwareOptionsFrom(Arguments& args)
+{
+    FirmwareOptions options;
+    if (const auto format = args.takeOption("--format")) {
+        const auto named = firmwareFormatNamed(*format);
+        if (!named)
+            throw UsageError("--format takes raw, c or image: " + *format);
+        options.format = *named;
+    }
+    if (const auto name = args.takeOption("--name"))
+        options.baseName = *name;
+    if (const auto align = args.takeOption("--align")) {
+        if (align->empty() || align->size() > 6 || align->find_first_not_of("0123456789") != std::string::npos)
+            throw UsageError("--align takes a power of two from 1 to 65536: " + *align);
+        options.alignment = static_cast<std::uint32_t>(std::stoul(*align));
+    }
+    if (const auto order = args.takeOption("--byte-order")) {
+        if (*order != "little" && *order != "big")
+            throw UsageError("--byte-order takes little or big: " + *order);
+        options.bigEndian = *order == "big";
+    }
+    if (const auto pad = args.takeOption("--pad")) {
+        std::size_t used = 0;
+        unsigned long value = 256;
+        try {
+            value = std::stoul(*pad, &used, 0);
+        } catch (const std::exception&) {
+        }
+        if (used != pad->size() || value > 255)
+            throw UsageError("--pad takes a byte, e.g. 0xff or 0: " + *pad);
+        options.padByte = static_cast<std::uint8_t>(value);
+    }
+    if (const std::string error = firmwareOptionsError(options); !error.empty())
+        throw UsageError(error);
+    return options;
+}
+
 Json pathsJson(const std::vector<std::filesystem::path>& paths)
 {
     Json list = Json::array();
@@ -49,6 +88,7 @@ Result projectExport(Context& ctx)
     const bool header = ctx.args.takeFlag("--header");
     const std::optional<std::string> folder = ctx.args.takeOption("--out");
     const std::optional<std::string> rowsText = ctx.args.takeOption("--rows");
+    const FirmwareOptions firmware = firmwareOptionsFrom(ctx.args);
     const auto words = ctx.args.expect(1);
     if (!folder || folder->empty())
         throw UsageError("--out DIR is required");
@@ -57,6 +97,7 @@ Result projectExport(Context& ctx)
         rowsText ? std::optional(parseRowNumbers(*rowsText)) : std::nullopt;
 
     ExportOutcome outcome;
+    FirmwareOutcome firmwareOutcome;
     std::string error;
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
         MainList list = MainList::fromDocument(session.document());
@@ -67,12 +108,23 @@ Result projectExport(Context& ctx)
         }
         outcome = exportRows(session, list.rows(), list.selection, {outFolder, header},
                              chosen ? ExportKind::Selected : ExportKind::All, ctx.port);
-        return outcome.ok;
+        if (outcome.indexFile.empty())
+            return false;
+        firmwareOutcome = writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, header, firmware, ctx.port);
+        if (!firmwareOutcome.ok)
+            error = firmwareOutcome.error;
+        return outcome.ok && firmwareOutcome.ok;
     });
 
     result.fields["exported"] = pathsJson(outcome.exported);
     result.fields["events"] = pathsJson(outcome.eventFiles);
     result.fields["index"] = outcome.indexFile.empty() ? Json(nullptr) : Json(utf8FromPath(outcome.indexFile));
+    static constexpr const char* kFormatNames[] = {"raw", "c", "image"};
+    result.fields["format"] = kFormatNames[static_cast<int>(firmware.format)];
+    result.fields["firmware"] = pathsJson(firmwareOutcome.written);
+    result.fields["summary"] = {{"items", outcome.files.size()},
+                                {"dataBytes", firmwareOutcome.dataBytes},
+                                {"totalBytes", firmwareOutcome.totalBytes}};
     if (!error.empty()) {
         result.ok = false;
         result.fields["error"] = error;
@@ -88,7 +140,8 @@ Result projectExport(Context& ctx)
 
 void addExportCommands(std::vector<CommandSpec>& table)
 {
-    table.push_back({{"project", "export"}, "project export PROJECT.ptp --out DIR [--header] [--rows N,...]",
+    table.push_back({{"project", "export"}, "project export PROJECT.ptp --out DIR [--header] [--rows N,...] [--format raw|c|image] [--name BASE] "
+                     "[--align N] [--byte-order little|big] [--pad BYTE]",
                      &projectExport, false});
 }
 

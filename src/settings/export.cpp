@@ -174,7 +174,7 @@ public:
 private:
     bool isWorkingFile(const std::string& exportName) const;
     bool askReplace(const fs::path& target, const std::string& name);
-    bool writeEncodedData(const ScratchFile& scratch, const std::string& interimName, const fs::path& target);
+    bool writeEncodedData(const ScratchFile& scratch, const std::string& interimName, ExportedFile& file);
     bool copyEvents(const ListRow& row, const std::string& exportName, const fs::path& target);
 
     const ProjectSession& m_session;
@@ -215,7 +215,7 @@ bool Exporter::askReplace(const fs::path& target, const std::string& name)
     return m_port.ask(question, Buttons::YesNo) == Answer::Yes;
 }
 
-bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& interimName, const fs::path& target)
+bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& interimName, ExportedFile& file)
 {
     const ReadResult unpacked = readFile(scratch.path(), kMaxEncodedFileBytes);
     if (unpacked.status != ReadStatus::Ok) {
@@ -223,6 +223,10 @@ bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& i
         return false;
     }
     std::string_view bytes = unpacked.bytes;
+    const auto header = parseEncodedHeader(
+        std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+    if (header)
+        file.sampleRate = header->sampleRate;
     if (!m_options.addHeader) {
         // A file shorter than its header has no encoded data to speak of,
         // whatever its first bytes say.
@@ -232,10 +236,11 @@ bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& i
         }
         bytes.remove_prefix(kEncodedHeaderSize);
     }
-    if (!writeFileAtomically(target, bytes)) {
-        showCanNotWrite(m_port, target);
+    if (!writeFileAtomically(file.path, bytes)) {
+        showCanNotWrite(m_port, file.path);
         return false;
     }
+    file.bytes = bytes;
     return true;
 }
 
@@ -312,9 +317,11 @@ RowResult Exporter::exportRow(const ListRow& row)
         showNotEncoded(m_port, interimName);
         return RowResult::Failed;
     }
-    if (!writeEncodedData(scratch, interimName, target))
+    ExportedFile file{target, exportName, record.bodyName, record.algoName, record.bitRate};
+    if (!writeEncodedData(scratch, interimName, file))
         return RowResult::Failed;
     m_outcome.exported.push_back(target);
+    m_outcome.files.push_back(std::move(file));
     return copyEvents(row, exportName, target) ? RowResult::Exported : RowResult::Failed;
 }
 

@@ -7,6 +7,7 @@
 // row, grouped by source file. docs/export.md says what is written and why.
 #include "codec/main_list.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -32,12 +33,24 @@ struct ExportOptions {
     bool addHeader = false; // "Add Encode File Header"
 };
 
+// One encoded file the export wrote, with what a firmware build wants to know of it.
+struct ExportedFile {
+    std::filesystem::path path;
+    std::string exportName;
+    std::string bodyName;
+    std::string algoName;
+    std::string bitRate;
+    std::uint32_t sampleRate = 0; // from the encoded header
+    std::string bytes;            // what was written: with or without the header
+};
+
 struct ExportOutcome {
     // False when the folder was refused, a row could not be exported (for a
     // reason other than the user declining to replace a file) or the index
     // could not be written.
     bool ok = false;
     std::vector<std::filesystem::path> exported;   // encoded files written, in row order
+    std::vector<ExportedFile> files;               // the same, with their bytes and settings
     std::vector<std::filesystem::path> eventFiles; // ".tab" files written, in row order
     std::filesystem::path indexFile;               // empty when it was not written
 };

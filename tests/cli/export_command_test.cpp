@@ -118,3 +118,25 @@ TEST_F(ExportCommand, MistakesAreRefusedAndWriteNothing)
     EXPECT_EQ(run({"project", "export", ptp.string()}).exitCode, 2);
     EXPECT_EQ(snapshot(temp.path()), before);
 }
+
+// The firmware formats are written from what the export itself wrote, with
+// each row's bit rate and its header's sample rate, and report their sizes.
+TEST_F(ExportCommand, TheImageFormatCarriesTheExportedDataAndItsSettings)
+{
+    EXPECT_EQ(run({"project", "export", ptp.string(), "--out", out.string(), "--format", "image", "--align", "3"})
+                  .exitCode,
+              2);
+    const CliRun image = run({"--json", "project", "export", ptp.string(), "--out", out.string(), "--format", "image",
+                              "--name", "prompts", "--align", "8"});
+    ASSERT_EQ(image.exitCode, 0) << image.out << image.err;
+    const Json answer = Json::parse(image.out);
+    EXPECT_EQ(answer["firmware"], Json::array({(out / "prompts.bin").string()}));
+    EXPECT_EQ(answer["summary"], Json::parse(R"({"items": 2, "dataBytes": 18, "totalBytes": 72})"));
+    const std::string bin = readBytes(out / "prompts.bin");
+    ASSERT_EQ(bin.size(), 72u);
+    // hello data at 48 (after 16 + 2 x 16 bytes), bye data at the next multiple of 8.
+    EXPECT_EQ(bin.substr(16, 16), std::string("\x30\0\0\0\x0a\0\0\0\x40\x1f\0\0\x80\x3e\0\0", 16));
+    EXPECT_EQ(bin.substr(48, 10), "hello data");
+    EXPECT_EQ(bin.substr(58, 6), std::string(6, '\xff'));
+    EXPECT_EQ(bin.substr(64, 8), "bye data");
+}
