@@ -186,14 +186,11 @@ std::string firmwareCSource(const std::vector<ExportedFile>& files, const Firmwa
 
 std::string firmwareImage(const std::vector<ExportedFile>& files, bool headersKept, const FirmwareOptions& options)
 {
-    const std::uintmax_t tableEnd = kFirmwareImageHeaderSize + kFirmwareImageEntrySize * files.size();
-    std::vector<std::uintmax_t> offsets;
-    std::uintmax_t end = tableEnd;
-    for (const ExportedFile& file : files) {
-        offsets.push_back(alignUp(end, options.alignment));
-        end = offsets.back() + file.bytes.size();
-    }
-    std::string image(static_cast<std::size_t>(end), static_cast<char>(options.padByte));
+    std::vector<std::uintmax_t> lengths;
+    for (const ExportedFile& file : files)
+        lengths.push_back(file.bytes.size());
+    const std::vector<std::uintmax_t> offsets = firmwareImageLayout(lengths, options.alignment);
+    std::string image(static_cast<std::size_t>(offsets.back()), static_cast<char>(options.padByte));
     image.replace(0, kFirmwareImageMagic.size(), kFirmwareImageMagic);
     const bool big = options.bigEndian;
     putNumber(image, 4, 1, 2, big);
@@ -209,6 +206,18 @@ std::string firmwareImage(const std::vector<ExportedFile>& files, bool headersKe
         image.replace(static_cast<std::size_t>(offsets[i]), files[i].bytes.size(), files[i].bytes);
     }
     return image;
+}
+
+std::vector<std::uintmax_t> firmwareImageLayout(const std::vector<std::uintmax_t>& lengths, std::uint32_t alignment)
+{
+    std::vector<std::uintmax_t> offsets;
+    std::uintmax_t end = kFirmwareImageHeaderSize + kFirmwareImageEntrySize * lengths.size();
+    for (const std::uintmax_t length : lengths) {
+        offsets.push_back(alignUp(end, alignment));
+        end = offsets.back() + length;
+    }
+    offsets.push_back(end);
+    return offsets;
 }
 
 FirmwareOutcome writeFirmwareFiles(const fs::path& folder, const std::vector<ExportedFile>& files, bool headersKept,

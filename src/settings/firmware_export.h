@@ -58,6 +58,10 @@ inline constexpr std::size_t kFirmwareImageHeaderSize = 16;
 inline constexpr std::size_t kFirmwareImageEntrySize = 16;
 std::string firmwareImage(const std::vector<ExportedFile>& files, bool headersKept, const FirmwareOptions& options);
 
+// Where the image puts items of these lengths: each item's offset, then the
+// image's size as the last element.
+std::vector<std::uintmax_t> firmwareImageLayout(const std::vector<std::uintmax_t>& lengths, std::uint32_t alignment);
+
 struct FirmwareOutcome {
     bool ok = true;
     std::vector<std::filesystem::path> written;

@@ -17,6 +17,7 @@
 #include "common/messages.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -284,6 +285,20 @@ TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
     whenModal<ExportDialog>([](ExportDialog* dialog) { dialog->reject(); });
     view.exportAll();
     EXPECT_FALSE(fs::exists(out / "bye.bin"));
+
+    // A ROM image of both rows, headers kept: the dialog's choice reaches the
+    // firmware writer, which sees the bytes the export wrote.
+    whenModal<ExportDialog>([&](ExportDialog* dialog) {
+        dialog->formatBox()->setCurrentIndex(2);
+        dialog->alignmentBox()->setCurrentIndex(dialog->alignmentBox()->findData(16));
+        dialog->accept();
+    });
+    port.queue(Answer::Yes); // hello1.bin again
+    view.exportAll();
+    const std::string image = readBytes(out / "speech_data.bin");
+    ASSERT_EQ(image.substr(0, 4), "KSPD");
+    EXPECT_EQ(image.substr(48, unpacked2.size()), unpacked2); // bye.wav is shown first
+    EXPECT_EQ(image.substr(112, unpacked1.size()), unpacked1);
 }
 
 #ifdef KESTRELON_PROGRAM_DIR

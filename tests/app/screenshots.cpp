@@ -88,6 +88,7 @@ int main(int argc, char** argv)
     FrameOptions options;
     options.programFolder = argc > 3 ? std::filesystem::path(argv[3]) : executableFolder();
     options.configFolder = std::filesystem::path(argv[1]) / "config";
+    options.bodySettingsFile = options.programFolder / std::string(kBodySettingsFileName);
     options.port = &port;
     BodySettings bodies;
     bodies.load(options.programFolder / std::string(kBodySettingsFileName), options.programFolder, port);

@@ -531,16 +531,29 @@ void MainView::runExport(bool all)
 {
     if (!readyForCommand() || (!all && !hasSelection()) || !hasRows())
         return;
-    ExportDialog dialog(ExportOptions{m_lastExportFolder, m_lastExportHeader}, this);
+    const MainList shown = shownList();
+    std::vector<std::uintmax_t> sizes; // of the rows the export would write, for the dialog's summary
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const EditInfoRecord& record = shown.rows()[i].record();
+        if ((all || shown.isSelected(i)) && !record.encodeName.empty())
+            sizes.push_back(static_cast<std::uintmax_t>(std::max<std::int64_t>(0, record.encodeSizeValue())));
+    }
+    ExportDialog dialog(ExportOptions{m_lastExportFolder, m_lastExportHeader}, m_lastFirmware, std::move(sizes), this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const ExportOptions options = dialog.options();
     m_lastExportFolder = options.folder;
     m_lastExportHeader = options.addHeader;
+    m_lastFirmware = dialog.firmwareOptions();
 
-    const MainList shown = shownList();
-    exportRows(*m_session, shown.rows(), shown.selection, options, all ? ExportKind::All : ExportKind::Selected,
-               m_port);
+    const ExportOutcome outcome = exportRows(*m_session, shown.rows(), shown.selection, options,
+                                             all ? ExportKind::All : ExportKind::Selected, m_port);
+    if (outcome.indexFile.empty())
+        return;
+    const FirmwareOutcome firmware =
+        writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, options.addHeader, m_lastFirmware, m_port);
+    if (!firmware.ok)
+        m_port.showMessage(firmware.error + " !");
 }
 
 void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)

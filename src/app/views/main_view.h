@@ -12,6 +12,7 @@
 #include "codec/results.h"
 #include "plugins/algorithm_registry.h"
 #include "plugins/host_windows.h"
+#include "settings/firmware_export.h"
 
 #include <QWidget>
 
@@ -166,6 +167,7 @@ private:
 
     std::string m_lastExportFolder;
     bool m_lastExportHeader = false;
+    FirmwareOptions m_lastFirmware;
     bool m_applyingScale = false;
 };
 
