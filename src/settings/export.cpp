@@ -340,17 +340,17 @@ std::string exportIndexText(const std::vector<ListRow>& visited)
     for (size_t i = 0; i < visited.size(); ++i) {
         if (written[i])
             continue;
+        // A row never encoded has no files, yet it is listed: the index says
+        // what was visited, so its line (empty when the row has no export
+        // name yet) shows the firmware build what is missing.
         const std::string source = sourceFileNameOf(*visited[i].source);
-        std::string group;
+        text += source + ":" + eol;
         for (size_t j = i; j < visited.size(); ++j) {
             if (written[j] || sourceFileNameOf(*visited[j].source) != source)
                 continue;
             written[j] = true;
-            if (const std::string name = exportNameOf(visited[j].record()); !name.empty())
-                group += name + eol;
+            text += exportNameOf(visited[j].record()) + eol;
         }
-        if (!group.empty())
-            text += source + ":" + eol + group;
     }
     return text;
 }

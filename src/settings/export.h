@@ -71,7 +71,8 @@ std::string exportNameOf(const EditInfoRecord& record);
 
 // The text of "All_Export_FileName.txt" for the visited rows: per source file
 // name, in the order of first appearance, a heading "name:" and then the
-// export name of each of its rows. Rows without any export name give no line.
+// export name of each of its rows. A row never encoded is listed too, with an
+// empty line when it has no export name.
 std::string exportIndexText(const std::vector<ListRow>& visited);
 
 } // namespace kestrelon

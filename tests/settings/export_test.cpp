@@ -106,7 +106,8 @@ protected:
 TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
 {
     // In this list bye.wav's row lies between hello.wav's two, the second of
-    // which was never encoded; a row without any name is not listed. SAF1's
+    // which was never encoded; quiet.wav's row, never encoded and never named,
+    // is listed all the same, with an empty name. SAF1's
     // decoded wave bears the name its scratch file would have: it must survive.
     open({{"hello.wav", "SAF1.tmp", "hello1.bin", "SAF1.dfn"},
           {"hello.wav", "", "hello2.bin", ""},
@@ -124,7 +125,7 @@ TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
     EXPECT_EQ(readBytes(out / "hello1.bin"), hello1);
     EXPECT_EQ(kept.exported, (std::vector<fs::path>{out / "hello1.bin", out / "bye.bin"}));
     EXPECT_EQ(readBytes(out / str(kExportIndexFileName)),
-              lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "bye.bin"}));
+              lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "bye.bin", "quiet.wav:", ""}));
 
     // Stripped: exactly the bytes after the header. A row given no export
     // name goes out under its interim file's name.
@@ -145,7 +146,7 @@ TEST_F(ExportTest, HeaderIsKeptOrStrippedAndTheIndexGroupsRowsBySource)
     EXPECT_EQ(readBytes(bare / "hello1.bin"), "first hello");
     EXPECT_EQ(readBytes(bare / "SAF2.tmp"), encodedFile("bye"));
     EXPECT_EQ(readBytes(bare / str(kExportIndexFileName)),
-              lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "SAF2.tmp"}));
+              lines({"hello.wav:", "hello1.bin", "hello2.bin", "bye.wav:", "SAF2.tmp", "quiet.wav:", ""}));
 
     // The scratch files are gone; the decoded wave and the interim file stay.
     EXPECT_EQ(std::distance(fs::directory_iterator(session.tempFolder()), {}), 2);
