@@ -211,5 +211,14 @@ TEST(BodySettings, SavingVolumesChangesOnlyThoseValues)
         EXPECT_EQ(readBytes(dir / "settings.dat"),
                   head + lines({"[A]", "CURRENT_VOL=12", "ALGOCOUNT=1", "[B]", "  current_vol =  2 ", "ALGOCOUNT=1",
                                 "", "[C]", "ALGOCOUNT=1", "CURRENT_VOL=0", "; end"}));
+
+        // Saved again with nothing changed, the file is not even rewritten:
+        // an installed, read-only file must survive every exit.
+        const std::string saved = readBytes(dir / "settings.dat");
+        const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
+        std::filesystem::last_write_time(dir / "settings.dat", longAgo);
+        ASSERT_TRUE(settings.saveCurrentVolumes(dir / "settings.dat"));
+        EXPECT_EQ(readBytes(dir / "settings.dat"), saved);
+        EXPECT_EQ(std::filesystem::last_write_time(dir / "settings.dat"), longAgo);
     }
 }

@@ -86,12 +86,14 @@ TEST_F(AddEncodeDataTest, OneChoiceForAllFilesAddsAndEncodesARowPerSourceAndBrin
     EXPECT_EQ(chooser.shownWith, std::vector<std::string>{"Small Body/ImaAdpcm/16000"}); // opened on the kept choice
     EXPECT_EQ(last.bodyName + "/" + last.algName + "/" + last.bitRate, "Test Body/ImaAdpcm/32000");
     EXPECT_TRUE(last.applyAllFiles);
-    for (ProjectItem* source : {a, b, c}) {
+    // 4-bit ADPCM of 24,000, 16,028 and 24,000 samples, with the 48-byte header
+    // and a 2-byte event block, against the sources' sizes on disk.
+    const std::pair<ProjectItem*, std::string> sizes[] = {{a, "12050/25"}, {b, "8064/25"}, {c, "12050/50"}};
+    for (const auto& [source, sizeAndRate] : sizes) {
         ASSERT_EQ(source->records().size(), 1u);
         const EditInfoRecord& record = source->records()[0];
         EXPECT_EQ(record.fileName, source->id());
-        EXPECT_NE(record.encodeSize, "");
-        EXPECT_NE(record.compressionRate, "");
+        EXPECT_EQ(record.encodeSize + "/" + record.compressionRate, sizeAndRate) << source->id();
     }
     for (const AddedSource& source : result.sources)
         EXPECT_EQ(source.encode, RowOutcome::Done);

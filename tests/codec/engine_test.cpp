@@ -265,3 +265,12 @@ TEST_F(EngineTest, NamesReadFromTheProjectFileNeverLeaveTheProject)
     EXPECT_EQ(source->records()[0].encodeName.rfind("SAF", 0), 0u);
     EXPECT_EQ(CodecEngine::exportName(source->records()[0], "a/b"), "hts1a_Test Body_Pcm_128000.a_b");
 }
+
+// The export name drops the source's ".wav" in any case, and nothing else.
+TEST(ExportName, DropsTheWaveExtensionInAnyCaseAndMakesTheNameSafe)
+{
+    EditInfoRecord record{.fileName = "HELLO.WAV", .bodyName = "KS-1", .algoName = "ImaAdpcm", .bitRate = "32000"};
+    EXPECT_EQ(CodecEngine::exportName(record, "adp"), "HELLO_KS-1_ImaAdpcm_32000.adp");
+    record.fileName = "a*b.wav.Wav";
+    EXPECT_EQ(CodecEngine::exportName(record, ""), "a_b.wav_KS-1_ImaAdpcm_32000");
+}

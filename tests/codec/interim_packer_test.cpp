@@ -8,6 +8,12 @@
 #include <cstdint>
 #include <random>
 
+#ifndef _WIN32
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 using namespace kestrelon;
 using kestrelon::test::readBytes;
 using kestrelon::test::writeBytes;
@@ -146,3 +152,42 @@ TEST(InterimPacker, PacksAndUnpacksInPlace)
     EXPECT_TRUE(readBytes(file) == original);
     EXPECT_EQ(fileCount(dir.path()), 1u);
 }
+
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__)
+// A file that claims an enormous original behind a tiny zstd frame (whose own
+// header claims the same) is refused before anything is allocated: unpacking
+// runs in a child whose address space is capped far below the claim, so an
+// allocation of the claimed size ends the child instead of passing unnoticed
+// on a machine with memory to spare.
+TEST(InterimPacker, AHugeClaimedSizeIsRefusedBeforeAnyAllocation)
+{
+    const std::uint64_t claimed = std::uint64_t(1) << 35; // 32 GiB
+    std::string frame("\x28\xB5\x2F\xFD", 4);
+    frame += char(0xE4); // 8-byte content size, single segment, content checksum
+    for (int i = 0; i < 8; ++i) frame += char((claimed >> (8 * i)) & 0xFF);
+    frame += std::string("\x03\x00\x10", 3); // the last block: 128 KiB, run-length coded...
+    frame += 'x';                             // ...of this byte
+    frame += std::string(4, '\0');            // content checksum
+    std::string file = "KSTRLNIF" + std::string("\x01\x00\x00\x00", 4);
+    for (int i = 0; i < 8; ++i) file += char((claimed >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 8; ++i) file += char((std::uint64_t(frame.size()) >> (8 * i)) & 0xFF);
+    file += std::string(4, '\0') + frame;
+
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const rlimit cap{rlim_t(2) << 30, rlim_t(2) << 30};
+        setrlimit(RLIMIT_AS, &cap);
+        int code = 2; // an allocation that failed, or anything else thrown
+        try {
+            code = unpackInterim(file).has_value() ? 1 : 0;
+        } catch (...) {
+        }
+        _exit(code);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
+        << "unpacking allocated what the file claims, or took the claim as data";
+}
+#endif

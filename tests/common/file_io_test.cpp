@@ -15,6 +15,20 @@ TEST(FileIo, AtomicWriteReplacesWholeFileAndLeavesNoScraps)
     EXPECT_EQ(kestrelon::test::readBytes(target), "new");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 
+    // The new bytes arrive under a new file that is renamed over the old
+    // name: another name for the old file (a hard link, a reader holding it
+    // open) still sees the old bytes whole, never a mix.
+    std::filesystem::create_hard_link(target, dir / "link.ptp");
+    ASSERT_TRUE(writeFileAtomically(target, "newer"));
+    EXPECT_EQ(kestrelon::test::readBytes(target), "newer");
+    EXPECT_EQ(kestrelon::test::readBytes(dir / "link.ptp"), "new");
+    std::filesystem::remove(dir / "link.ptp");
+
+    // A rename that fails (a folder stands at the target) leaves no part file.
+    std::filesystem::create_directories(dir / "taken" / "inside");
+    EXPECT_FALSE(writeFileAtomically(dir / "taken", "x"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
+
     // A folder that does not exist: nothing written, nothing left behind.
     EXPECT_FALSE(writeFileAtomically(dir / "no" / "such" / "file", "x"));
     EXPECT_FALSE(std::filesystem::exists(dir / "no"));

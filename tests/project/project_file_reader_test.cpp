@@ -206,3 +206,19 @@ TEST(ProjectFileReader, RefusesGroupsNestedBeyondTheLimit)
     EXPECT_FALSE(tooDeep.ok);
     EXPECT_EQ(tooDeep.doc.files().size(), kMaxGroupDepth); // what was read is kept
 }
+
+// PARAM is hexadecimal as the C library reads it: either case, an optional
+// 0x, a sign that negates modulo 2^32, saturation past 32 bits.
+TEST(ProjectFileReader, ParamIsReadAsSignedHexadecimal)
+{
+    Read r(std::string(kHead) +
+           "# Begin Source File\nSOURCE=Files\\a.wav\nPARAM=Ab\n# End Source File\n"
+           "# Begin Source File\nSOURCE=Files\\b.wav\nPARAM=-1\n# End Source File\n"
+           "# Begin Source File\nSOURCE=Files\\c.wav\nPARAM=0x1F9\n# End Source File\n"
+           "# Begin Source File\nSOURCE=Files\\d.wav\nPARAM=123456789\n# End Source File\n"
+           "# Begin Source File\nSOURCE=Files\\e.wav\nPARAM=-8\n# End Source File\n"
+           "# End Files\n");
+    ASSERT_TRUE(r.ok);
+    EXPECT_EQ(r.shape(), (Names{"Files\\a.wav ab ^-", "Files\\b.wav ffffffff ^-", "Files\\c.wav 1f9 ^-",
+                                "Files\\d.wav ffffffff ^-", "Files\\e.wav fffffff8 ^-"}));
+}

@@ -45,7 +45,9 @@ TEST(ProjectFileWriter, WritesTheLayoutWithBothEditInfoForms)
     plain->appendChild(doc.createItem("Files\\d.wav", 8, "d.wav"));
     doc.files() = {group, loose, notTop, plain};
 
-    ProjectItem* algo = doc.createItem("Algos\\x.dll", 9, "x.dll");
+    // Flags with letters in hexadecimal: written in lower case, as the
+    // program's readers elsewhere expect.
+    ProjectItem* algo = doc.createItem("Algos\\x.dll", 0xa9, "x.dll");
     algo->records().push_back(record("x", -3));
     doc.algorithms() = {algo};
 
@@ -60,7 +62,7 @@ TEST(ProjectFileWriter, WritesTheLayoutWithBothEditInfoForms)
                      "# Begin Source File", "SOURCE=Files\\b.wav", "ID=b.wav", "PARAM=9", "# End Source File",
                      "# Begin Source File", "SOURCE=Files\\d.wav", "ID=d.wav", "PARAM=8", "# End Source File",
                      "# End Files", "", "# Begin Algorithms",
-                     "# Begin Source File", "SOURCE=Algos\\x.dll", "ID=x.dll", "PARAM=9",
+                     "# Begin Source File", "SOURCE=Algos\\x.dll", "ID=x.dll", "PARAM=a9",
                      "# Begin EditInfo", "FileName=x.wav", "BodyName=Body x", "EncodeName=x_e.tmp", "EncodeSize=1234",
                      "RenameEncode=x_export.bin", "DecodeName=x_d.dfn", "DecodeSize=56789", "EncodeBitRate=16000",
                      "MultiSelect=-3", "# End EditInfo", "# End Source File",

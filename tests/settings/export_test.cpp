@@ -282,6 +282,15 @@ TEST_F(ExportTest, AnUnwritableIndexOrAnUnsafeNameIsReportedAndWrittenFilesStay)
     EXPECT_FALSE(run(ExportKind::Selected, project, false, {true}).ok);
     EXPECT_EQ(port.texts(), std::vector<std::string>{"\"SAF1.tmp\"" + str(msg::kExportWorkingFileSuffix)});
     EXPECT_EQ(readBytes(project / "SAF1.tmp"), kept);
+
+    // So would a row exported under another row's decoded wave's name.
+    port.clear();
+    listRows[0].record().decodeName = "SAF9.dfn";
+    listRows[1].record().renameEncode = "saf9.DFN";
+    writeBytes(project / "SAF9.dfn", "decoded wave");
+    EXPECT_FALSE(run(ExportKind::Selected, project, false, {false, true}).ok);
+    EXPECT_EQ(port.texts(), std::vector<std::string>{"\"saf9.DFN\"" + str(msg::kExportWorkingFileSuffix)});
+    EXPECT_EQ(readBytes(project / "SAF9.dfn"), "decoded wave");
 }
 
 TEST_F(ExportTest, NamesThatWouldMeetTheIndexOrAnotherRowsEventsAreRefused)

@@ -152,6 +152,14 @@ TEST(WaveFile, WritesACanonicalWavThatReadsBackIdentical)
     ASSERT_TRUE(wave.load(path)) << wave.error();
     EXPECT_EQ(wave.samples(), samples);
 
+    // The length is rounded to the nearest millisecond: 8004 frames at 8 kHz
+    // are 1000.5 ms, 8003 are 1000.375 ms.
+    for (const auto& [frames, ms] : {std::pair{8004, 1001}, std::pair{8003, 1000}}) {
+        ASSERT_TRUE(writeWav16(dir / "length.wav", std::vector<std::int16_t>(std::size_t(frames)), 8000));
+        ASSERT_TRUE(wave.load(dir / "length.wav"));
+        EXPECT_EQ(wave.lengthMs(), ms) << frames;
+    }
+
     // No sound is still a valid file; a rate that is not positive writes nothing.
     ASSERT_TRUE(writeWav16(dir / "empty.wav", {}, 8000));
     EXPECT_EQ(std::filesystem::file_size(dir / "empty.wav"), 44u);
@@ -193,6 +201,20 @@ TEST(WaveFile, RefusesWhatIsNotACompleteWaveAndForgetsThePreviousFile)
         EXPECT_EQ(wave.frameCount(), 0);
         EXPECT_EQ(wave.fileSize(), 0u);
     }
+
+    // A chunk of odd size before "data" is followed by a pad byte: the data
+    // chunk is found after it, whole or cut short.
+    const std::string canonical = wav16Bytes({100, -200, 300, -400}, 8000);
+    std::string padded = canonical.substr(0, 36) + std::string("JUNK\x03\x00\x00\x00" "abc" "\x00", 12) + canonical.substr(36);
+    padded[4] = static_cast<char>(static_cast<unsigned char>(padded[4]) + 12); // the RIFF size grows by the chunk
+    test::writeBytes(dir / "padded.wav", padded);
+    {
+        WaveFile wave;
+        ASSERT_TRUE(wave.load(dir / "padded.wav")) << wave.error();
+        EXPECT_EQ(wave.samples(), (std::vector<std::int16_t>{100, -200, 300, -400}));
+    }
+    test::writeBytes(dir / "padded-cut.wav", padded.substr(0, padded.size() - 2));
+    EXPECT_FALSE(WaveFile().load(dir / "padded-cut.wav"));
 
     // A real file cut anywhere, in its header or its data, is refused: a
     // file cut short is never taken for a shorter sound.
