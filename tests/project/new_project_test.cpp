@@ -87,6 +87,7 @@ TEST(RecentProjects, KeepsFiveMostRecentFirstWithoutRepeatsAndCutsLongPathsAtThe
 
     const std::string exact(30, 'x');
     EXPECT_EQ(RecentProjects::displayText(exact), exact);
+    EXPECT_EQ(RecentProjects::displayText(exact + "y"), "\xE2\x80\xA6" + std::string(28, 'x') + "y");
     const std::string longPath = "/home/someone/projects/speech/Announcements.ptp";
     EXPECT_EQ(RecentProjects::displayText(longPath), "\xE2\x80\xA6" + longPath.substr(longPath.size() - 29));
     // Characters, not bytes: a cut never splits one.
