@@ -42,6 +42,9 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
     {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "
                           "back as the workbench does at exit: into the file in use, or into the user's copy "
                           "when the program folder cannot be written."},
+    {"play", "Plays row N (counted from 0 in list order) through the PC player that the body settings name: "
+             "its source wave (original) or its decoded wave (decoded), --loop-count times (1), and returns "
+             "when it has ended. \"samples\" says how many samples were played, over every pass."},
     {"registry dump", "Prints the project's algorithm registry as JSON."},
     {"registry prune", "Removes registry entries whose plug-in is no longer in the project's Algos folder."},
     {"events dump", "Prints a speech event file as JSON."},

@@ -16,6 +16,7 @@ const std::vector<CommandSpec>& commandTable()
         addAlgoCommands(t);
         addExportCommands(t);
         addEncodeCommands(t);
+        addPlayCommands(t);
         return t;
     }();
     return table;

@@ -14,5 +14,6 @@ void addSettingsCommands(std::vector<CommandSpec>& table);
 void addAlgoCommands(std::vector<CommandSpec>& table);
 void addExportCommands(std::vector<CommandSpec>& table);
 void addEncodeCommands(std::vector<CommandSpec>& table);
+void addPlayCommands(std::vector<CommandSpec>& table);
 
 } // namespace kestrelon::cli

@@ -147,6 +147,16 @@ inline constexpr std::string_view kVolumeBelowMinimum = "The input volume value 
 // the user's copy could take them.
 inline constexpr std::string_view kVolumesNotKeptPrefix = "The body volumes could not be kept: "; // reason, then " !"
 
+// Playing on the PC.
+inline constexpr std::string_view kPcPlayDllNotFound = "Body PcPlay DLL not found!!";
+inline constexpr std::string_view kDoNotExistInProjectFolder = " do not exist in project folder !"; // after the file name
+inline constexpr std::string_view kDecodedTempNotFound = "The decoded temporary file is not found!";
+// Own texts: what cannot play, and why.
+inline constexpr std::string_view kBoardPlayNotAvailable =
+    "Playing on the target board needs the board player, which this version does not have yet !";
+inline constexpr std::string_view kNothingDecodedToPlay = "This item has not been decoded yet !";
+inline constexpr std::string_view kCanNotPlayPrefix = "Can not play "; // the file, then " !"
+
 // DLL setting: removing an algorithm asks first, and a registry or library
 // that could not be changed is named, so Algos and the registry never drift apart
 // unnoticed.
