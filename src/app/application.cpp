@@ -86,7 +86,8 @@ int runWorkbench(int argc, char** argv)
         // covers the screen's free area itself.
         frame.setGeometry(frame.screen()->availableGeometry());
         frame.showMaximized();
-        // Player plug-ins are loaded here once playback is part of the program.
+        // The player plug-in comes after the frame is up, so its message has a window.
+        frame.loadPlayers();
         if (const QStringList projects = parser.positionalArguments(); !projects.isEmpty()) {
             const std::filesystem::path project = stdPath(QDir::current().absoluteFilePath(projects.front()));
             QTimer::singleShot(0, &frame, [&frame, project] { frame.openProject(project); });

@@ -189,9 +189,18 @@ bool commandEnabled(int id, const FrameState& s)
         return projectIdle && s.algorithmSelected;
     case kCapsLock:
         return s.capsLock;
+    case kPc:
+    case kTargetBoard:
+        return true;
+    case kPlay:
+    case kPlayLooped:
+        return s.projectOpen && s.listHasCurrentRow && s.playerLoaded;
+    case kStop:
+    case kPause:
+        return s.playing;
     default:
-        // Playback (play target, play commands) and the waveform window:
-        // present, but not part of the program yet.
+        // Play Sentence, board play and the waveform window: present, but
+        // not part of the program yet.
         return false;
     }
 }

@@ -122,6 +122,8 @@ struct FrameState {
     bool listHasCurrentRow = false;
     bool algorithmSelected = false; // exactly one node of the Algorithms tree
     bool capsLock = false;          // known only where the platform tells it
+    bool playerLoaded = false;      // the PC player plug-in
+    bool playing = false;           // something plays (or is paused)
 };
 
 // The enabling rule of command `id`: project commands need an open project

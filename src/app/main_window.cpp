@@ -8,6 +8,7 @@
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/external_editor.h"
 #include "app/file_chooser.h"
+#include "app/playback/play_commands.h"
 #include "app/qt_user_port.h"
 #include "app/views/main_view.h"
 #include "bodies/body_settings.h"
@@ -114,8 +115,18 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     createMenus();
     createToolBars();
     createStatusBar();
+    m_playing = new PlayCommands(*m_port, m_session, *m_view, *statusBar(), this);
+    m_playing->setPlayMode(m_settings.playMode);
+    connect(m_playing, &PlayCommands::stateChanged, this, &MainWindow::updateCommands);
     resize(1000, 700);
     sessionChanged();
+}
+
+void MainWindow::loadPlayers()
+{
+    if (m_bodies)
+        m_playing->loadPlayer(m_bodies->pcPlayDll());
+    updateCommands();
 }
 
 MainWindow::~MainWindow()
@@ -137,6 +148,8 @@ void MainWindow::loadSettings()
 void MainWindow::saveSettings()
 {
     m_settings.recentProjects = m_recent.entries();
+    if (m_playing)
+        m_settings.playMode = m_playing->playMode();
     m_settings.save(m_options.configFolder);
 }
 
@@ -282,12 +295,18 @@ FrameState MainWindow::frameState() const
     state.listHasCurrentRow = m_view->hasCurrentRow();
     state.algorithmSelected = m_tree && !m_workspace->selectedAlgorithm().empty();
     state.capsLock = capsLockOn().value_or(false);
+    state.playerLoaded = m_playing && m_playing->playerLoaded();
+    state.playing = m_playing && m_playing->playing();
     return state;
 }
 
 void MainWindow::updateCommands()
 {
     m_commands->update(frameState());
+    if (m_playing) {
+        action(cmd::kPc)->setChecked(m_playing->playMode() == 0);
+        action(cmd::kTargetBoard)->setChecked(m_playing->playMode() == 1);
+    }
     m_capsIndicator->setText(action(cmd::kCapsLock)->isEnabled() ? action(cmd::kCapsLock)->text() : QString());
 }
 
@@ -344,8 +363,9 @@ void MainWindow::sessionChanged()
 
 void MainWindow::treeChanged()
 {
-    // Playback of the removed items stops here once playback exists; the main
-    // list is refilled from the tree.
+    // What plays may be a removed item's: it stops, and the main list is
+    // refilled from the tree.
+    m_playing->stop();
     m_workspace->refreshFiles();
     m_view->refresh();
     updateTitle();
@@ -378,7 +398,7 @@ void MainWindow::runCommand(int id)
     using namespace cmd;
     if (id >= kRecentFirst && id <= kRecentLast) {
         onRecentProject(id - kRecentFirst);
-    } else if (!runListCommand(id)) {
+    } else if (!runListCommand(id) && !m_playing->run(id)) {
         switch (id) {
         case kWorkspace: m_workspace->setVisible(action(id)->isChecked()); break;
         case kStandardToolbar: m_standardBar->setVisible(action(id)->isChecked()); break;
@@ -478,6 +498,7 @@ void MainWindow::onSaveProjectAs()
 
 void MainWindow::onCloseProject()
 {
+    m_playing->stop(); // its scratch copy lies in the Temp that closing removes
     m_session.closeProject();
     sessionChanged();
 }
@@ -618,6 +639,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
 {
     // Closing the window first closes the project, with its save question; a
     // refusal keeps the window open.
+    m_playing->stop();
     if (m_session.isOpen() && !m_session.closeProject()) {
         event->ignore();
         return;

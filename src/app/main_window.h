@@ -33,6 +33,7 @@ namespace kestrelon {
 class BodySettings;
 class FileChooser;
 class MainView;
+class PlayCommands;
 class QtUserPort;
 class WorkspaceBar;
 class WorkspaceTree;
@@ -71,6 +72,9 @@ public:
     // The Files tree's commands on the open project; null when none is open.
     WorkspaceTree* workspaceTree() const { return m_tree.get(); }
     MainView* mainView() const { return m_view; }
+    PlayCommands* playCommands() const { return m_playing; }
+    // Loads the PC player the body settings name: once the frame is shown.
+    void loadPlayers();
     QToolBar* standardToolBar() const { return m_standardBar; }
     QToolBar* actionToolBar() const { return m_actionBar; }
     QLabel* capsIndicator() const { return m_capsIndicator; }
@@ -157,6 +161,7 @@ private:
     QToolBar* m_actionBar = nullptr;
     QLabel* m_capsIndicator = nullptr;
     MainView* m_view = nullptr;
+    PlayCommands* m_playing = nullptr;
     QMenu* m_filesMenu = nullptr;
     QMenu* m_algorithmsMenu = nullptr;
 };

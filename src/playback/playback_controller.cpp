@@ -97,6 +97,7 @@ bool PlaybackController::start(const fs::path& wave, bool fromView, int loops)
     m_status.state = loops == 1 ? PlayState::Playing : PlayState::Looping;
     m_status.file = wave;
     m_status.sampleRate = facts.sampleRate();
+    m_status.length = facts.frameCount();
     m_status.samplesPlayed = 0;
     m_status.position = 0;
     m_status.passes = 0;

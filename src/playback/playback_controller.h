@@ -31,6 +31,7 @@ struct PlayStatus {
     std::string rowKey;                // the row playing, as its owner names it; empty for a plain file
     std::filesystem::path file;        // what the player was handed
     int sampleRate = 0;                // of that file
+    std::int64_t length = 0;           // its samples
     std::int64_t samplesPlayed = 0;    // over every pass of a loop
     std::int64_t position = 0;         // within the current pass
     int passes = 0;                    // passes completed

@@ -110,7 +110,7 @@ TEST_F(FrameTest, EveryRowOfTheTableIsAnActionWithItsTextAndKey)
     EXPECT_EQ(frameCommandTable().size(), std::size(kTable) + 5);
 }
 
-TEST_F(FrameTest, NoTwoCommandsShareAKeyAndPlaybackIsDisabled)
+TEST_F(FrameTest, NoTwoCommandsShareAKeyAndPlayingWaitsForARowAndAPlayer)
 {
     std::map<QString, int> seen;
     for (const QAction* action : m_frame->commands().actions()) {
@@ -125,9 +125,24 @@ TEST_F(FrameTest, NoTwoCommandsShareAKeyAndPlaybackIsDisabled)
     EXPECT_EQ(seen[QStringLiteral("M")], cmd::kPlaySentence);
 
     m_frame->updateCommands();
-    for (int id : {cmd::kTargetBoard, cmd::kPc, cmd::kShowWaveform, cmd::kPlay, cmd::kStop, cmd::kPause,
-                   cmd::kPlayLooped, cmd::kPlaySentence})
+    for (int id : {cmd::kShowWaveform, cmd::kPlay, cmd::kStop, cmd::kPause, cmd::kPlayLooped, cmd::kPlaySentence})
         EXPECT_FALSE(m_frame->action(id)->isEnabled()) << id;
+    // The play target is chosen at any time, one of the two, the PC first.
+    EXPECT_TRUE(m_frame->action(cmd::kPc)->isChecked());
+    m_frame->runCommand(cmd::kTargetBoard);
+    EXPECT_FALSE(m_frame->action(cmd::kPc)->isChecked());
+    EXPECT_TRUE(m_frame->action(cmd::kTargetBoard)->isChecked());
+
+    FrameState state;
+    state.projectOpen = state.listHasCurrentRow = true;
+    EXPECT_FALSE(commandEnabled(cmd::kPlay, state)); // no player
+    state.playerLoaded = true;
+    EXPECT_TRUE(commandEnabled(cmd::kPlay, state));
+    EXPECT_TRUE(commandEnabled(cmd::kPlayLooped, state));
+    EXPECT_FALSE(commandEnabled(cmd::kStop, state));
+    state.playing = true;
+    EXPECT_TRUE(commandEnabled(cmd::kStop, state));
+    EXPECT_TRUE(commandEnabled(cmd::kPause, state));
 }
 
 TEST(CommandText, PlainTextForButtonsAndTips)

@@ -137,6 +137,39 @@ MainView::MainView(UserPort& port, QWidget* parent)
     });
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { emit selectionChanged(); });
+    connect(m_table, &QTableView::clicked, this, [this](const QModelIndex& index) {
+        const int column = index.column();
+        const bool playCell = column == int(ListColumn::OriginalPlay) || column == int(ListColumn::EncodePlay) ||
+                              column == int(ListColumn::DecodePlay);
+        if (playCell && !index.data().toString().isEmpty())
+            emit playCellClicked(m_model->listRow(m_proxy->mapToSource(index).row()), column);
+    });
+}
+
+std::string MainView::rowKey(const ListRow& row)
+{
+    return std::to_string(reinterpret_cast<std::uintptr_t>(row.source)) + ":" + std::to_string(row.recordIndex);
+}
+
+std::optional<ListRow> MainView::currentListRow() const
+{
+    const QModelIndex current = m_table->selectionModel()->currentIndex();
+    if (!current.isValid())
+        return std::nullopt;
+    return m_model->listRow(m_proxy->mapToSource(current).row());
+}
+
+void MainView::showPlaying(const std::string& key, int column, bool paused)
+{
+    m_playingKey = key;
+    m_playingColumn = column;
+    m_playingPaused = paused;
+    int row = -1;
+    if (!key.empty())
+        for (std::size_t i = 0; i < m_model->list().size(); ++i)
+            if (rowKey(m_model->list().rows()[i]) == key)
+                row = int(i);
+    m_model->setPlayingCell(row, column, paused);
 }
 
 MainView::~MainView()
@@ -258,6 +291,7 @@ void MainView::refresh()
         updateCompressionRates(list, m_originalSizes);
     }
     m_model->setList(std::move(list));
+    showPlaying(m_playingKey, m_playingColumn, m_playingPaused); // the rows were made anew
     const QHeaderView* header = m_table->horizontalHeader();
     m_proxy->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
     updatePanels();

@@ -111,7 +111,15 @@ public slots:
     // The same for the project's algorithm `name` (the Algorithms tree).
     void showAlgorithmConfiguration(const std::string& name);
 
+    // Playing: the key a row is known by while it plays, the current row, and
+    // the play cell that shows the state (idle clears it).
+    static std::string rowKey(const ListRow& row);
+    std::optional<ListRow> currentListRow() const;
+    void showPlaying(const std::string& rowKey, int column, bool paused);
+
 signals:
+    // A play cell with something to play was clicked: the row and its column.
+    void playCellClicked(const kestrelon::ListRow& row, int column);
     // The selection or the current row changed: commands may change state.
     void selectionChanged();
     // Rows were added, removed or rewritten.
@@ -152,6 +160,9 @@ private:
     RecordTableModel* m_model;
     RecordSortProxy* m_proxy;
     QTableView* m_table;
+    std::string m_playingKey; // the row whose cell shows the play state
+    int m_playingColumn = -1;
+    bool m_playingPaused = false;
     InfoPanels* m_panels;
     ProgressDialog* m_progress;
     QMenu* m_menu = nullptr;

@@ -9,8 +9,10 @@ namespace kestrelon {
 
 namespace {
 
-// Inert in this version: a play cell only shows that there is something to play.
+// A play cell shows that there is something to play, or that it plays.
 const QString kPlayGlyph = QStringLiteral("\u25B6");
+const QString kPlayingGlyph = QStringLiteral("\u25A0");
+const QString kPausedGlyph = QStringLiteral("\u275A\u275A");
 const QString kOnPlayListGlyph = QStringLiteral("\u2713");
 
 QString text(const std::string& value)
@@ -26,6 +28,7 @@ void RecordTableModel::setList(MainList list)
 {
     beginResetModel();
     m_list = std::move(list);
+    m_playingRow = -1; // rows are told again by whoever knows what plays
     endResetModel();
 }
 
@@ -80,6 +83,19 @@ QVariant RecordTableModel::sortNumber(const std::string& value)
     if (end != last && (*end == 'K' || *end == 'k'))
         return number * 1000.0;
     return number;
+}
+
+void RecordTableModel::setPlayingCell(int row, int column, bool paused)
+{
+    const int before = m_playingRow;
+    const int beforeColumn = m_playingColumn;
+    m_playingRow = row;
+    m_playingColumn = column;
+    m_playingPaused = paused;
+    if (before >= 0 && before < rowCount())
+        emit dataChanged(index(before, beforeColumn), index(before, beforeColumn));
+    if (row >= 0 && row < rowCount())
+        emit dataChanged(index(row, column), index(row, column));
 }
 
 QVariant RecordTableModel::display(const ListRow& row, int column) const
@@ -144,6 +160,8 @@ QVariant RecordTableModel::data(const QModelIndex& index, int role) const
     const ListRow& row = listRow(index.row());
     switch (role) {
     case Qt::DisplayRole:
+        if (index.row() == m_playingRow && index.column() == m_playingColumn)
+            return m_playingPaused ? kPausedGlyph : kPlayingGlyph;
         return display(row, index.column());
     case kSortRole:
         return sortValue(row, index.row(), index.column());

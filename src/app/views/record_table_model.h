@@ -28,6 +28,10 @@ public:
     // The row's record; the row must exist.
     const EditInfoRecord& record(int row) const;
     const ListRow& listRow(int row) const;
+    // The cell that is playing, shown by its own glyph: the row (-1: none),
+    // the play column, and whether it is paused.
+    void setPlayingCell(int row, int column, bool paused);
+
     // Repaints every cell: after the engine or the rates changed records.
     void recordsChanged();
     void recordChanged(int row);
@@ -51,6 +55,9 @@ private:
     QVariant sortValue(const ListRow& row, int rowIndex, int column) const;
 
     MainList m_list;
+    int m_playingRow = -1;
+    int m_playingColumn = -1;
+    bool m_playingPaused = false;
 };
 
 } // namespace kestrelon
