@@ -92,7 +92,8 @@ int32_t openFile(kestrelon_player* player, const char* wavePath, int32_t, int32_
     PcPlayer& p = *self(player);
     closeDevice(p);
     kestrelon::WaveFile wave;
-    if (!wavePath || !wave.load(kestrelon::pathFromUtf8(wavePath)))
+    // Without SDL's audio there is nothing to play on: say so before playing.
+    if (!p.sdl || !wavePath || !wave.load(kestrelon::pathFromUtf8(wavePath)))
         return 1;
     p.sampleRate = wave.sampleRate();
     p.samples = wave.takeSamples();
@@ -106,8 +107,11 @@ void play(kestrelon_player* player, int32_t, int32_t, kestrelon_play_notify noti
 {
     PcPlayer& p = *self(player);
     closeDevice(p);
-    if (p.sampleRate <= 0 || !p.sdl)
+    if (p.sampleRate <= 0) {
+        if (notify)
+            notify(hostContext, KESTRELON_PLAY_ENDED, 0); // nothing was opened: nothing plays
         return;
+    }
     p.notify = notify;
     p.hostContext = hostContext;
     p.reportEvery = std::max<std::size_t>(1, std::size_t(double(p.sampleRate) * std::max(0.01f, intervalSeconds)));

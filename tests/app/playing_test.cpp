@@ -1,0 +1,81 @@
+// Playing from the workbench, through the real PC player over SDL's disk
+// driver: what reached the "device" is what the row's cell plays.
+#include "app/command_table.h"
+#include "app/main_window.h"
+#include "app/playback/play_commands.h"
+#include "app/views/list_columns.h"
+#include "app/views/main_view.h"
+#include "app_support.h"
+#include "bodies/body_settings.h"
+#include "support/files.h"
+#include "wave/wave_file.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QTableView>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <thread>
+
+#ifdef KESTRELON_PROGRAM_DIR
+namespace kestrelon {
+
+TEST(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
+{
+    test::TempDir dir;
+    const std::filesystem::path device = dir / "device.raw";
+    setenv("SDL_AUDIODRIVER", "disk", 1);
+    setenv("SDL_DISKAUDIOFILE", device.string().c_str(), 1);
+    setenv("SDL_DISKAUDIODELAY", "0", 1);
+    std::vector<std::int16_t> tone(4000);
+    for (std::size_t i = 0; i < tone.size(); ++i)
+        tone[i] = static_cast<std::int16_t>(7000 * std::sin(0.3 * double(i)));
+    std::filesystem::create_directories(dir / "Demo" / "Files");
+    ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", tone, 8000));
+    test::writeBytes(dir / "Demo" / "Demo.ptp",
+                     "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
+                     "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
+                     "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
+                     "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
+                     "# End Project\n");
+
+    test::ScriptedPort port;
+    test::ScriptedChooser chooser;
+    const std::filesystem::path program = KESTRELON_PROGRAM_DIR;
+    BodySettings bodies;
+    ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
+    MainWindow frame(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
+    ASSERT_TRUE(frame.openProject(dir / "Demo" / "Demo.ptp"));
+    EXPECT_FALSE(frame.action(cmd::kPlay)->isEnabled()); // no player yet
+    frame.loadPlayers();
+    EXPECT_TRUE(port.texts().empty());
+
+    QTableView* table = frame.mainView()->table();
+    const QModelIndex original = table->model()->index(0, int(ListColumn::OriginalPlay));
+    const QModelIndex decoded = table->model()->index(0, int(ListColumn::DecodePlay));
+    EXPECT_EQ(original.data().toString(), QStringLiteral("\u25B6"));
+    EXPECT_EQ(decoded.data().toString(), QString()); // nothing decoded: nothing to click
+    emit table->clicked(decoded);
+    EXPECT_FALSE(frame.playCommands()->playing());
+
+    emit table->clicked(original);
+    EXPECT_EQ(original.data().toString(), QStringLiteral("\u25A0"));
+    EXPECT_TRUE(frame.action(cmd::kStop)->isEnabled());
+    for (int i = 0; i < 400 && frame.playCommands()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(frame.playCommands()->playing());
+    EXPECT_EQ(original.data().toString(), QStringLiteral("\u25B6"));
+    EXPECT_FALSE(frame.action(cmd::kStop)->isEnabled());
+    std::vector<std::int16_t> heard;
+    ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
+    ASSERT_GE(heard.size(), tone.size());
+    EXPECT_EQ(std::vector<std::int16_t>(heard.begin(), heard.begin() + std::ptrdiff_t(tone.size())), tone);
+    EXPECT_TRUE(port.texts().empty());
+}
+
+} // namespace kestrelon
+#endif
