@@ -2,7 +2,7 @@
 
 #include "common/messages.h"
 #include "common/paths.h"
-#include "support/resample.h"
+#include "wave/resample.h"
 #include "wave/wave_file.h"
 
 namespace kestrelon::support {

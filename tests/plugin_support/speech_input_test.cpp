@@ -1,6 +1,6 @@
 #include "support/speech_input.h"
 
-#include "support/resample.h"
+#include "wave/resample.h"
 #include "wave/wave_file.h"
 
 #include "speech.h"

@@ -7,7 +7,7 @@
 #include "codec/encoded_header.h"
 #include "plugin_support/speech.h"
 #include "support/event_block.h"
-#include "support/segmental_snr.h"
+#include "wave/segmental_snr.h"
 #include "support/files.h"
 #include "support/temp_dir.h"
 #include "wave/speech_events.h"
@@ -51,8 +51,8 @@ const std::vector<Case> kCases = {
     {"ImaAdpcm", "16000", 4000, Kind::Waveform, 4, 0, 0, 16},
     {"MuLaw", "64000", 8000, Kind::Waveform, 8, 0, 0, 27},
     {"MuLaw", "48000", 6000, Kind::Waveform, 8, 0, 0, 27},
-    {"Pcm", "128000", 8000, Kind::Waveform, 16, 0, 0, support::kSnrCeilingDb},
-    {"Pcm", "256000", 16000, Kind::Waveform, 16, 0, 0, support::kSnrCeilingDb},
+    {"Pcm", "128000", 8000, Kind::Waveform, 16, 0, 0, kSnrCeilingDb},
+    {"Pcm", "256000", 16000, Kind::Waveform, 16, 0, 0, kSnrCeilingDb},
     {"Codec2", "3200", 8000, Kind::Codec2, 0, 160, 64, 0.85},
     {"Codec2", "2400", 8000, Kind::Codec2, 0, 160, 48, 0.85},
     {"Codec2", "1600", 8000, Kind::Codec2, 0, 320, 64, 0.85},
@@ -212,7 +212,7 @@ RoundTrip roundTrip(const Case& c, const std::string& source, const TempDir& dir
 // envelope correlation for the parametric ones.
 double quality(const Case& c, const RoundTrip& trip)
 {
-    return c.kind == Kind::Waveform ? support::segmentalSnrDb(trip.reference, trip.decoded)
+    return c.kind == Kind::Waveform ? segmentalSnrDb(trip.reference, trip.decoded)
                                     : envelopeCorrelation(trip.reference, trip.decoded, c.rate);
 }
 

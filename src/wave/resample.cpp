@@ -1,11 +1,11 @@
-#include "support/resample.h"
+#include "wave/resample.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <numeric>
 
-namespace kestrelon::support {
+namespace kestrelon {
 
 namespace {
 
@@ -182,4 +182,4 @@ std::vector<std::int16_t> resample(const std::vector<std::int16_t>& in, int inRa
     return out;
 }
 
-} // namespace kestrelon::support
+} // namespace kestrelon

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kestrelon::support {
+namespace kestrelon {
 
 // Highest rate resample() accepts, on either side.
 inline constexpr int kMaxResampleRate = 1'000'000;
@@ -26,4 +26,4 @@ bool canResample(int inRate, int outRate);
 
 std::vector<std::int16_t> resample(const std::vector<std::int16_t>& in, int inRate, int outRate);
 
-} // namespace kestrelon::support
+} // namespace kestrelon

@@ -1,9 +1,9 @@
-#include "support/segmental_snr.h"
+#include "wave/segmental_snr.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace kestrelon::support {
+namespace kestrelon {
 
 double segmentalSnrDb(const std::vector<std::int16_t>& reference,
                       const std::vector<std::int16_t>& decoded)
@@ -34,4 +34,4 @@ double segmentalSnrDb(const std::vector<std::int16_t>& reference,
     return frames == 0 ? 0.0 : total / static_cast<double>(frames);
 }
 
-} // namespace kestrelon::support
+} // namespace kestrelon

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kestrelon::support {
+namespace kestrelon {
 
 inline constexpr std::size_t kSnrFrameLength = 160; // 20 ms at 8 kHz
 inline constexpr double kSnrFloorDb = -10.0;
@@ -20,4 +20,4 @@ inline constexpr double kSnrCeilingDb = 35.0;
 double segmentalSnrDb(const std::vector<std::int16_t>& reference,
                       const std::vector<std::int16_t>& decoded);
 
-} // namespace kestrelon::support
+} // namespace kestrelon

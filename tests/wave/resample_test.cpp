@@ -1,4 +1,4 @@
-#include "support/resample.h"
+#include "wave/resample.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <numbers>
 
 using namespace kestrelon;
-using support::resample;
+
 
 namespace {
 
@@ -73,8 +73,8 @@ TEST(Resample, KeepsTheDurationExactly)
     EXPECT_TRUE(resample(speech, 0, 8000).empty());
     EXPECT_TRUE(resample(speech, 8000, -1).empty());
     EXPECT_TRUE(resample(speech, 8000 * 65, 8000).empty());
-    EXPECT_FALSE(support::canResample(8000 * 65, 8000));
-    EXPECT_TRUE(support::canResample(8000 * 64, 8000));
+    EXPECT_FALSE(canResample(8000 * 65, 8000));
+    EXPECT_TRUE(canResample(8000 * 64, 8000));
 }
 
 TEST(Resample, TonesBelowTheLowerNyquistArriveIntactAndOnTime)

@@ -1,8 +1,8 @@
-#include "support/segmental_snr.h"
+#include "wave/segmental_snr.h"
 
 #include <gtest/gtest.h>
 
-using namespace kestrelon::support;
+using namespace kestrelon;
 
 namespace {
 
