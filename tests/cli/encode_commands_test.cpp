@@ -83,6 +83,10 @@ TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndR
         EXPECT_TRUE(fs::is_regular_file(folder() / "Algos" / (codecs[i].algorithm + std::string(librarySuffix()))));
     }
     EXPECT_FALSE(fs::exists(folder() / "Temp"));
+    // The project's own tree, as dump shows it, holds the same sizes.
+    const Run dumped = run({"project", "dump", ptp()});
+    EXPECT_EQ(dumped.answer["files"][0]["records"][2]["encodeSize"], "48050");
+    EXPECT_EQ(dumped.answer["files"][0]["records"][2]["decodeSize"], "48044");
     const std::string registry = readBytes(folder() / "Algos" / "dllsetinfo.ini");
     EXPECT_NE(registry.find("Count=5"), std::string::npos);
 

@@ -1,0 +1,180 @@
+#include "wave/quality.h"
+
+#include "wave/resample.h"
+#include "wave/segmental_snr.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+namespace kestrelon {
+
+namespace {
+
+constexpr int kMelBands = 24;
+constexpr double kFrameSeconds = 0.032;
+constexpr double kSilenceBelowLoudestDb = 60.0;
+constexpr double kAlignSeconds = 0.05;
+// The lag is the codec's delay, the same all through: the first seconds tell it.
+constexpr double kAlignOverSeconds = 20.0;
+constexpr double kEnergyFloor = 1e-3; // keeps the log of an empty band finite
+
+// In-place radix-2 FFT; `data.size()` is a power of two.
+void fft(std::vector<std::complex<double>>& data)
+{
+    const std::size_t n = data.size();
+    for (std::size_t i = 1, j = 0; i < n; ++i) {
+        std::size_t bit = n >> 1;
+        for (; j & bit; bit >>= 1)
+            j ^= bit;
+        j ^= bit;
+        if (i < j)
+            std::swap(data[i], data[j]);
+    }
+    for (std::size_t length = 2; length <= n; length <<= 1) {
+        const std::complex<double> step = std::polar(1.0, -2 * std::numbers::pi / double(length));
+        for (std::size_t start = 0; start < n; start += length) {
+            std::complex<double> w = 1;
+            for (std::size_t k = 0; k < length / 2; ++k, w *= step) {
+                const std::complex<double> even = data[start + k];
+                const std::complex<double> odd = w * data[start + k + length / 2];
+                data[start + k] = even + odd;
+                data[start + k + length / 2] = even - odd;
+            }
+        }
+    }
+}
+
+double mel(double hz)
+{
+    return 2595.0 * std::log10(1.0 + hz / 700.0);
+}
+
+// Per frame, the energy of each mel band of the power spectrum.
+std::vector<std::vector<double>> melEnergies(const std::vector<std::int16_t>& signal, std::size_t frame,
+                                             std::size_t frames, int sampleRate)
+{
+    const std::size_t bins = frame / 2 + 1;
+    // Band b spans mel points b .. b+2, peaking at b+1.
+    std::vector<double> edges(kMelBands + 2);
+    for (int i = 0; i < kMelBands + 2; ++i) {
+        const double m = mel(sampleRate / 2.0) * i / (kMelBands + 1);
+        edges[std::size_t(i)] = 700.0 * (std::pow(10.0, m / 2595.0) - 1.0);
+    }
+    std::vector<std::vector<double>> out(frames, std::vector<double>(kMelBands, 0.0));
+    std::vector<std::complex<double>> buffer(frame);
+    for (std::size_t f = 0; f < frames; ++f) {
+        const std::size_t start = f * frame / 2;
+        for (std::size_t i = 0; i < frame; ++i) {
+            const double window = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * double(i) / double(frame));
+            const double sample = start + i < signal.size() ? signal[start + i] : 0.0;
+            buffer[i] = sample * window;
+        }
+        fft(buffer);
+        for (std::size_t k = 0; k < bins; ++k) {
+            const double hz = double(k) * sampleRate / double(frame);
+            const double power = std::norm(buffer[k]);
+            for (int b = 0; b < kMelBands; ++b) {
+                const double low = edges[std::size_t(b)], peak = edges[std::size_t(b) + 1],
+                             high = edges[std::size_t(b) + 2];
+                if (hz <= low || hz >= high)
+                    continue;
+                const double weight = hz < peak ? (hz - low) / (peak - low) : (high - hz) / (high - peak);
+                out[f][std::size_t(b)] += weight * power;
+            }
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+int bestLag(const std::vector<std::int16_t>& reference, const std::vector<std::int16_t>& decoded, int maxLag)
+{
+    int best = 0;
+    double bestScore = -2.0;
+    for (int lag = -maxLag; lag <= maxLag; ++lag) {
+        double cross = 0, energyA = 0, energyB = 0;
+        for (std::size_t n = 0; n < reference.size(); ++n) {
+            const long long m = static_cast<long long>(n) + lag;
+            if (m < 0 || m >= static_cast<long long>(decoded.size()))
+                continue;
+            const double a = reference[n], b = decoded[std::size_t(m)];
+            cross += a * b;
+            energyA += a * a;
+            energyB += b * b;
+        }
+        const double score = energyA > 0 && energyB > 0 ? cross / std::sqrt(energyA * energyB) : -1.0;
+        // Ties go to the smallest shift.
+        if (score > bestScore + 1e-12 || (std::abs(score - bestScore) <= 1e-12 && std::abs(lag) < std::abs(best))) {
+            bestScore = score;
+            best = lag;
+        }
+    }
+    return best;
+}
+
+double melSpectralDistanceDb(const std::vector<std::int16_t>& reference, const std::vector<std::int16_t>& decoded,
+                             int sampleRate)
+{
+    if (sampleRate <= 0 || reference.empty())
+        return 0.0;
+    std::size_t frame = 1;
+    while (frame < std::size_t(sampleRate * kFrameSeconds))
+        frame <<= 1;
+    const std::size_t frames = reference.size() <= frame ? 1 : (reference.size() - frame) / (frame / 2) + 1;
+    const auto ref = melEnergies(reference, frame, frames, sampleRate);
+    const auto dec = melEnergies(decoded, frame, frames, sampleRate);
+
+    std::vector<double> loudness(frames);
+    for (std::size_t f = 0; f < frames; ++f)
+        for (double e : ref[f])
+            loudness[f] += e;
+    const double loudest = *std::max_element(loudness.begin(), loudness.end());
+    if (loudest <= 0)
+        return 0.0;
+    double total = 0;
+    std::size_t counted = 0;
+    for (std::size_t f = 0; f < frames; ++f) {
+        if (loudness[f] <= 0 || 10 * std::log10(loudest / loudness[f]) > kSilenceBelowLoudestDb)
+            continue;
+        double sum = 0;
+        for (int b = 0; b < kMelBands; ++b) {
+            const double d = 10 * std::log10((ref[f][std::size_t(b)] + kEnergyFloor) /
+                                             (dec[f][std::size_t(b)] + kEnergyFloor));
+            sum += d * d;
+        }
+        total += std::sqrt(sum / kMelBands);
+        ++counted;
+    }
+    return counted ? total / double(counted) : 0.0;
+}
+
+QualityMeasures measureQuality(const std::vector<std::int16_t>& source, int sourceRate,
+                               const std::vector<std::int16_t>& decoded, int decodedRate)
+{
+    QualityMeasures measures;
+    if (sourceRate <= 0 || decodedRate <= 0)
+        return measures;
+    const std::vector<std::int16_t> reference =
+        sourceRate == decodedRate ? source : resample(source, sourceRate, decodedRate);
+    measures.segmentalSnrDb = segmentalSnrDb(reference, decoded);
+    measures.durationRatio = source.empty() ? 0.0
+                                            : (double(decoded.size()) / decodedRate) / (double(source.size()) / sourceRate);
+    const auto head = [&](const std::vector<std::int16_t>& signal) {
+        const std::size_t count = std::min(signal.size(), std::size_t(decodedRate * kAlignOverSeconds));
+        return std::vector<std::int16_t>(signal.begin(), signal.begin() + std::ptrdiff_t(count));
+    };
+    measures.lagSamples = bestLag(head(reference), head(decoded), int(std::lround(decodedRate * kAlignSeconds)));
+    std::vector<std::int16_t> aligned(reference.size(), 0);
+    for (std::size_t n = 0; n < aligned.size(); ++n) {
+        const long long m = static_cast<long long>(n) + measures.lagSamples;
+        if (m >= 0 && m < static_cast<long long>(decoded.size()))
+            aligned[n] = decoded[std::size_t(m)];
+    }
+    measures.melDistanceDb = melSpectralDistanceDb(reference, aligned, decodedRate);
+    return measures;
+}
+
+} // namespace kestrelon
