@@ -37,6 +37,10 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                        "BASE.c with the data as C arrays, an enum and a table; --format image adds BASE.bin, "
                        "a ROM image with a table of contents, its items aligned to --align bytes (4), numbers "
                        "in --byte-order (little), gaps filled with --pad (0xff). BASE is --name (speech_data)."},
+    {"project quality", "Measures each decoded row (--rows, or every row) against its source: segmental SNR, "
+                        "a mel-band log-spectral distance after alignment, and the decode's duration against the "
+                        "source's. The measures are kept in PROJECT.quality beside the project file and read back "
+                        "while the decode stays the same."},
     {"bodies", "Prints the body settings as JSON: the file FILE, or without it the file the program uses (the "
                "user's copy when there is one, else the one beside the program), named in \"file\"."},
     {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "

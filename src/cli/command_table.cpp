@@ -17,6 +17,7 @@ const std::vector<CommandSpec>& commandTable()
         addExportCommands(t);
         addEncodeCommands(t);
         addPlayCommands(t);
+        addQualityCommands(t);
         return t;
     }();
     return table;

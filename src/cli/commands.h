@@ -15,5 +15,6 @@ void addAlgoCommands(std::vector<CommandSpec>& table);
 void addExportCommands(std::vector<CommandSpec>& table);
 void addEncodeCommands(std::vector<CommandSpec>& table);
 void addPlayCommands(std::vector<CommandSpec>& table);
+void addQualityCommands(std::vector<CommandSpec>& table);
 
 } // namespace kestrelon::cli

@@ -36,6 +36,24 @@ Result finishCommand(const Context& context, Result result, const std::string& e
     return result;
 }
 
+// "--rows 0,2,5": row numbers from 0 in list order. Anything but a
+// comma-separated list of decimal numbers is a usage mistake.
+std::vector<size_t> parseRowNumbers(const std::string& text)
+{
+    std::vector<size_t> numbers;
+    size_t start = 0;
+    while (true) {
+        const size_t comma = text.find(',', start);
+        const std::string word = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        if (word.empty() || word.size() > 9 || word.find_first_not_of("0123456789") != std::string::npos)
+            throw UsageError("--rows takes row numbers from 0, separated by commas: " + text);
+        numbers.push_back(static_cast<size_t>(std::stoul(word)));
+        if (comma == std::string::npos)
+            return numbers;
+        start = comma + 1;
+    }
+}
+
 Result runProjectOperation(Context& context, const std::string& ptpPath,
                            std::function<bool(ProjectSession&)> operation)
 {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace kestrelon {
 class ProjectCompanionFiles;
@@ -30,6 +31,10 @@ void printSummary(const Context& context, const std::string& line);
 // kept as the "error" field and printed on standard error; otherwise a
 // successful result prints `summary` (printSummary).
 Result finishCommand(const Context& context, Result result, const std::string& error, const std::string& summary);
+
+// "--rows 0,2,5": row numbers from 0 in list order. Anything but a
+// comma-separated list of decimal numbers is a usage mistake (UsageError).
+std::vector<size_t> parseRowNumbers(const std::string& text);
 
 // Opens `ptpPath` (failure: ok false, "files" empty), runs `operation`, saves
 // when it returned true and the project is modified, and closes. When the

@@ -90,6 +90,22 @@ TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndR
     const std::string registry = readBytes(folder() / "Algos" / "dllsetinfo.ini");
     EXPECT_NE(registry.find("Count=5"), std::string::npos);
 
+    // Quality against the source: PCM is lossless, 8-bit mu-law beats 4-bit
+    // ADPCM, and every decode lasts as long as its source. The measures stay
+    // beside the project and are read back while the decodes stay.
+    const Run quality = run({"project", "quality", ptp()});
+    ASSERT_EQ(quality.exitCode, 0) << quality.err;
+    const Json& measured = quality.answer["rows"];
+    ASSERT_EQ(measured.size(), codecs.size());
+    EXPECT_EQ(measured[2]["segmentalSnrDb"], 35.0);
+    EXPECT_EQ(measured[2]["melDistanceDb"], 0.0);
+    EXPECT_GT(double(measured[1]["segmentalSnrDb"]), double(measured[0]["segmentalSnrDb"]) + 6);
+    for (const Json& row : measured)
+        EXPECT_EQ(row["durationRatio"], 1.0) << row["algorithm"];
+    const std::string kept = readBytes(folder() / "Road.quality");
+    EXPECT_EQ(std::count(kept.begin(), kept.end(), '\n'), 6);
+    EXPECT_EQ(run({"project", "quality", ptp(), "--rows", "2"}).answer["rows"][0]["segmentalSnrDb"], 35.0);
+
     // Encoding one row again reuses its interim file.
     const Run again = run({"project", "encode", ptp(), "--rows", "1"});
     ASSERT_EQ(again.exitCode, 0);

@@ -82,10 +82,17 @@ const Text kKnownTexts[] = {
     TEXT(kCanNotDeleteFileSuffix, " !"),
     TEXT(kExternalEditorNotExisted, "The external editor has not existed!"),
     TEXT(kCanNotCopySuffix, " !"),
+    TEXT(kPcPlayDllNotFound, "Body PcPlay DLL not found!!"),
+    TEXT(kDoNotExistInProjectFolder, " do not exist in project folder !"),
+    TEXT(kDecodedTempNotFound, "The decoded temporary file is not found!"),
 };
 
 // Texts this program adds where a failure would otherwise go unsaid.
 const Text kOwnTexts[] = {
+    TEXT(kBoardPlayNotAvailable,
+         "Playing on the target board needs the board player, which this version does not have yet !"),
+    TEXT(kNothingDecodedToPlay, "This item has not been decoded yet !"),
+    TEXT(kCanNotPlayPrefix, "Can not play "),
     TEXT(kCannotSaveWait, "Cannot save the project, please wait !"),
     TEXT(kSaveProjectFailed, "Save project failed !"),
     TEXT(kCanNotCopyPrefix, "Can not copy "),
