@@ -41,6 +41,11 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                         "a mel-band log-spectral distance after alignment, and the decode's duration against the "
                         "source's. The measures are kept in PROJECT.quality beside the project file and read back "
                         "while the decode stays the same."},
+    {"project sweep", "Encodes and decodes the sources given by ID (every source by default) at every bit rate "
+                      "that body B offers for each of its algorithms (or those named by --algo, which may be "
+                      "given again), in scratch projects that leave this one as it was, and reports per source "
+                      "and setting the encode size, compression rate and quality; --csv FILE writes the same "
+                      "table as CSV. --jobs N shares the settings out to N processes (default: the cores)."},
     {"bodies", "Prints the body settings as JSON: the file FILE, or without it the file the program uses (the "
                "user's copy when there is one, else the one beside the program), named in \"file\"."},
     {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "

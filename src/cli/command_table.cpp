@@ -18,6 +18,7 @@ const std::vector<CommandSpec>& commandTable()
         addEncodeCommands(t);
         addPlayCommands(t);
         addQualityCommands(t);
+        addSweepCommands(t);
         return t;
     }();
     return table;

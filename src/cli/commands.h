@@ -16,5 +16,6 @@ void addExportCommands(std::vector<CommandSpec>& table);
 void addEncodeCommands(std::vector<CommandSpec>& table);
 void addPlayCommands(std::vector<CommandSpec>& table);
 void addQualityCommands(std::vector<CommandSpec>& table);
+void addSweepCommands(std::vector<CommandSpec>& table);
 
 } // namespace kestrelon::cli

@@ -8,6 +8,9 @@
 #endif
 
 #include <cstdlib>
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
 
 namespace kestrelon {
 
@@ -17,6 +20,22 @@ std::filesystem::path environmentPath(const char* name)
 {
     const char* value = std::getenv(name);
     return value && *value ? std::filesystem::path(value) : std::filesystem::path();
+}
+
+// One argument for the system's command interpreter, taken literally.
+std::string quoted(const std::string& word)
+{
+#if defined(_WIN32)
+    std::string out = "\"";
+    for (char c : word)
+        out += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return out + "\"";
+#else
+    std::string out = "'";
+    for (char c : word)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+#endif
 }
 
 } // namespace
@@ -52,6 +71,21 @@ std::filesystem::path userConfigFolder()
         return config;
     const auto home = environmentPath("HOME");
     return home.empty() ? home : home / ".config";
+#endif
+}
+
+int runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+               const std::filesystem::path& output, const std::filesystem::path& errors)
+{
+    std::string command = quoted(program.string());
+    for (const std::string& argument : arguments)
+        command += " " + quoted(argument);
+    command += " >" + quoted(output.string()) + " 2>" + quoted(errors.string());
+#if defined(_WIN32)
+    return std::system(("\"" + command + "\"").c_str());
+#else
+    const int status = std::system(command.c_str());
+    return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 #endif
 }
 

@@ -2,6 +2,8 @@
 // The few services the program needs from the operating system that the
 // standard library lacks. This is the only place that calls them directly.
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace kestrelon {
 
@@ -14,5 +16,12 @@ std::filesystem::path executableFolder();
 // copy of a file the program folder will not let us write is kept. Empty when
 // the environment names no home.
 std::filesystem::path userConfigFolder();
+
+// Runs `program` with `arguments` (each passed as one argument, whatever it
+// holds), its standard output into the file `output` and its standard error
+// into `errors`, and waits for it. The program's exit status; -1 when it could
+// not be run or did not end normally.
+int runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+               const std::filesystem::path& output, const std::filesystem::path& errors);
 
 } // namespace kestrelon

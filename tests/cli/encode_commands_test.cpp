@@ -3,6 +3,7 @@
 // the program's own program folder, body settings and codec plug-ins.
 #include "cli_run.h"
 #include "common/paths.h"
+#include "project/folder_snapshot.h"
 #include "support/files.h"
 #include "support/temp_dir.h"
 
@@ -169,4 +170,32 @@ TEST_F(EncodeCommandsTest, AnotherBodySettingsFileAndAnAddedAlgorithm)
     EXPECT_EQ(algo.answer["algorithms"][1]["path"], "Algos\\MuLaw" + suffix);
     const Run declined = run({"project", "add-algo", ptp(), (program / "Algorithms" / ("MuLaw" + suffix)).string()});
     EXPECT_EQ(declined.answer["outcome"], "declined");
+}
+
+// A sweep of one source across the waveform codecs' bit rates, on two jobs:
+// every setting the body offers is there, in the body's order; the quality
+// falls with the bit rate; the project itself is left exactly as it was.
+TEST_F(EncodeCommandsTest, ASweepMeasuresEveryRateWithoutTouchingTheProject)
+{
+    const FolderSnapshot before = snapshot(folder());
+    const Run swept = run({"project", "sweep", ptp(), "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--algo", "MuLaw",
+                           "--jobs", "2", "--csv", (scratch / "sweep.csv").string(), "hts1a.wav"});
+    ASSERT_EQ(swept.exitCode, 0) << swept.err;
+    EXPECT_EQ(snapshot(folder()), before);
+    const Json& rows = swept.answer["rows"];
+    ASSERT_EQ(rows.size(), 5u);
+    std::vector<std::string> settings;
+    for (const Json& row : rows)
+        settings.push_back(std::string(row["algorithm"]) + " " + std::string(row["bitRate"]));
+    EXPECT_EQ(settings, (std::vector<std::string>{"ImaAdpcm 32000", "ImaAdpcm 24000", "ImaAdpcm 16000",
+                                                  "MuLaw 64000", "MuLaw 48000"}));
+    EXPECT_EQ(rows[0]["encodeSize"], "12050");
+    for (std::size_t i : {0u, 1u, 3u})
+        EXPECT_GT(double(rows[i]["segmentalSnrDb"]), double(rows[i + 1]["segmentalSnrDb"])) << settings[i];
+    const std::string csv = readBytes(scratch / "sweep.csv");
+    EXPECT_EQ(csv.rfind("fileName,algorithm,bitRate,encodeSize,compressionRate,segmentalSnrDb,melDistanceDb,"
+                        "durationRatio\nhts1a.wav,ImaAdpcm,32000,12050,25,",
+                        0),
+              0u)
+        << csv;
 }
