@@ -1,17 +1,13 @@
 #pragma once
 // Runs the built kestrelon-cli with the given words and keeps what it printed.
+#include "common/platform.h"
 #include "support/files.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#ifndef _WIN32
-#include <sys/wait.h>
-#endif
 
 namespace kestrelon::test {
 
@@ -21,34 +17,13 @@ struct CliRun {
     std::string err;
 };
 
-inline std::string shellQuoted(const std::string& word)
-{
-#ifdef _WIN32
-    return "\"" + word + "\""; // the tests' words hold no double quote
-#else
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-#endif
-}
-
 // `scratch` receives the two output files.
 inline CliRun runCli(const std::vector<std::string>& words, const std::filesystem::path& scratch)
 {
-    std::string command = shellQuoted(KESTRELON_CLI);
-    for (const std::string& word : words)
-        command += " " + shellQuoted(word);
     const std::filesystem::path out = scratch / "cli.out";
     const std::filesystem::path err = scratch / "cli.err";
-    command += " >" + shellQuoted(out.string()) + " 2>" + shellQuoted(err.string());
-    const int status = std::system(command.c_str());
     CliRun run;
-#ifdef _WIN32
-    run.exitCode = status;
-#else
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-#endif
+    run.exitCode = runProgram(KESTRELON_CLI, words, out, err);
     run.out = readBytes(out);
     run.err = readBytes(err);
     std::filesystem::remove(out);
