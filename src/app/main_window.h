@@ -48,7 +48,7 @@ struct FrameOptions {
     UserPort* port = nullptr;
     FileChooser* chooser = nullptr;
     // The body settings file in use: the program folder's, or the user's copy.
-    std::filesystem::path bodySettingsFile;
+    std::filesystem::path bodySettingsFile = {};
 };
 
 class MainWindow : public QMainWindow {
