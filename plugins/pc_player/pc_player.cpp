@@ -34,8 +34,10 @@ bool acquireSdlAudio()
 void releaseSdlAudio()
 {
     std::lock_guard lock(g_sdlMutex);
+    // All of SDL goes with the last player: the host may unload this library,
+    // and SDL's own state must not outlive it.
     if (--g_sdlUsers == 0)
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        SDL_Quit();
 }
 
 struct PcPlayer : kestrelon_player {
