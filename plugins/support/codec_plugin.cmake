@@ -27,8 +27,11 @@ function(kestrelon_codec_plugin name)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    target_link_options(${name} PRIVATE
-      LINKER:--exclude-libs,ALL LINKER:--as-needed LINKER:--no-undefined)
+    target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL LINKER:--as-needed)
+    # Sanitizer builds leave their runtime's symbols for the program to bring.
+    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+      target_link_options(${name} PRIVATE LINKER:--no-undefined)
+    endif()
   endif()
   # Copied at configure time, and again whenever the source file changes.
   configure_file(${ARG_BODY_FILE} ${KESTRELON_CODEC_DIR}/${name}.bdy COPYONLY)
