@@ -114,6 +114,14 @@ static kestrelon_result fc_encode_slot(kestrelon_codec* c, const char* wave_path
 
     if (window_ok(text) && text->set_text) text->set_text(text->context, "FailingCodec encoding");
     if (window_ok(bar) && bar->set_range) bar->set_range(bar->context, 0, 100);
+    if (find_item("garbage", NULL, 0)) { /* a lying codec: success, and 7 bytes that are no encoding */
+        FILE* out = fopen(output_path, "wb");
+        if (out) {
+            fwrite("garbage", 1, 7, out);
+            fclose(out);
+        }
+        return KESTRELON_RESULT_OK;
+    }
     if (fc_encode(wave_path, output_path) != 0) {
         snprintf(self->last_error, sizeof self->last_error, "FailingCodec cannot encode %s", wave_path);
         return 0x8001u;

@@ -3,6 +3,7 @@
 #include "bodies/body_settings.h"
 #include "codec/interim_packer.h"
 #include "codec/project_algorithms.h"
+#include "codec/raw_extraction.h"
 #include "codec/results.h"
 #include "codec/temp_names.h"
 #include "common/file_io.h"
@@ -331,6 +332,9 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     std::error_code ec;
     const std::uintmax_t rawSize = ok ? fs::file_size(output, ec) : 0;
     ok = ok && !ec;
+    // A codec that says it succeeded has still to deliver an encoded file:
+    // without its header the data would reach the firmware as speech.
+    ok = ok && inspectEncodedFile(output, port).has_value();
     if (ok && !EncryptZip(output, interim)) {
         port.showMessage(utf8FromPath(interim.filename()) + std::string(msg::kInterimCanNotPack));
         ok = false;

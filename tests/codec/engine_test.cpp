@@ -196,6 +196,18 @@ TEST_F(EngineTest, AFailingCodecLeavesTheRowAsItWasAndNoFileBehind)
     EXPECT_EQ(port.texts(), (std::vector<std::string>{"8001", "8001"}));
     EXPECT_EQ(source->records()[0].decodeName, "");
     EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
+
+    // A codec that claims success but writes 7 bytes of no encoding: the
+    // row fails as one whose data has no header, and keeps what it had.
+    port.clear();
+    setEnv("KESTRELON_FAILING_CODEC", "garbage");
+    EXPECT_EQ(encodeRows({0}).rows[0], RowOutcome::Failed);
+    ASSERT_EQ(port.texts().size(), 1u);
+    EXPECT_EQ(port.texts()[0].rfind("SAF", 0), 0u) << port.texts()[0]; // the codec's output, by name
+    EXPECT_TRUE(port.texts()[0].ends_with(".tmp is not a correct encoded file !")) << port.texts()[0];
+    EXPECT_EQ(source->records()[0].encodeName, before.encodeName);
+    EXPECT_EQ(source->records()[0].encodeSize, before.encodeSize);
+    EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
 }
 
 TEST_F(EngineTest, AStopRequestEndsTheBatchBeforeTheNextRow)
