@@ -182,6 +182,7 @@ bool commandEnabled(int id, const FrameState& s)
     case kDuplicate:
         return projectIdle && s.listHasSelection && s.bodiesLoaded;
     case kEncodeInfo:
+    case kShowWaveform:
     case kRowProperty:
     case kShowConfigurationUpdateOnly:
         return projectIdle && s.listHasCurrentRow;

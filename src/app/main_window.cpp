@@ -10,8 +10,10 @@
 #include "app/file_chooser.h"
 #include "app/playback/play_commands.h"
 #include "app/qt_user_port.h"
+#include "app/waveform/wave_window.h"
 #include "app/views/main_view.h"
 #include "bodies/body_settings.h"
+#include "codec/row_decoded_wave.h"
 #include "app/workspace_bar.h"
 #include "common/messages.h"
 #include "common/paths.h"
@@ -346,6 +348,7 @@ void MainWindow::sessionChanged()
     // The old tree's selection refers to the project that just closed: the
     // frame stops seeing it before the bar lets go of it (which updates the
     // commands), and it goes only after that.
+    closeWaveWindows();
     const std::unique_ptr<WorkspaceTree> closedTree = std::move(m_tree);
     m_workspace->setProject(nullptr, nullptr, {}, nullptr);
     if (m_session.isOpen()) {
@@ -421,6 +424,7 @@ void MainWindow::runCommand(int id)
         case kHelp: onHelp(); break;
         case kExternalEditor: onExternalEditor(); break;
         case kSplitterBarKey: onSplitterBar(); break;
+        case kShowWaveform: onShowWaveform(); break;
         case kAutoDecode: onAutoDecode(); break;
         case kRefreshKey: refreshViews(); break;
         case kExit: close(); break;
@@ -622,6 +626,35 @@ void MainWindow::onExternalEditor()
     updateCommands();
     runExternalEditor(editor, m_tree->sourcePath(*source), this);
     m_editorRunning = false;
+}
+
+void MainWindow::onShowWaveform()
+{
+    const std::optional<ListRow> row = m_view->currentListRow();
+    if (!row) return;
+    const EditInfoRecord& record = row->record();
+    auto* window = new WaveWindow(m_session.filesFolder() / pathFromUtf8(record.fileName), m_settings.colors, *m_port,
+                                  &m_playing->controller(), this);
+    window->setWindowFlag(Qt::Window);
+    if (!window->loaded()) {
+        delete window;
+        return;
+    }
+    // The decoded pane is a bonus: a row not decoded shows its source alone.
+    if (!record.decodeName.empty()) {
+        const std::filesystem::path decoded = unpackDecodedWave(m_session, record, window->scratchFolder(), *m_port);
+        if (!decoded.empty()) window->loadDecoded(decoded);
+    }
+    m_waveWindows.emplace_back(window);
+    window->show();
+}
+
+void MainWindow::closeWaveWindows()
+{
+    // Their files are the project's: they go with it.
+    for (const QPointer<WaveWindow>& window : m_waveWindows)
+        if (window) window->close();
+    m_waveWindows.clear();
 }
 
 void MainWindow::onSplitterBar()

@@ -17,6 +17,7 @@
 #include "settings/settings_store.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <filesystem>
 #include <memory>
@@ -36,6 +37,7 @@ class MainView;
 class PlayCommands;
 class QtUserPort;
 class WorkspaceBar;
+class WaveWindow;
 class WorkspaceTree;
 
 struct FrameOptions {
@@ -119,6 +121,8 @@ public slots:
     void onHelp();
     void onExternalEditor();
     void onSplitterBar();
+    void onShowWaveform();
+    void closeWaveWindows();
     void onAutoDecode();
 
 signals:
@@ -147,6 +151,7 @@ private:
     SettingsStore m_settings;
     RecentProjects m_recent;
     std::unique_ptr<QtUserPort> m_ownPort;
+    std::vector<QPointer<WaveWindow>> m_waveWindows; // open waveform windows of the project
     UserPort* m_port;
     std::unique_ptr<FileChooser> m_ownChooser;
     FileChooser* m_chooser;

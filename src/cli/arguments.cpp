@@ -25,6 +25,21 @@ std::optional<std::string> Arguments::takeOption(std::string_view name)
     return value;
 }
 
+std::optional<long long> Arguments::takeNumber(std::string_view name, long long low, long long high)
+{
+    const std::optional<std::string> text = takeOption(name);
+    if (!text)
+        return std::nullopt;
+    const std::size_t digitsFrom = !text->empty() && (*text)[0] == '-' ? 1 : 0;
+    const bool number = text->size() > digitsFrom && text->size() <= 18 &&
+                        text->find_first_not_of("0123456789", digitsFrom) == std::string::npos;
+    const long long value = number ? std::stoll(*text) : 0;
+    if (!number || value < low || value > high)
+        throw UsageError(std::string(name) + " takes a whole number from " + std::to_string(low) + " to " +
+                         std::to_string(high) + ": " + *text);
+    return value;
+}
+
 std::vector<std::string> Arguments::positionals() const
 {
     for (const std::string& word : m_words)

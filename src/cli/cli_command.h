@@ -30,6 +30,8 @@ public:
 
     bool takeFlag(std::string_view name);
     std::optional<std::string> takeOption(std::string_view name);
+    // A whole number in [low, high]; anything else is a UsageError.
+    std::optional<long long> takeNumber(std::string_view name, long long low, long long high);
     // All positional words; throws UsageError if an unknown option is left.
     std::vector<std::string> positionals() const;
     // Exactly `count` positional words.

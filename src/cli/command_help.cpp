@@ -57,6 +57,15 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
     {"registry dump", "Prints the project's algorithm registry as JSON."},
     {"registry prune", "Removes registry entries whose plug-in is no longer in the project's Algos folder."},
     {"events dump", "Prints a speech event file as JSON."},
+    {"events add", "Adds an event at sample N with the ID K (1 to 254) to a speech event file and writes it; an "
+                   "event that already has the ID is replaced with --yes and kept (nothing added) with --no. "
+                   "--label sets a custom label, --default-label goes back to the default one."},
+    {"events delete", "Removes the event with the ID K from a speech event file and writes it."},
+    {"wave save", "Saves a wave, or the samples --from S up to (not including) --to S, as a mono 16-bit WAV "
+                  "file; the name must end in .wav."},
+    {"wave render", "Draws a wave (or --from S --to S) as a PNG picture of --width by --height pixels (1600 by "
+                    "200), with the waveform colours of the user's settings (or --settings-dir DIR) and the "
+                    "marks of --events FILE.evt."},
     {"playlist dump", "Prints a play-list file as JSON."},
     {"header", "Prints the 48-byte header of an encoded file (an exported file or an unpacked interim file) "
                "as JSON."},

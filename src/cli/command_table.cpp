@@ -10,6 +10,7 @@ const std::vector<CommandSpec>& commandTable()
         addBodyCommands(t);
         addRegistryCommands(t);
         addEventCommands(t);
+        addWaveCommands(t);
         addPlayListCommands(t);
         addHeaderCommands(t);
         addSettingsCommands(t);

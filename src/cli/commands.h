@@ -17,5 +17,6 @@ void addEncodeCommands(std::vector<CommandSpec>& table);
 void addPlayCommands(std::vector<CommandSpec>& table);
 void addQualityCommands(std::vector<CommandSpec>& table);
 void addSweepCommands(std::vector<CommandSpec>& table);
+void addWaveCommands(std::vector<CommandSpec>& table);
 
 } // namespace kestrelon::cli

@@ -19,29 +19,19 @@ namespace {
 // noticed at once, coarse enough to cost nothing.
 constexpr auto kFollowPeriod = std::chrono::milliseconds(5);
 
-std::size_t wholeNumber(const std::string& text, const char* option)
-{
-    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
-        throw UsageError(std::string(option) + " takes a whole number: " + text);
-    return std::stoul(text);
-}
-
 // Plays a row's original or decoded wave through the PC player that the body
 // settings name, and returns when it has ended (every pass of --loop-count).
 Result play(Context& ctx)
 {
-    const auto rowText = ctx.args.takeOption("--row");
+    const auto rowNumber = ctx.args.takeNumber("--row", 0, 1'000'000'000);
     const auto whatText = ctx.args.takeOption("--what");
-    const auto loopText = ctx.args.takeOption("--loop-count");
+    const int loops = int(ctx.args.takeNumber("--loop-count", 1, 1'000'000'000).value_or(1));
     const auto words = ctx.args.expect(1);
-    if (!rowText || !whatText)
+    if (!rowNumber || !whatText)
         throw UsageError("--row N and --what original|decoded are required");
     if (*whatText != "original" && *whatText != "decoded")
         throw UsageError("--what takes original or decoded: " + *whatText);
-    const std::size_t row = wholeNumber(*rowText, "--row");
-    const int loops = loopText ? static_cast<int>(wholeNumber(*loopText, "--loop-count")) : 1;
-    if (loops < 1)
-        throw UsageError("--loop-count takes 1 or more");
+    const std::size_t row = std::size_t(*rowNumber);
 
     BodySettings bodies;
     if (!bodies.load(ctx.bodySettingsFile, ctx.programFolder, ctx.port))

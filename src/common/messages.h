@@ -109,6 +109,16 @@ inline constexpr std::string_view kExportEventsClashMiddle = " would replace tho
 
 // Speech events
 inline constexpr std::string_view kDefaultLabel = "Default Label";
+inline constexpr std::string_view kEventIdExists = "The ID already existed , replace it ?";
+inline constexpr std::string_view kEventIdRange = "The ID must be a number from 1 to 254 !";
+inline constexpr std::string_view kEventFileNotWrittenPrefix = "Can not write the speech event file "; // path, then " !"
+inline constexpr std::string_view kEventNotFoundPrefix = "There is no event with the ID "; // then the ID and " !"
+
+// Waveform windows
+inline constexpr std::string_view kWaveSaveExtension = "Sorry,file extension should be '.wav' !";
+inline constexpr std::string_view kWaveWriteError = "Write output .wav file error";
+inline constexpr std::string_view kWaveSaveFailed = "Save as .wav file fails!";
+inline constexpr std::string_view kWaveRangeInvalid = "The range to save lies outside the wave !";
 
 // Settings
 inline constexpr std::string_view kSettingsUnreadable = "The settings could not be read; the defaults are used.";

@@ -1,7 +1,6 @@
 #include "playback/playback_controller.h"
 
-#include "codec/interim_packer.h"
-#include "codec/row_encoded_file.h"
+#include "codec/row_decoded_wave.h"
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
@@ -10,8 +9,6 @@
 #include "project/edit_info_record.h"
 #include "project/project_session.h"
 #include "wave/wave_file.h"
-
-#include <system_error>
 
 namespace kestrelon {
 
@@ -49,23 +46,9 @@ bool PlaybackController::playRow(const ProjectSession& session, const EditInfoRe
             return false;
         }
     } else {
-        if (record.decodeName.empty()) {
-            m_port.showMessage(msg::kNothingDecodedToPlay);
+        wave = unpackDecodedWave(session, record, session.tempFolder() / pathFromUtf8(kPlayFolder), m_port);
+        if (wave.empty())
             return false;
-        }
-        const fs::path packed = isPlainFileName(record.decodeName) ? findInterimFile(session, record.decodeName) : fs::path();
-        if (packed.empty()) {
-            m_port.showMessage(msg::kDecodedTempNotFound);
-            return false;
-        }
-        const fs::path folder = session.tempFolder() / pathFromUtf8(kPlayFolder);
-        std::error_code ec;
-        fs::create_directories(folder, ec);
-        wave = folder / pathFromUtf8(fileStem(record.decodeName) + ".wav");
-        if (!DecryptUnzip(packed, wave)) {
-            m_port.showMessage(record.decodeName + std::string(msg::kInterimCanNotUnpack));
-            return false;
-        }
         m_scratch = wave;
     }
     m_status.what = what;

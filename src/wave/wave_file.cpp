@@ -296,7 +296,7 @@ std::int64_t WaveFile::lengthMs() const
     return (frameCount() * 1000 + m_sampleRate / 2) / m_sampleRate;
 }
 
-std::string packPcm16(const std::vector<std::int16_t>& samples)
+std::string packPcm16(std::span<const std::int16_t> samples)
 {
     std::string bytes;
     bytes.reserve(samples.size() * 2);
@@ -319,7 +319,7 @@ bool unpackPcm16(std::string_view bytes, std::vector<std::int16_t>& samples)
     return true;
 }
 
-std::string wav16Bytes(const std::vector<std::int16_t>& samples, int sampleRate)
+std::string wav16Bytes(std::span<const std::int16_t> samples, int sampleRate)
 {
     constexpr std::uint64_t kHeaderAfterRiffSize = 36; // "WAVE" + fmt chunk + data chunk header
     const std::uint64_t dataBytes = std::uint64_t{samples.size()} * 2;
@@ -346,8 +346,7 @@ std::string wav16Bytes(const std::vector<std::int16_t>& samples, int sampleRate)
     return bytes;
 }
 
-bool writeWav16(const std::filesystem::path& path, const std::vector<std::int16_t>& samples,
-                int sampleRate)
+bool writeWav16(const std::filesystem::path& path, std::span<const std::int16_t> samples, int sampleRate)
 {
     const std::string bytes = wav16Bytes(samples, sampleRate);
     if (bytes.empty())

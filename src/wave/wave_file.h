@@ -9,6 +9,7 @@
 // same samples to both.
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -72,7 +73,7 @@ inline constexpr std::int64_t kMaxWaveFrames = std::int64_t{1} << 28;
 
 // 16-bit little-endian PCM: the sample layout of a canonical WAV's data chunk
 // and of the linear PCM codec.
-std::string packPcm16(const std::vector<std::int16_t>& samples);
+std::string packPcm16(std::span<const std::int16_t> samples);
 // False (and samples left empty) when the byte count is odd: half a sample
 // means the data is damaged.
 bool unpackPcm16(std::string_view bytes, std::vector<std::int16_t>& samples);
@@ -80,10 +81,9 @@ bool unpackPcm16(std::string_view bytes, std::vector<std::int16_t>& samples);
 // A canonical mono 16-bit PCM WAV file: a 44-byte header followed by the
 // samples. Empty when the rate is not positive or the data would not fit the
 // format's 32-bit sizes.
-std::string wav16Bytes(const std::vector<std::int16_t>& samples, int sampleRate);
+std::string wav16Bytes(std::span<const std::int16_t> samples, int sampleRate);
 
 // Writes wav16Bytes() whole through writeFileAtomically.
-bool writeWav16(const std::filesystem::path& path, const std::vector<std::int16_t>& samples,
-                int sampleRate);
+bool writeWav16(const std::filesystem::path& path, std::span<const std::int16_t> samples, int sampleRate);
 
 } // namespace kestrelon

@@ -7,6 +7,9 @@
 #include "app/main_window.h"
 #include "app/views/main_view.h"
 #include "app/dialogs/progress_dialog.h"
+#include "app/waveform/speech_event_dialog.h"
+#include "app/waveform/wave_pane.h"
+#include "app/waveform/wave_window.h"
 #include "app/workspace_bar.h"
 #include "bodies/body_settings.h"
 #include "common/platform.h"
@@ -143,6 +146,32 @@ int main(int argc, char** argv)
     saveCommandDialog(frame, cmd::kDllSetting, out, QStringLiteral("17-dll-setting.png"));
     saveCommandDialog(frame, cmd::kBodyInformation, out, QStringLiteral("18-body-information.png"));
     saveMenu(frame, QStringLiteral("&Edit"), out, QStringLiteral("19-menu-edit-row.png"));
+
+    // A row's waveform window: a selection, the event dialog, then both panes split.
+    selectRows(frame, {1});
+    frame.runCommand(cmd::kShowWaveform);
+    if (const auto windows = frame.findChildren<WaveWindow*>(); !windows.empty()) {
+        WaveWindow* wave = windows.front();
+        wave->resize(1100, 420);
+        QApplication::processEvents();
+        WaveView& view = wave->originalPane()->view();
+        view.select(view.viewport().sampleCount() / 4, view.viewport().sampleCount() / 3);
+        QApplication::processEvents();
+        save(wave, out, QStringLiteral("22-waveform.png"));
+        view.zoomToSelection();
+        wave->openEventDialog();
+        QApplication::processEvents();
+        save(wave, out, QStringLiteral("23-waveform-zoomed.png"));
+        save(wave->eventDialog(), out, QStringLiteral("24-speech-event.png"));
+        wave->eventDialog()->close();
+        setSplitViewEnabled(true);
+        wave->setSplit(true);
+        wave->resize(1100, 640);
+        QApplication::processEvents();
+        save(wave, out, QStringLiteral("25-waveform-split.png"));
+        setSplitViewEnabled(false);
+        wave->close();
+    }
 
     // The progress window while a batch runs.
     selectRows(frame, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});

@@ -204,7 +204,7 @@ TEST(WaveFile, RefusesWhatIsNotACompleteWaveAndForgetsThePreviousFile)
 
     // A chunk of odd size before "data" is followed by a pad byte: the data
     // chunk is found after it, whole or cut short.
-    const std::string canonical = wav16Bytes({100, -200, 300, -400}, 8000);
+    const std::string canonical = wav16Bytes(std::vector<std::int16_t>{100, -200, 300, -400}, 8000);
     std::string padded = canonical.substr(0, 36) + std::string("JUNK\x03\x00\x00\x00" "abc" "\x00", 12) + canonical.substr(36);
     padded[4] = static_cast<char>(static_cast<unsigned char>(padded[4]) + 12); // the RIFF size grows by the chunk
     test::writeBytes(dir / "padded.wav", padded);
