@@ -19,7 +19,6 @@ struct SampleRange {
     bool empty = true;
 
     void add(std::int16_t low, std::int16_t high);
-    void add(const SampleRange& other);
 };
 
 class WaveSummary {
@@ -37,7 +36,9 @@ public:
     // nothing is left.
     SampleRange range(std::int64_t from, std::int64_t to) const;
     // One range per column: column i covers [from + i*span/columns,
-    // from + (i+1)*span/columns) with span = to - from.
+    // from + (i+1)*span/columns) with span = to - from, every sample in
+    // exactly one column. Columns of over 256 samples have their edges
+    // rounded down to a block of at most 1/16 of a column.
     std::vector<SampleRange> columns(std::int64_t from, std::int64_t to, int columns) const;
 
     int levelCount() const { return int(m_levels.size()); }
@@ -48,7 +49,12 @@ public:
 
 private:
     std::span<const std::int16_t> m_samples;
-    std::vector<std::vector<SampleRange>> m_levels;
+    // A block is never empty, so a level stores just its two extremes.
+    struct Extremes {
+        std::int16_t min;
+        std::int16_t max;
+    };
+    std::vector<std::vector<Extremes>> m_levels;
 };
 
 } // namespace kestrelon
