@@ -5,6 +5,8 @@
 #include "app/playback/play_commands.h"
 #include "app/views/list_columns.h"
 #include "app/views/main_view.h"
+#include "app/waveform/wave_pane.h"
+#include "app/waveform/wave_window.h"
 #include "app_support.h"
 #include "bodies/body_settings.h"
 #include "support/files.h"
@@ -75,6 +77,71 @@ TEST(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
     ASSERT_GE(heard.size(), tone.size());
     EXPECT_EQ(std::vector<std::int16_t>(heard.begin(), heard.begin() + std::ptrdiff_t(tone.size())), tone);
     EXPECT_TRUE(port.texts().empty());
+}
+
+TEST(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
+{
+    test::TempDir dir;
+    const std::filesystem::path device = dir / "device.raw";
+    setenv("SDL_AUDIODRIVER", "disk", 1);
+    setenv("SDL_DISKAUDIOFILE", device.string().c_str(), 1);
+    setenv("SDL_DISKAUDIODELAY", "0", 1);
+    std::vector<std::int16_t> ramp(6000);
+    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<std::int16_t>(i * 5 - 15000);
+    std::filesystem::create_directories(dir / "Demo" / "Files");
+    ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", ramp, 8000));
+    test::writeBytes(dir / "Demo" / "Demo.ptp",
+                     "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
+                     "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
+                     "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
+                     "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
+                     "# End Project\n");
+    test::ScriptedPort port;
+    test::ScriptedChooser chooser;
+    const std::filesystem::path program = KESTRELON_PROGRAM_DIR;
+    BodySettings bodies;
+    ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
+    MainWindow frame(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
+    ASSERT_TRUE(frame.openProject(dir / "Demo" / "Demo.ptp"));
+    frame.loadPlayers();
+    QTableView* table = frame.mainView()->table();
+    table->setCurrentIndex(table->model()->index(0, 0));
+    frame.updateCommands();
+    ASSERT_TRUE(frame.action(cmd::kShowWaveform)->isEnabled());
+    frame.runCommand(cmd::kShowWaveform);
+    const auto windows = frame.findChildren<WaveWindow*>();
+    ASSERT_EQ(windows.size(), 1);
+    WaveWindow& window = *windows.front();
+    EXPECT_EQ(window.decodedPane(), nullptr); // not decoded: the source alone
+    WaveView& view = window.originalPane()->view();
+    view.select(1000, 2500);
+
+    std::vector<std::int64_t> positions;
+    QObject::connect(window.originalPane(), &WavePane::playStateChanged, [&] {
+        if (view.playPosition() >= 0) positions.push_back(view.playPosition());
+    });
+    window.action(QStringLiteral("&Play"))->trigger();
+    EXPECT_TRUE(window.originalPane()->playing());
+    for (int i = 0; i < 400 && window.originalPane()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(window.originalPane()->playing());
+    EXPECT_EQ(view.playPosition(), -1); // the line goes with the sound
+    std::vector<std::int16_t> heard;
+    ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
+    ASSERT_GE(heard.size(), 1500u);
+    EXPECT_EQ(std::vector<std::int16_t>(heard.begin(), heard.begin() + 1500),
+              std::vector<std::int16_t>(ramp.begin() + 1000, ramp.begin() + 2500));
+    ASSERT_FALSE(positions.empty());
+    for (const std::int64_t at : positions) {
+        EXPECT_GE(at, 1000);
+        EXPECT_LE(at, 2500);
+    }
+    EXPECT_TRUE(port.texts().empty());
+    frame.runCommand(cmd::kCloseProject);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(frame.findChildren<WaveWindow*>().empty()); // the project's windows go with it
 }
 
 } // namespace kestrelon

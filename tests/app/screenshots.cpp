@@ -17,6 +17,8 @@
 #include "project/workspace_tree.h"
 
 #include <QApplication>
+#include <QLineEdit>
+#include <QRadioButton>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTableView>
@@ -155,20 +157,30 @@ int main(int argc, char** argv)
         wave->resize(1100, 420);
         QApplication::processEvents();
         WaveView& view = wave->originalPane()->view();
-        view.select(view.viewport().sampleCount() / 4, view.viewport().sampleCount() / 3);
+        const std::int64_t n = view.viewport().sampleCount();
+        view.select(n / 4, n / 3);
         QApplication::processEvents();
         save(wave, out, QStringLiteral("22-waveform.png"));
-        view.zoomToSelection();
+        // Three labelled events on a word, as a user places them.
+        view.zoomTo(n / 5, n / 2);
         wave->openEventDialog();
+        SpeechEventDialog* events = wave->eventDialog();
+        events->customLabelButton()->click();
+        events->labelField()->setText(QStringLiteral("Greeting"));
+        for (const auto& [at, description] : {std::pair{n / 4, "word start"}, {n * 3 / 10, "stress"}, {n * 2 / 5, "word end"}}) {
+            view.setCursorSample(at);
+            events->descriptionField()->setText(QString::fromLatin1(description));
+            events->add();
+        }
         QApplication::processEvents();
-        save(wave, out, QStringLiteral("23-waveform-zoomed.png"));
-        save(wave->eventDialog(), out, QStringLiteral("24-speech-event.png"));
-        wave->eventDialog()->close();
+        save(events, out, QStringLiteral("23-speech-event.png"));
+        events->confirm();
+        view.select(n / 4, n * 2 / 5);
         setSplitViewEnabled(true);
         wave->setSplit(true);
         wave->resize(1100, 640);
         QApplication::processEvents();
-        save(wave, out, QStringLiteral("25-waveform-split.png"));
+        save(wave, out, QStringLiteral("24-waveform-split.png"));
         setSplitViewEnabled(false);
         wave->close();
     }

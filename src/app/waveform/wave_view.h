@@ -34,6 +34,7 @@ public:
     const SpeechEventList& events() const { return m_events; }
     // -1 hides the play position line.
     void setPlayPosition(std::int64_t sample);
+    std::int64_t playPosition() const { return m_playPosition; }
 
     const WaveViewport& viewport() const { return m_viewport; }
     void zoomIn();
