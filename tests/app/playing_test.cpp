@@ -10,6 +10,7 @@
 #include "app_support.h"
 #include "bodies/body_settings.h"
 #include "support/files.h"
+#include "support/sound.h"
 #include "wave/wave_file.h"
 
 #include <QAction>
@@ -74,8 +75,7 @@ TEST(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
     EXPECT_FALSE(frame.action(cmd::kStop)->isEnabled());
     std::vector<std::int16_t> heard;
     ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
-    ASSERT_GE(heard.size(), tone.size());
-    EXPECT_EQ(std::vector<std::int16_t>(heard.begin(), heard.begin() + std::ptrdiff_t(tone.size())), tone);
+    EXPECT_TRUE(test::beginsWithSound(heard, tone));
     EXPECT_TRUE(port.texts().empty());
 }
 
@@ -130,9 +130,7 @@ TEST(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
     EXPECT_EQ(view.playPosition(), -1); // the line goes with the sound
     std::vector<std::int16_t> heard;
     ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
-    ASSERT_GE(heard.size(), 1500u);
-    EXPECT_EQ(std::vector<std::int16_t>(heard.begin(), heard.begin() + 1500),
-              std::vector<std::int16_t>(ramp.begin() + 1000, ramp.begin() + 2500));
+    EXPECT_TRUE(test::beginsWithSound(heard, std::vector<std::int16_t>(ramp.begin() + 1000, ramp.begin() + 2500)));
     ASSERT_FALSE(positions.empty());
     for (const std::int64_t at : positions) {
         EXPECT_GE(at, 1000);

@@ -9,6 +9,7 @@
 #include "project/project_document.h"
 #include "project/project_session.h"
 #include "support/files.h"
+#include "support/sound.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"
 #include "wave/wave_file.h"
@@ -110,10 +111,11 @@ TEST_F(PcPlayback, EachCellPlaysExactlyItsWaveAtTheFilesRate)
     ASSERT_TRUE(controller.playRow(session, record(), PlayWhat::Original, "row 0"));
     EXPECT_EQ(controller.status().sampleRate, 11025);
     followToTheEnd(controller);
-    std::vector<std::int16_t> samples = heard();
-    ASSERT_GE(samples.size(), original.size());
-    EXPECT_EQ(std::vector<std::int16_t>(samples.begin(), samples.begin() + std::ptrdiff_t(original.size())), original);
-    EXPECT_EQ(withoutSilence({samples.begin() + std::ptrdiff_t(original.size()), samples.end()}).size(), 0u);
+    std::vector<std::int16_t> samples = test::fromFirstSound(heard());
+    EXPECT_TRUE(test::beginsWithSound(samples, original));
+    const std::vector<std::int16_t> sound = test::fromFirstSound(original);
+    ASSERT_GE(samples.size(), sound.size());
+    EXPECT_EQ(withoutSilence({samples.begin() + std::ptrdiff_t(sound.size()), samples.end()}).size(), 0u);
     EXPECT_EQ(controller.status().samplesPlayed, 5000);
     EXPECT_EQ(states.front(), PlayState::Playing);
     EXPECT_EQ(states.back(), PlayState::Idle);
@@ -125,8 +127,7 @@ TEST_F(PcPlayback, EachCellPlaysExactlyItsWaveAtTheFilesRate)
     EXPECT_EQ(controller.status().sampleRate, 8000);
     EXPECT_EQ(controller.status().state, PlayState::Looping);
     followToTheEnd(controller);
-    samples = heard(); // the last pass
-    EXPECT_EQ(std::vector<std::int16_t>(samples.begin(), samples.begin() + std::ptrdiff_t(decoded.size())), decoded);
+    EXPECT_TRUE(test::beginsWithSound(heard(), decoded)); // the last pass
     EXPECT_EQ(controller.status().samplesPlayed, 6000);
     EXPECT_EQ(controller.status().passes, 2);
     EXPECT_FALSE(fs::exists(copy));
