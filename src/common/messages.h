@@ -40,6 +40,8 @@ inline constexpr std::string_view kLogSaveSetFileError = "Error in save set file
 // Failures of the project lifecycle: a copy, folder or deletion that fails is
 // reported, so the user never believes a project was saved or closed whole
 // when it was not.
+inline constexpr std::string_view kProjectInUsePrefix = "The project is in use by "; // then who, and the suffix
+inline constexpr std::string_view kProjectInUseSuffix = " !\nIt can be opened when that program has closed it.";
 inline constexpr std::string_view kCannotSaveWait = "Cannot save the project, please wait !";
 inline constexpr std::string_view kSaveProjectFailed = "Save project failed !";
 inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy ";        // source, then kCopyTo, then target

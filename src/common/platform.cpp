@@ -38,25 +38,38 @@ std::string quoted(const std::string& word)
 #endif
 }
 
-} // namespace
-
-std::filesystem::path executableFolder()
+// The running executable, or empty when the system will not say.
+std::filesystem::path executablePath()
 {
 #if defined(_WIN32)
     wchar_t buffer[32768];
     const DWORD length = GetModuleFileNameW(nullptr, buffer, DWORD(std::size(buffer)));
-    return std::filesystem::path(std::wstring(buffer, length)).parent_path();
+    return std::filesystem::path(std::wstring(buffer, length));
 #elif defined(__APPLE__)
     uint32_t size = 0;
     _NSGetExecutablePath(nullptr, &size);
     std::vector<char> buffer(size + 1, '\0');
     _NSGetExecutablePath(buffer.data(), &size);
-    return std::filesystem::weakly_canonical(buffer.data()).parent_path();
+    return std::filesystem::weakly_canonical(buffer.data());
 #else
     std::error_code ec;
     const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
-    return ec ? std::filesystem::current_path() : exe.parent_path();
+    return ec ? std::filesystem::path() : exe;
 #endif
+}
+
+} // namespace
+
+std::filesystem::path executableFolder()
+{
+    const std::filesystem::path exe = executablePath();
+    return exe.empty() ? std::filesystem::current_path() : exe.parent_path();
+}
+
+std::string programName()
+{
+    const std::filesystem::path exe = executablePath();
+    return exe.empty() ? std::string("kestrelon") : exe.filename().string();
 }
 
 std::filesystem::path userConfigFolder()

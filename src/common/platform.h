@@ -10,6 +10,9 @@ namespace kestrelon {
 // Folder of the running executable: the program folder, where the body
 // settings file and the player plug-ins lie.
 std::filesystem::path executableFolder();
+// The running executable's file name ("kestrelon-cli"), for telling people
+// which program holds something.
+std::string programName();
 
 // The user's own configuration folder (XDG_CONFIG_HOME or ~/.config, the
 // roaming application data on Windows, Preferences on macOS): where a user's

@@ -101,6 +101,12 @@ bool ProjectSession::newProject(const std::string& location, const std::string& 
         m_port.showMessage(text(msg::kCanNotCreatePrefix, folder, msg::kCanNotCreateFolderSuffix));
         return false;
     }
+    FolderLock lock;
+    if (!lockFolder(folder, lock)) {
+        deleteFolderTree(folder, folder);
+        return false;
+    }
+    m_lock = std::move(lock);
     m_document = std::make_unique<ProjectDocument>();
     m_projectFile = file;
     m_newProject = true;
@@ -130,7 +136,15 @@ bool ProjectSession::openProject(const fs::path& path)
         m_port.showMessage(msg::kProjectIsOpen);
         return false;
     }
+    // Another program's project is refused before the open one is closed; a
+    // project beside the open one is locked again once that one let go.
+    FolderLock lock;
+    const bool ownFolder = m_lock.held() && samePath(m_lock.folder(), file.parent_path());
+    if (!ownFolder && !lockFolder(file.parent_path(), lock))
+        return false;
     if (!closeProject())
+        return false;
+    if (ownFolder && !lockFolder(file.parent_path(), lock))
         return false;
 
     auto document = std::make_unique<ProjectDocument>();
@@ -157,8 +171,18 @@ bool ProjectSession::openProject(const fs::path& path)
         return false;
     }
     m_newProject = false;
+    m_lock = std::move(lock);
     addRecent(file);
     return true;
+}
+
+bool ProjectSession::lockFolder(const fs::path& folder, FolderLock& lock)
+{
+    if (lock.take(folder) != FolderLock::Outcome::HeldByOther)
+        return true; // a folder that cannot hold a lock file cannot be written by anyone through us either
+    m_port.showMessage(std::string(msg::kProjectInUsePrefix) + describeHolder(lock.holder()) +
+                       std::string(msg::kProjectInUseSuffix));
+    return false;
 }
 
 bool ProjectSession::saveProject()
@@ -220,18 +244,23 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
         return false;
     }
 
+    FolderLock newLock;
+    const bool sameFolder = samePath(newFolder, oldFolder);
+    if (!sameFolder && !lockFolder(newFolder, newLock))
+        return false;
+
     // The copies come before the project file: if one fails, no project file
     // names files that are not there, and the open project stays the old one.
+    // Saved work first, then the newer work in Temp over it.
     std::vector<FileCopy> plan;
     planTreeCopy(plan, oldFolder / kAlgosName, newFolder / kAlgosName);
     planTreeCopy(plan, oldFolder / kFilesName, newFolder / kFilesName);
     planCopiesByExtension(plan, oldFolder, ".tmp", newFolder);
-    planCopiesByExtension(plan, oldTemp, ".tmp", newFolder);
-    planCopiesByExtension(plan, oldTemp, librarySuffix(), newFolder / kAlgosName);
+    planCopiesByExtension(plan, oldFolder, ".dfn", newFolder);
+    planWorkCopies(plan, oldTemp, newFolder);
     planCopiesByExtension(plan, oldTemp, ".wav", newFolder / kFilesName);
     planCopiesByExtension(plan, oldTemp, ".evt", newFolder / kFilesName);
     planCopiesByExtension(plan, oldTemp / "evt", ".evt", newFolder);
-    planCopiesByExtension(plan, oldTemp, ".bdy", newFolder / kAlgosName);
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
         showCopyFailure(copied.failed, msg::kSaveAsCopyFailedSuffix);
         return false;
@@ -247,6 +276,8 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
 
     const fs::path oldFileName = m_projectFile.filename();
     m_projectFile = target;
+    if (!sameFolder)
+        m_lock = std::move(newLock);
     rebase(m_deletionList, oldFolder, newFolder);
     rebase(m_temporaryFiles, oldFolder, newFolder);
     rebase(m_droppedAtSave, oldFolder, newFolder);
@@ -374,6 +405,7 @@ void ProjectSession::forgetRecent(const fs::path& file)
 
 void ProjectSession::discard()
 {
+    m_lock.release();
     if (m_companions)
         m_companions->clear();
     m_document = std::make_unique<ProjectDocument>();

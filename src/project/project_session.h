@@ -4,9 +4,13 @@
 // and kestrelon-cli hold one session; every message and question goes through
 // the UserPort, so it runs the same with a window, in a script or in a test.
 //
+// While a project is open its folder is locked: a second program (another
+// workbench, a kestrelon-cli command) is told who has it and changes nothing.
+//
 // Folder layout of a project N: N/N.ptp (the project file), N/Files (source
 // waves and their ".evt" files), N/Algos (plug-ins, ".bdy" files, the
 // algorithm registry), N/Temp (working files) and N/Temp/evt.
+#include "common/folder_lock.h"
 #include "project/project_document.h"
 
 #include <chrono>
@@ -101,6 +105,8 @@ private:
     bool recreateTempFolder(const std::filesystem::path& folder);
     void deleteFolderReporting(const std::filesystem::path& folder, const std::filesystem::path& boundary);
     void enterFolder(const std::filesystem::path& folder);
+    // Takes `folder`'s lock into `lock`; says who holds it when another program does.
+    bool lockFolder(const std::filesystem::path& folder, FolderLock& lock);
     void addRecent(const std::filesystem::path& file);
     void forgetRecent(const std::filesystem::path& file);
     void discard();
@@ -111,6 +117,7 @@ private:
     std::filesystem::path m_programFolder;
     std::unique_ptr<ProjectDocument> m_document;
     std::filesystem::path m_projectFile;
+    FolderLock m_lock; // one writer per project folder, from open to close
     bool m_busy = false;
     bool m_newProject = false;
     std::vector<std::filesystem::path> m_deletionList;

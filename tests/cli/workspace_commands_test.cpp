@@ -1,6 +1,7 @@
 // The Files tree's commands of the built kestrelon-cli on a real project
 // folder: each opens the project, works, saves and closes.
 #include "cli_run.h"
+#include "common/folder_lock.h"
 #include "common/messages.h"
 #include "support/files.h"
 #include "support/temp_dir.h"
@@ -8,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 using namespace kestrelon;
 using namespace kestrelon::test;
@@ -116,4 +119,24 @@ TEST_F(WorkspaceCommandsTest, DeleteAndRenameNameItemsByIdAndRefuseUnknownIds)
     EXPECT_TRUE(folder.answer["files"].empty());
     EXPECT_FALSE(fs::exists(files() / "b.wav"));
     EXPECT_EQ(run({"project", "delete-all", ptp()}, "--yes").answer["outcome"], "nothing");
+}
+
+TEST_F(WorkspaceCommandsTest, AProjectAnotherProgramHoldsIsRefusedAndLeftAlone)
+{
+    const std::string before = readBytes(ptp());
+    FolderLock other;
+    ASSERT_EQ(other.take(temp / "Demo"), FolderLock::Outcome::Taken);
+    const JsonRun refused = run({"project", "add-folder", ptp(), "Voices"});
+    EXPECT_EQ(refused.exitCode, 1);
+    ASSERT_FALSE(refused.answer["messages"].empty());
+    char host[256] = {};
+    ::gethostname(host, sizeof host - 1);
+    EXPECT_EQ(refused.text(0), std::string(msg::kProjectInUsePrefix) + "tests_cli (process " +
+                                   std::to_string(::getpid()) + " on " + host + ")" +
+                                   std::string(msg::kProjectInUseSuffix));
+    EXPECT_EQ(readBytes(ptp()), before);
+    EXPECT_FALSE(fs::exists(temp / "Demo" / "Temp"));
+
+    other.release();
+    EXPECT_EQ(run({"project", "add-folder", ptp(), "Voices"}).exitCode, 0);
 }

@@ -97,6 +97,8 @@ const Text kOwnTexts[] = {
          "Playing on the target board needs the board player, which this version does not have yet !"),
     TEXT(kNothingDecodedToPlay, "This item has not been decoded yet !"),
     TEXT(kCanNotPlayPrefix, "Can not play "),
+    TEXT(kProjectInUsePrefix, "The project is in use by "),
+    TEXT(kProjectInUseSuffix, " !\nIt can be opened when that program has closed it."),
     TEXT(kCannotSaveWait, "Cannot save the project, please wait !"),
     TEXT(kSaveProjectFailed, "Save project failed !"),
     TEXT(kCanNotCopyPrefix, "Can not copy "),

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 using namespace kestrelon;
 using test::readBytes;
 using test::snapshot;
@@ -251,10 +253,11 @@ TEST_F(ProjectSessionTest, SaveAsCarriesEveryFileAndTheNewProjectStaysOpen)
     const fs::path file = makeProject("Speech");
     const fs::path old = file.parent_path();
     const Moves saved = {{"Algos/" + lib("Codec"), "Algos/" + lib("Codec")}, {"Algos/Codec.bdy", "Algos/Codec.bdy"},
-                         {"Files/a.evt", "Files/a.evt"}, {"SAF0.tmp", "SAF0.tmp"}};
+                         {"Files/a.evt", "Files/a.evt"}, {"SAF0.tmp", "SAF0.tmp"}, {"SAF0.dfn", "SAF0.dfn"}};
     const Moves working = {{"Temp/a.wav", "Files/a.wav"}, {"Temp/SAF1.TMP", "SAF1.TMP"},
                            {"Temp/" + lib("Other"), "Algos/" + lib("Other")}, {"Temp/Other.bdy", "Algos/Other.bdy"},
-                           {"Temp/b.evt", "Files/b.evt"}, {"Temp/evt/a.evt", "a.evt"}};
+                           {"Temp/b.evt", "Files/b.evt"}, {"Temp/evt/a.evt", "a.evt"},
+                           {"Temp/SAF2.dfn", "SAF2.dfn"}};
     plant(old, saved);
     ASSERT_TRUE(session.openProject(file));
     plant(old, working);
@@ -294,6 +297,39 @@ TEST_F(ProjectSessionTest, SaveAsCarriesEveryFileAndTheNewProjectStaysOpen)
     ASSERT_TRUE(session.saveProjectAs(temp / "Nest" / "Nest.ptp"));
     EXPECT_EQ(readBytes(temp / "Nest" / "Files" / "n.wav"), "n");
     EXPECT_TRUE(port.texts().empty());
+}
+
+TEST_F(ProjectSessionTest, AProjectHasOneWriterUntilItCloses)
+{
+    const fs::path file = makeProject("Speech");
+    const fs::path other = makeProject("Other");
+    ASSERT_TRUE(session.openProject(file));
+    const std::string before = readBytes(file);
+
+    test::ScriptedPort secondPort;
+    ProjectSession second{secondPort, nullptr, nullptr, start};
+    EXPECT_FALSE(second.openProject(file));
+    EXPECT_FALSE(second.isOpen());
+    ASSERT_EQ(secondPort.texts().size(), 1u);
+    const std::string refusal = secondPort.texts()[0];
+    EXPECT_EQ(refusal.rfind(str(msg::kProjectInUsePrefix), 0), 0u);
+    EXPECT_NE(refusal.find("(process " + std::to_string(::getpid()) + " on "), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find(str(msg::kProjectInUseSuffix)), std::string::npos);
+
+    // Saving as into a folder another program holds is refused too, and
+    // the open project stays where it was.
+    ASSERT_TRUE(second.openProject(other));
+    session.markModified();
+    EXPECT_FALSE(session.saveProjectAs(other.parent_path() / "Mine.ptp"));
+    EXPECT_EQ(session.projectFile(), file);
+    EXPECT_FALSE(fs::exists(other.parent_path() / "Mine.ptp"));
+    EXPECT_EQ(readBytes(file), before);
+
+    port.queue(Answer::No);
+    ASSERT_TRUE(session.closeProject());
+    EXPECT_FALSE(fs::exists(file.parent_path() / FolderLock::kFileName)); // nothing left behind
+    EXPECT_TRUE(second.openProject(file));
+    EXPECT_TRUE(second.closeProject());
 }
 
 TEST(ProjectFolderOps, NothingIsDeletedThroughALinkAndALaterCopyToOneTargetWins)
