@@ -65,7 +65,7 @@ std::vector<ProjectItem*> ProjectDocument::topLevelFiles() const
 
 bool ProjectDocument::open(const std::filesystem::path& path, UserPort& port)
 {
-    ReadResult file = readFile(path);
+    ReadResult file = readFile(path, kMaxProjectFileBytes);
     if (file.status != ReadStatus::Ok) {
         clear();
         m_flags = 0;
@@ -86,7 +86,8 @@ bool ProjectDocument::openBytes(std::string_view bytes, const std::filesystem::p
 
 bool ProjectDocument::save(const std::filesystem::path& path)
 {
-    if (!writeFileAtomically(path, serialize()))
+    const std::string bytes = serialize();
+    if (bytes.size() > kMaxProjectFileBytes || !writeFileAtomically(path, bytes))
         return false;
     m_path = path;
     setModified(false);

@@ -15,6 +15,11 @@ namespace kestrelon {
 
 class UserPort;
 
+// The largest project file the program writes, and so reads: far above what
+// a product line's prompts need (some 3 KB a source), and the same number on
+// both sides so that a project that could be saved can be opened.
+inline constexpr std::uintmax_t kMaxProjectFileBytes = std::uintmax_t{1} << 30;
+
 class ProjectDocument {
 public:
     static constexpr std::uint32_t kModified = 0x1; // bit of flags()
@@ -64,7 +69,8 @@ public:
     bool openBytes(std::string_view bytes, const std::filesystem::path& path, UserPort& port);
 
     // Writes the whole file. Success stores `path` and clears the modified flag;
-    // failure (the file cannot be written) changes nothing.
+    // failure (the file cannot be written, or would be too large to read back)
+    // changes nothing.
     bool save(const std::filesystem::path& path);
     // The bytes save() writes.
     std::string serialize() const;

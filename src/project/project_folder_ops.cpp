@@ -236,4 +236,19 @@ CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
     return {};
 }
 
+std::size_t removeStaleParts(const fs::path& folder)
+{
+    std::size_t removed = 0;
+    std::error_code ec;
+    fs::recursive_directory_iterator it(folder, fs::directory_options::skip_permission_denied, ec);
+    for (const fs::recursive_directory_iterator end; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        const bool staged = name.size() > 5 && name.ends_with(".part") && name.find(".kestrelon-") != std::string::npos;
+        std::error_code statusError;
+        if (staged && it->is_regular_file(statusError) && !it->is_symlink(statusError) && fs::remove(it->path(), statusError))
+            ++removed;
+    }
+    return removed;
+}
+
 } // namespace kestrelon

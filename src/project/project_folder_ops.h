@@ -38,6 +38,12 @@ bool deleteFolderTree(const std::filesystem::path& folder, const std::filesystem
 // Returns how many files were deleted.
 std::size_t deleteListedFiles(const std::vector<std::filesystem::path>& files, const std::filesystem::path& boundary);
 
+// Removes what a killed or failed write or copy left staged under `folder`
+// (files named "<target>.kestrelon-...part"), never following a link out.
+// The target of such a file still holds its earlier content, which is what
+// the saved project describes. Returns how many went.
+std::size_t removeStaleParts(const std::filesystem::path& folder);
+
 // Makes `folder` (its parent must exist). Tries `tries` times, waiting `wait`
 // between tries: a folder just deleted may stay pending for a moment on some
 // systems, and creating it again fails until it is gone.

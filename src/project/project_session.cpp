@@ -172,6 +172,8 @@ bool ProjectSession::openProject(const fs::path& path)
     }
     m_newProject = false;
     m_lock = std::move(lock);
+    // Only now, with the folder ours: a staged file may be another writer's work in progress.
+    removeStaleParts(folder);
     addRecent(file);
     return true;
 }

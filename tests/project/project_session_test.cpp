@@ -328,7 +328,17 @@ TEST_F(ProjectSessionTest, AProjectHasOneWriterUntilItCloses)
     port.queue(Answer::No);
     ASSERT_TRUE(session.closeProject());
     EXPECT_FALSE(fs::exists(file.parent_path() / FolderLock::kFileName)); // nothing left behind
+
+    // What a killed run left staged goes at the next open; a user's own ".part" stays.
+    const fs::path folder = file.parent_path();
+    for (const char* left : {"SAF1.tmp.kestrelon-copy-3.part", "Files/a.wav.kestrelon-7.part", "Speech.ptp.kestrelon-0.part"})
+        writeBytes(folder / left, "half");
+    writeBytes(folder / "Files" / "notes.part", "mine");
     EXPECT_TRUE(second.openProject(file));
+    EXPECT_FALSE(fs::exists(folder / "SAF1.tmp.kestrelon-copy-3.part"));
+    EXPECT_FALSE(fs::exists(folder / "Files" / "a.wav.kestrelon-7.part"));
+    EXPECT_FALSE(fs::exists(folder / "Speech.ptp.kestrelon-0.part"));
+    EXPECT_EQ(readBytes(folder / "Files" / "notes.part"), "mine");
     EXPECT_TRUE(second.closeProject());
 }
 
