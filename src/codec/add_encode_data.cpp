@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 
 namespace kestrelon {
 
@@ -158,7 +159,11 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
 
         bringAlgorithmIntoProject(env.session, env.registry, env.programFolder, *algorithm, env.port);
 
+        // A replace whose encode fails gives the row back as it was: its old
+        // results still describe its old data, which is still there.
+        std::optional<EditInfoRecord> replaced;
         if (existing != records.end()) {
+            replaced = *existing;
             // The row takes the new choice; results of the old one no longer
             // hold. Its interim file name is kept and reused by the encode.
             EditInfoRecord& record = *existing;
@@ -185,6 +190,8 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
 
         bool stopped = false;
         added.encode = encodeOne(env, source, added.recordIndex, autoDecode, stopped);
+        if (replaced && added.encode != RowOutcome::Done)
+            source->records()[added.recordIndex] = *replaced;
         result.sources.push_back(added);
         if (stopped) {
             result.stopped = true;

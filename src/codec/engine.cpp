@@ -348,6 +348,9 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
         return RowOutcome::Failed;
     }
 
+    // The saved project may name this interim file with the old encoding's record.
+    if (!createdNow)
+        m_env.session.workReplaced(interim);
     // A decoded wave of the old encoding no longer belongs to the row.
     dropDecodedWave(record.decodeName);
     record.decodeName.clear();

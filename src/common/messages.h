@@ -42,6 +42,9 @@ inline constexpr std::string_view kLogSaveSetFileError = "Error in save set file
 // when it was not.
 inline constexpr std::string_view kProjectInUsePrefix = "The project is in use by "; // then who, and the suffix
 inline constexpr std::string_view kProjectInUseSuffix = " !\nIt can be opened when that program has closed it.";
+inline constexpr std::string_view kAbandonedWorkDropped =
+    "The project was not closed when it was last used: the changes that had not been saved are gone, and the "
+    "project is as it was last saved.";
 inline constexpr std::string_view kCannotSaveWait = "Cannot save the project, please wait !";
 inline constexpr std::string_view kSaveProjectFailed = "Save project failed !";
 inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy ";        // source, then kCopyTo, then target

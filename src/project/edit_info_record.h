@@ -26,6 +26,8 @@ struct EditInfoRecord {
     // Two records are the same row when source key, body, algorithm and bit
     // rate are equal, compared case-sensitively.
     bool sameRow(const EditInfoRecord& other) const;
+    // Every field equal: the same record, not just the same row.
+    bool operator==(const EditInfoRecord&) const = default;
 
     std::int64_t encodeSizeValue() const;
     std::int64_t decodeSizeValue() const;

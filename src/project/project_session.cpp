@@ -8,6 +8,7 @@
 #include "project/project_folder_ops.h"
 #include "project/recent_projects.h"
 
+#include <algorithm>
 #include <system_error>
 
 namespace kestrelon {
@@ -162,6 +163,7 @@ bool ProjectSession::openProject(const fs::path& path)
     // again when it fails, so a project that does not open is left as it was.
     const fs::path folder = file.parent_path();
     enterFolder(folder);
+    recoverAbandonedWork(folder);
     std::vector<fs::path> made;
     if (!makeWorkingFolders(folder, &made)) {
         for (auto it = made.rbegin(); it != made.rend(); ++it)
@@ -176,6 +178,27 @@ bool ProjectSession::openProject(const fs::path& path)
     removeStaleParts(folder);
     addRecent(file);
     return true;
+}
+
+void ProjectSession::recoverAbandonedWork(const fs::path& folder)
+{
+    // With the folder locked, a Temp folder can only be the work of a session
+    // that ended without closing. Its waves and event files are the saved
+    // versions of files it overwrote, and go back; its encodings and plug-ins
+    // belong to records that were never saved, and go.
+    const fs::path temp = folder / kTempName;
+    std::error_code ec;
+    if (!fs::is_directory(fs::symlink_status(temp, ec)))
+        return;
+    std::vector<FileCopy> plan;
+    planCopiesByExtension(plan, temp, ".wav", folder / kFilesName);
+    planCopiesByExtension(plan, temp, ".evt", folder / kFilesName);
+    if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
+        showCopyFailure(copied.failed, msg::kCopyBackFailedSuffix);
+        return;
+    }
+    deleteFolderTree(temp, folder);
+    m_port.showMessage(msg::kAbandonedWorkDropped);
 }
 
 bool ProjectSession::lockFolder(const fs::path& folder, FolderLock& lock)
@@ -200,6 +223,7 @@ bool ProjectSession::saveProject()
         m_port.showMessage(msg::kSaveProjectFailed);
         return false;
     }
+    m_unsavedWork.clear();
     if (m_companions)
         m_companions->saveTo(m_projectFile);
     m_newProject = false;
@@ -275,6 +299,7 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     }
     if (m_companions)
         m_companions->saveTo(target);
+    m_unsavedWork.clear();
 
     const fs::path oldFileName = m_projectFile.filename();
     m_projectFile = target;
@@ -325,6 +350,11 @@ bool ProjectSession::closeProject()
     const fs::path temp = tempFolder();
     std::vector<FileCopy> plan;
     planWorkCopies(plan, temp, folder);
+    // Data the saved project file does not describe stays out of it.
+    std::erase_if(plan, [&](const FileCopy& copy) {
+        return std::any_of(m_unsavedWork.begin(), m_unsavedWork.end(),
+                           [&](const fs::path& work) { return samePath(work, copy.from); });
+    });
     // Closing without saving brings the project's previous wave and event
     // files back from Temp, where overwriting them put them.
     planCopiesByExtension(plan, temp, ".wav", folder / kFilesName);
@@ -408,6 +438,7 @@ void ProjectSession::forgetRecent(const fs::path& file)
 void ProjectSession::discard()
 {
     m_lock.release();
+    m_unsavedWork.clear();
     if (m_companions)
         m_companions->clear();
     m_document = std::make_unique<ProjectDocument>();

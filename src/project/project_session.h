@@ -80,6 +80,12 @@ public:
     // no longer names them, and kept by a Close without saving, whose project
     // file still does.
     void dropAtSave(const std::filesystem::path& file) { m_droppedAtSave.push_back(file); }
+    // A working file in Temp that now holds data the saved project file does
+    // not describe (a row encoded again under the name it had). A Close
+    // without saving leaves it out of the copy-back, so the file beside the
+    // project file keeps the data its record describes; Save and Save As
+    // make it the project's.
+    void workReplaced(const std::filesystem::path& workingFile) { m_unsavedWork.push_back(workingFile); }
     // The engine's temporary files, deleted on Close (inside the project folder only).
     void addTemporaryFile(const std::filesystem::path& file) { m_temporaryFiles.push_back(file); }
     const std::vector<std::filesystem::path>& temporaryFiles() const { return m_temporaryFiles; }
@@ -107,6 +113,8 @@ private:
     void enterFolder(const std::filesystem::path& folder);
     // Takes `folder`'s lock into `lock`; says who holds it when another program does.
     bool lockFolder(const std::filesystem::path& folder, FolderLock& lock);
+    // At open: what a session that ended without closing left in Temp.
+    void recoverAbandonedWork(const std::filesystem::path& folder);
     void addRecent(const std::filesystem::path& file);
     void forgetRecent(const std::filesystem::path& file);
     void discard();
@@ -123,6 +131,7 @@ private:
     std::vector<std::filesystem::path> m_deletionList;
     std::vector<std::filesystem::path> m_temporaryFiles;
     std::vector<std::filesystem::path> m_droppedAtSave;
+    std::vector<std::filesystem::path> m_unsavedWork;
     int m_tempTries = kTempFolderTries;
     std::chrono::milliseconds m_tempWait = kTempFolderWait;
 };

@@ -187,6 +187,27 @@ TEST_F(AddEncodeDataTest, ARowWithTheSameAlgorithmIsReplacedSkippedSkippedForAll
     EXPECT_EQ(a->records()[0].bitRate, "1200");
 }
 
+TEST_F(AddEncodeDataTest, AReplaceWhoseEncodeFailsGivesTheRowBackAsItWas)
+{
+    LastEncodeSetting last;
+    chooser.answers = {ScriptedChooser::ok("Codec2", "3200", false)};
+    run({a}, last);
+    const EditInfoRecord before = a->records()[0];
+    ASSERT_FALSE(before.encodeSize.empty());
+
+    // The source is damaged since: the new encode cannot read it.
+    writeBytes(session->filesFolder() / "hts1a.wav", "RIFF but nothing more");
+    port.clear();
+    port.queue(Answer::Yes);
+    chooser.answers = {ScriptedChooser::ok("Codec2", "1200", false)};
+    const AddEncodeResult result = run({a}, last);
+    ASSERT_EQ(result.sources.size(), 1u);
+    EXPECT_EQ(result.sources[0].outcome, SourceOutcome::Replaced);
+    EXPECT_NE(result.sources[0].encode, RowOutcome::Done);
+    ASSERT_EQ(a->records().size(), 1u);
+    EXPECT_EQ(a->records()[0], before);
+}
+
 TEST_F(AddEncodeDataTest, DuplicateOpensTheDialogOnEachSelectedRowsSettingOncePerFile)
 {
     LastEncodeSetting last;

@@ -266,6 +266,54 @@ TEST_F(EngineTest, AnInterimFileLostFromTempIsBroughtBackFromBesideTheProjectFil
     EXPECT_EQ(port.texts().back(), name + std::string(msg::kInterimCanNotUnpack));
 }
 
+// A row encoded again reuses its interim file's name; until a save, the data
+// under that name in Temp is not what the saved project describes, and
+// neither a Close without saving nor a session killed before saving lets it
+// replace the saved file.
+TEST_F(EngineTest, AReEncodeNobodySavedNeverReachesTheSavedProject)
+{
+    ProjectItem* source = addSource(kSpeech / "hts1a.wav");
+    install("Codec2");
+    addRecord(source, "Codec2", "3200");
+    ASSERT_TRUE(encodeRows({0}).allDone());
+    ASSERT_TRUE(session->saveProject());
+    const fs::path file = session->projectFile();
+    const EditInfoRecord saved = source->records()[0];
+    const std::string savedData = readBytes(project() / saved.encodeName);
+
+    source->records()[0].bitRate = "1200";
+    ASSERT_TRUE(encodeRows({0}).allDone());
+    ASSERT_EQ(source->records()[0].encodeName, saved.encodeName);
+    ASSERT_NE(readBytes(tempFolder() / saved.encodeName), savedData);
+    const fs::path folder = project();
+    port.queue(Answer::No);
+    ASSERT_TRUE(session->closeProject());
+    EXPECT_EQ(readBytes(folder / saved.encodeName), savedData);
+
+    // Killed after a re-encode, with a source overwritten and its saved
+    // version kept in Temp: the next open puts the project back as saved.
+    ASSERT_TRUE(session->openProject(file));
+    ProjectItem* reopened = session->document().files().front();
+    reopened->records()[0].bitRate = "1200";
+    ASSERT_TRUE(encodeRows({0}).allDone());
+    const std::string savedWave = readBytes(session->filesFolder() / "hts1a.wav");
+    writeBytes(tempFolder() / "hts1a.wav", savedWave);
+    writeBytes(session->filesFolder() / "hts1a.wav", "a newer recording, never saved");
+    session = std::make_unique<ProjectSession>(port, nullptr, nullptr, program()); // the old one just ends
+    port.clear();
+    ASSERT_TRUE(session->openProject(file));
+    EXPECT_EQ(port.texts(), std::vector<std::string>{std::string(msg::kAbandonedWorkDropped)});
+    const EditInfoRecord& back = session->document().files().front()->records()[0];
+    EXPECT_EQ(back.bitRate + " " + back.encodeName + " " + back.encodeSize,
+              saved.bitRate + " " + saved.encodeName + " " + saved.encodeSize);
+    EXPECT_EQ(readBytes(folder / saved.encodeName), savedData);
+    EXPECT_EQ(readBytes(folder / "Files" / "hts1a.wav"), savedWave);
+    EXPECT_TRUE(fs::is_empty(tempFolder()));
+    port.queue(Answer::No);
+    EXPECT_TRUE(session->closeProject());
+    EXPECT_EQ(readBytes(folder / saved.encodeName), savedData);
+}
+
 TEST_F(EngineTest, NamesReadFromTheProjectFileNeverLeaveTheProject)
 {
     ProjectItem* source = addSource(kSpeech / "hts1a.wav");

@@ -99,6 +99,8 @@ const Text kOwnTexts[] = {
     TEXT(kCanNotPlayPrefix, "Can not play "),
     TEXT(kProjectInUsePrefix, "The project is in use by "),
     TEXT(kProjectInUseSuffix, " !\nIt can be opened when that program has closed it."),
+    TEXT(kAbandonedWorkDropped, "The project was not closed when it was last used: the changes that had not been "
+                                "saved are gone, and the project is as it was last saved."),
     TEXT(kCannotSaveWait, "Cannot save the project, please wait !"),
     TEXT(kSaveProjectFailed, "Save project failed !"),
     TEXT(kCanNotCopyPrefix, "Can not copy "),
