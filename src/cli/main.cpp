@@ -2,6 +2,7 @@
 // firmware builds. Prints one JSON object on standard output; messages also go
 // to standard error as they are shown. Exit 0: done; 1: failed; 2: usage.
 #include "bodies/body_settings.h"
+#include "common/fault_points.h"
 #include "cli/cli_command.h"
 #include "cli/command_help.h"
 #include "cli/console_port.h"
@@ -47,6 +48,7 @@ Json messagesJson(const RecordingPort& port)
 
 int main(int argc, char** argv)
 {
+    enableFaultPoints();
     Arguments global(std::vector<std::string>(argv + 1, argv + argc));
     try {
         const bool help = global.takeFlag("--help") || global.takeFlag("-h");

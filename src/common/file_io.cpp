@@ -1,8 +1,16 @@
 #include "common/file_io.h"
 
+#include "common/fault_points.h"
+
 #include <atomic>
+#include <cerrno>
 #include <fstream>
 #include <system_error>
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace kestrelon {
 
@@ -28,32 +36,76 @@ ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes)
     return {ReadStatus::Ok, std::move(bytes)};
 }
 
-bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes)
+namespace {
+
+#ifndef _WIN32
+// Writes all of `bytes` to `fd` and flushes them to the disk; false with errno set.
+bool writeAllSynced(int fd, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t wrote = ::write(fd, bytes.data(), bytes.size());
+        if (wrote < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        bytes.remove_prefix(std::size_t(wrote));
+    }
+    return ::fsync(fd) == 0;
+}
+
+#endif
+
+} // namespace
+
+bool syncToDisk(const std::filesystem::path& path)
+{
+#ifdef _WIN32
+    return true; // not flushed: FlushFileBuffers needs a handle opened for writing, which a name does not give
+#else
+    const int fd = ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
+#endif
+}
+
+bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::string* why)
 {
     static std::atomic<unsigned> counter{0};
     std::filesystem::path temp = path;
     temp += ".kestrelon-" + std::to_string(counter++) + ".part";
-
-    {
-        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return false;
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.flush();
-        if (!out) {
-            out.close();
-            std::error_code ignored;
-            std::filesystem::remove(temp, ignored);
-            return false;
-        }
-    }
-    std::error_code ec;
-    std::filesystem::rename(temp, path, ec);
-    if (ec) {
+    const auto fail = [&](int error) {
+        if (why) *why = std::generic_category().message(error);
         std::error_code ignored;
         std::filesystem::remove(temp, ignored);
         return false;
+    };
+
+    // A disk found full part-way leaves half a file behind, as a real one does.
+    const bool full = injectedFault(FaultPoint::Write, path);
+#ifdef _WIN32
+    {
+        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
+        if (!out) return fail(EACCES);
+        out.write(bytes.data(), static_cast<std::streamsize>(full ? bytes.size() / 2 : bytes.size()));
+        out.flush();
+        if (!out || full) return fail(ENOSPC);
     }
+#else
+    const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return fail(errno);
+    const bool written = writeAllSynced(fd, full ? bytes.substr(0, bytes.size() / 2) : bytes);
+    const int error = written ? 0 : errno;
+    ::close(fd);
+    if (!written || full) return fail(full ? ENOSPC : error);
+#endif
+    injectedFault(FaultPoint::Rename, path);
+    std::error_code ec;
+    std::filesystem::rename(temp, path, ec);
+    if (ec) return fail(ec.value());
+    // A rename is on the disk once the folder that holds the name is.
+    syncToDisk(path.parent_path());
     return true;
 }
 

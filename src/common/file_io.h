@@ -1,8 +1,8 @@
 #pragma once
 // Whole-file reading and writing. Every file the program writes goes through
 // writeFileAtomically: the bytes land in a temporary file beside the target,
-// which is renamed over it only once it is complete, so a crash or a full disk
-// never leaves a half-written file.
+// which is flushed to the disk and renamed over it only once it is complete,
+// so a crash or a full disk never leaves a half-written file.
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -29,7 +29,13 @@ struct ReadResult {
 
 ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes = kMaxTextFileBytes);
 
-bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
+// The file and its folder are flushed to the disk before this returns true.
+// On failure the target is as it was, nothing is left beside it, and `why`
+// (when given) gets the system's reason ("No space left on device").
+bool writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::string* why = nullptr);
+
+// Flushes a file, or a folder's names, to the disk; false when it cannot.
+bool syncToDisk(const std::filesystem::path& path);
 
 // Questions about the disk that never throw: an entry that cannot be examined
 // answers false.

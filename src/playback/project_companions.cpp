@@ -31,7 +31,7 @@ void ProjectCompanionFiles::load(const fs::path& projectFile)
     loadAlgorithmRegistry(projectFile.parent_path(), m_algorithms, m_port);
 }
 
-void ProjectCompanionFiles::saveTo(const fs::path& projectFile)
+bool ProjectCompanionFiles::saveTo(const fs::path& projectFile)
 {
     const bool savingAs = projectFile != m_projectFile;
     if (!savePlayList(playListPathFor(projectFile), m_playList))
@@ -39,8 +39,9 @@ void ProjectCompanionFiles::saveTo(const fs::path& projectFile)
     const fs::path folder = projectFile.parent_path();
     std::error_code ec;
     fs::create_directories(algorithmRegistryPath(folder).parent_path(), ec);
-    m_registryWritten = saveAlgorithmRegistry(folder, m_algorithms);
+    const bool registryWritten = saveAlgorithmRegistry(folder, m_algorithms);
     m_projectFile = projectFile;
+    return registryWritten;
 }
 
 void ProjectCompanionFiles::clear()
@@ -48,7 +49,6 @@ void ProjectCompanionFiles::clear()
     m_projectFile.clear();
     m_playList.clear();
     m_algorithms.clear();
-    m_registryWritten = true;
 }
 
 void ProjectCompanionFiles::log(std::string_view text) const

@@ -38,15 +38,13 @@ public:
     // error" when saving the project it was loaded for or last saved to,
     // "Error in save set file!" when saving under a new name) and the
     // registry, making the Algos folder when it is missing.
-    void saveTo(const std::filesystem::path& projectFile) override;
+    bool saveTo(const std::filesystem::path& projectFile) override;
     void clear() override;
 
     PlayList& playList() { return m_playList; }
     const PlayList& playList() const { return m_playList; }
     std::vector<AlgoRegEntry>& algorithms() { return m_algorithms; }
     const std::vector<AlgoRegEntry>& algorithms() const { return m_algorithms; }
-    // False when the last registry write failed.
-    bool registryWritten() const { return m_registryWritten; }
 
 private:
     void log(std::string_view text) const;
@@ -56,7 +54,6 @@ private:
     std::filesystem::path m_projectFile; // the project the lists belong to
     PlayList m_playList;
     std::vector<AlgoRegEntry> m_algorithms;
-    bool m_registryWritten = true;
 };
 
 } // namespace kestrelon

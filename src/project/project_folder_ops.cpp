@@ -1,5 +1,7 @@
 #include "project/project_folder_ops.h"
 
+#include "common/fault_points.h"
+#include "common/file_io.h"
 #include "common/paths.h"
 
 #include <algorithm>
@@ -185,21 +187,10 @@ void planTreeCopy(std::vector<FileCopy>& plan, const fs::path& fromFolder, const
     plan.insert(plan.end(), found.begin(), found.end());
 }
 
-CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
+StageOutcome stageCopies(const std::vector<FileCopy>& plan)
 {
     static std::atomic<unsigned> counter{0};
-    struct Staged {
-        fs::path file;
-        const FileCopy* copy;
-    };
-    std::vector<Staged> staged;
-    const auto abandon = [&staged](std::size_t from) {
-        for (std::size_t i = from; i < staged.size(); ++i) {
-            std::error_code ignored;
-            fs::remove(staged[i].file, ignored);
-        }
-    };
-
+    StageOutcome outcome;
     for (const FileCopy& copy : plan) {
         const fs::file_status target = entryStatus(copy.to);
         if (fs::exists(target) && samePath(copy.from, copy.to))
@@ -214,26 +205,49 @@ CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
         part += ".kestrelon-copy-" + std::to_string(counter++) + ".part";
         if (ok) {
             fs::copy_file(copy.from, part, fs::copy_options::overwrite_existing, ec);
-            ok = !ec;
+            ok = !ec && !injectedFault(FaultPoint::Write, copy.to) && syncToDisk(part);
             if (ok)
-                staged.push_back({part, &copy});
+                outcome.staged.push_back({part, copy});
             else
                 fs::remove(part, ec);
         }
         if (!ok) {
-            abandon(0);
-            return {false, copy};
+            abandonStagedCopies(outcome.staged, 0);
+            return {false, copy, {}};
         }
     }
+    return outcome;
+}
+
+CopyOutcome placeStagedCopies(const std::vector<StagedCopy>& staged)
+{
     for (std::size_t i = 0; i < staged.size(); ++i) {
         std::error_code ec;
-        fs::rename(staged[i].file, staged[i].copy->to, ec);
+        injectedFault(FaultPoint::Rename, staged[i].copy.to);
+        fs::rename(staged[i].part, staged[i].copy.to, ec);
         if (ec) {
-            abandon(i);
-            return {false, *staged[i].copy};
+            abandonStagedCopies(staged, i);
+            return {false, staged[i].copy};
         }
     }
+    for (const StagedCopy& copy : staged) syncToDisk(copy.copy.to.parent_path());
     return {};
+}
+
+void abandonStagedCopies(const std::vector<StagedCopy>& staged, std::size_t from)
+{
+    for (std::size_t i = from; i < staged.size(); ++i) {
+        std::error_code ignored;
+        fs::remove(staged[i].part, ignored);
+    }
+}
+
+CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
+{
+    const StageOutcome staged = stageCopies(plan);
+    if (!staged.ok)
+        return {false, staged.failed};
+    return placeStagedCopies(staged.staged);
 }
 
 std::size_t removeStaleParts(const fs::path& folder)

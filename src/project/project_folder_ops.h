@@ -79,4 +79,22 @@ struct CopyOutcome {
 // source and target are one file is passed over.
 CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan);
 
+// The two steps on their own, for a save that puts its copies in place only
+// after its project file is written.
+struct StagedCopy {
+    std::filesystem::path part; // the fresh file beside the target
+    FileCopy copy;
+};
+struct StageOutcome {
+    bool ok = true;
+    FileCopy failed;                 // when !ok; nothing is left staged then
+    std::vector<StagedCopy> staged;  // when ok, in plan order, flushed to the disk
+};
+StageOutcome stageCopies(const std::vector<FileCopy>& plan);
+// Renames the staged files over their targets in order; a rename that fails
+// removes the staged files not yet placed.
+CopyOutcome placeStagedCopies(const std::vector<StagedCopy>& staged);
+// Removes staged files from `from` on.
+void abandonStagedCopies(const std::vector<StagedCopy>& staged, std::size_t from);
+
 } // namespace kestrelon

@@ -7,6 +7,7 @@
 #include "project/new_project.h"
 #include "project/project_folder_ops.h"
 #include "project/recent_projects.h"
+#include "project/save_journal.h"
 
 #include <algorithm>
 #include <system_error>
@@ -148,6 +149,8 @@ bool ProjectSession::openProject(const fs::path& path)
     if (ownFolder && !lockFolder(file.parent_path(), lock))
         return false;
 
+    // A save cut short is finished or undone before anything reads the folder.
+    recoverInterruptedSave(file);
     auto document = std::make_unique<ProjectDocument>();
     if (!document->open(file, m_port)) {
         m_port.showMessage(msg::kOpenProjectFailed);
@@ -219,24 +222,30 @@ bool ProjectSession::saveProject()
         return false;
     }
     m_document->rebuildFilesList();
-    if (!m_document->save(m_projectFile)) {
+    // The companions go first: a registry and a play list that know more
+    // than the project file are harmless, the other way round they are not.
+    if (m_companions && !m_companions->saveTo(m_projectFile)) {
         m_port.showMessage(msg::kSaveProjectFailed);
         return false;
     }
-    m_unsavedWork.clear();
-    if (m_companions)
-        m_companions->saveTo(m_projectFile);
-    m_newProject = false;
     const fs::path folder = projectFolder();
     // Encoded and decoded data and added plug-ins are the project's work; the
     // purge below must not take them. Backups of overwritten waves are not
-    // copied: saving keeps the new files.
+    // copied: saving keeps the new files. They take their places together
+    // with the project file that describes them.
     std::vector<FileCopy> plan;
     planWorkCopies(plan, tempFolder(), folder);
-    if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(copied.failed, msg::kCopyBackFailedSuffix);
+    const SaveCommitOutcome saved = commitSave(m_projectFile, m_document->serialize(), plan,
+                                               [&] { return m_document->save(m_projectFile); });
+    if (!saved.ok) {
+        if (saved.copyFailed)
+            showCopyFailure(saved.failed, msg::kCopyBackFailedSuffix);
+        else
+            m_port.showMessage(msg::kSaveProjectFailed);
         return false;
     }
+    m_unsavedWork.clear();
+    m_newProject = false;
     deleteListedFiles(m_deletionList, folder);
     m_deletionList.clear();
     deleteListedFiles(m_droppedAtSave, folder);
@@ -293,12 +302,11 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     }
 
     m_document->rebuildFilesList();
-    if (!m_document->save(target)) {
+    // The companions before the project file, as a Save writes them.
+    if ((m_companions && !m_companions->saveTo(target)) || !m_document->save(target)) {
         m_port.showMessage(msg::kSaveProjectFailed);
         return false;
     }
-    if (m_companions)
-        m_companions->saveTo(target);
     m_unsavedWork.clear();
 
     const fs::path oldFileName = m_projectFile.filename();

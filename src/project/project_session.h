@@ -34,7 +34,9 @@ public:
     virtual void load(const std::filesystem::path& projectFile) = 0;
     // Save and Save As: the play list next to the project file (the project
     // path with the extension ".set") and the registry of that project's Algos.
-    virtual void saveTo(const std::filesystem::path& projectFile) = 0;
+    // False when the registry could not be written: the project's algorithms
+    // would be lost with it, so the save fails.
+    virtual bool saveTo(const std::filesystem::path& projectFile) = 0;
     // Close.
     virtual void clear() = 0;
 };
