@@ -335,8 +335,9 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     // A codec that says it succeeded has still to deliver an encoded file:
     // without its header the data would reach the firmware as speech.
     ok = ok && inspectEncodedFile(output, port).has_value();
-    if (ok && !EncryptZip(output, interim)) {
-        port.showMessage(utf8FromPath(interim.filename()) + std::string(msg::kInterimCanNotPack));
+    std::string writeError;
+    if (ok && !EncryptZip(output, interim, &writeError)) {
+        port.showMessage(interimFailureText(utf8FromPath(interim.filename()), true, writeError));
         ok = false;
     }
     port.endProgress();
@@ -400,8 +401,9 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         return RowOutcome::Failed;
     const std::string decodeStem = utf8FromPath(unpacked->stem());
     const std::string decodeName = decodeStem + std::string(kDecodedExtension);
-    if (!DecryptUnzip(interim, *unpacked)) {
-        port.showMessage(record.encodeName + std::string(msg::kInterimCanNotUnpack));
+    std::string writeError;
+    if (!DecryptUnzip(interim, *unpacked, &writeError)) {
+        port.showMessage(interimFailureText(record.encodeName, false, writeError));
         removeQuietly(*unpacked);
         return RowOutcome::Failed;
     }
@@ -434,8 +436,8 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     const std::uintmax_t waveSize = ok ? fs::file_size(scratch, ec) : 0;
     ok = ok && !ec;
     const fs::path decoded = temp / pathFromUtf8(decodeName);
-    if (ok && !EncryptZip(scratch, decoded)) {
-        port.showMessage(decodeName + std::string(msg::kInterimCanNotPack));
+    if (ok && !EncryptZip(scratch, decoded, &writeError)) {
+        port.showMessage(interimFailureText(decodeName, true, writeError));
         ok = false;
     }
     removeQuietly(scratch);

@@ -1,5 +1,7 @@
 #include "codec/interim_packer.h"
 
+#include "common/messages.h"
+
 #include "common/file_io.h"
 
 #include <zstd.h>
@@ -166,23 +168,30 @@ std::optional<std::string> unpackInterim(std::string_view file)
     return original;
 }
 
-bool EncryptZip(const std::filesystem::path& source, const std::filesystem::path& target)
+bool EncryptZip(const std::filesystem::path& source, const std::filesystem::path& target, std::string* writeError)
 {
     // Read whole before writing, so source == target works.
     const ReadResult in = readFile(source, kMaxInterimOriginalBytes);
     if (in.status != ReadStatus::Ok)
         return false;
     const std::optional<std::string> packed = packInterim(in.bytes);
-    return packed && writeFileAtomically(target, *packed);
+    return packed && writeFileAtomically(target, *packed, writeError);
 }
 
-bool DecryptUnzip(const std::filesystem::path& source, const std::filesystem::path& target)
+bool DecryptUnzip(const std::filesystem::path& source, const std::filesystem::path& target, std::string* writeError)
 {
     const ReadResult in = readFile(source, maxPackedFileBytes());
     if (in.status != ReadStatus::Ok)
         return false;
     const std::optional<std::string> original = unpackInterim(in.bytes);
-    return original && writeFileAtomically(target, *original);
+    return original && writeFileAtomically(target, *original, writeError);
+}
+
+std::string interimFailureText(const std::string& name, bool packing, const std::string& writeError)
+{
+    if (!writeError.empty())
+        return name + std::string(msg::kInterimNotWrittenMiddle) + writeError + " !";
+    return name + std::string(packing ? msg::kInterimCanNotPack : msg::kInterimCanNotUnpack);
 }
 
 } // namespace kestrelon

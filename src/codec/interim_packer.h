@@ -22,13 +22,23 @@ inline constexpr std::uint64_t kMaxInterimOriginalBytes = std::uint64_t(1) << 30
 // Packs the file `source` into the interim file `target`; true on success.
 // The target is written whole or not at all: an existing target is replaced
 // only on success. source == target packs in place.
-bool EncryptZip(const std::filesystem::path& source, const std::filesystem::path& target);
+// `writeError`, when given, gets the system's reason when it was the writing
+// of `target` that failed (a full disk, no permission); it stays empty when
+// the source could not be read.
+bool EncryptZip(const std::filesystem::path& source, const std::filesystem::path& target,
+                std::string* writeError = nullptr);
 
 // Unpacks the interim file `source` into `target`; true on success. A file that
 // is damaged in any way (wrong magic, unknown version, sizes that disagree,
 // checksum mismatch, truncation, trailing bytes) is refused and nothing is
 // written. source == target unpacks in place.
-bool DecryptUnzip(const std::filesystem::path& source, const std::filesystem::path& target);
+bool DecryptUnzip(const std::filesystem::path& source, const std::filesystem::path& target,
+                  std::string* writeError = nullptr);
+
+// What a user is told when packing (or unpacking) the interim file `name`
+// failed: that it could not be packed (or is damaged), or, when writing was
+// what failed, that it could not be written and why.
+std::string interimFailureText(const std::string& name, bool packing, const std::string& writeError);
 
 // The same on bytes in memory; nullopt when refused.
 std::optional<std::string> packInterim(std::string_view original);

@@ -29,8 +29,9 @@ fs::path unpackDecodedWave(const ProjectSession& session, const EditInfoRecord& 
     std::error_code ec;
     fs::create_directories(folder, ec);
     const fs::path wave = folder / pathFromUtf8(fileStem(record.decodeName) + ".wav");
-    if (!DecryptUnzip(packed, wave)) {
-        port.showMessage(record.decodeName + std::string(msg::kInterimCanNotUnpack));
+    std::string writeError;
+    if (!DecryptUnzip(packed, wave, &writeError)) {
+        port.showMessage(interimFailureText(record.decodeName, false, writeError));
         return {};
     }
     return wave;

@@ -187,6 +187,7 @@ inline constexpr std::string_view kExternalEditorNotExisted = "The external edit
 inline constexpr std::string_view kInterimMissing = " does not exist in the project folder !";
 inline constexpr std::string_view kInterimCanNotPack = " could not be packed !";
 inline constexpr std::string_view kInterimCanNotUnpack = " could not be unpacked: it is damaged !";
+inline constexpr std::string_view kInterimNotWrittenMiddle = " could not be written: "; // name, this, the system's reason, " !"
 inline constexpr std::string_view kNoTempFileIn = "Can not create a temporary file in "; // folder, then " !"
 inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopyPrefix, a file, kCopyTo, a file
 

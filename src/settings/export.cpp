@@ -313,8 +313,12 @@ RowResult Exporter::exportRow(const ListRow& row)
         return RowResult::Failed;
     }
     const ScratchFile scratch(scratchPath);
-    if (!DecryptUnzip(interimFile, scratch.path())) {
-        showNotEncoded(m_port, interimName);
+    std::string writeError;
+    if (!DecryptUnzip(interimFile, scratch.path(), &writeError)) {
+        if (writeError.empty())
+            showNotEncoded(m_port, interimName);
+        else
+            m_port.showMessage(interimFailureText(interimName, false, writeError));
         return RowResult::Failed;
     }
     ExportedFile file{target, exportName, record.bodyName, record.algoName, record.bitRate};

@@ -194,6 +194,8 @@ TEST_F(FaultInjection, EverySavingCommandSurvivesAKillOrAFullDiskAtEveryWrite)
             if (std::find(isWrite.begin() + n - 1, isWrite.end(), true) != isWrite.end()) {
                 EXPECT_NE(full.exitCode, 0) << op.name << ", disk full from point " << n;
                 EXPECT_FALSE(full.err.empty()) << op.name << ", disk full from point " << n << ": nothing said";
+                // Every file is intact: a full disk is never called damage.
+                EXPECT_EQ(full.err.find("damaged"), std::string::npos) << op.name << ", point " << n << ": " << full.err;
             } else {
                 EXPECT_EQ(full.exitCode, 0) << op.name << ", disk full from point " << n << ": " << full.err;
             }

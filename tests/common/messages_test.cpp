@@ -154,6 +154,7 @@ const Text kOwnTexts[] = {
     TEXT(kInterimMissing, " does not exist in the project folder !"),
     TEXT(kInterimCanNotPack, " could not be packed !"),
     TEXT(kInterimCanNotUnpack, " could not be unpacked: it is damaged !"),
+    TEXT(kInterimNotWrittenMiddle, " could not be written: "),
     TEXT(kNoTempFileIn, "Can not create a temporary file in "),
     TEXT(kRowNotEncoded, "This item has not been encoded yet !"),
 };
