@@ -51,19 +51,17 @@ struct Choice {
     std::string bitRate;
 };
 
-// Encodes record `index` of `source` as a batch of one row.
-RowOutcome encodeOne(const EngineEnvironment& env, ProjectItem* source, std::size_t index, bool autoDecode,
-                     bool& stopped)
+// Encodes record `index` of `source` as a batch of one row. The list holds
+// that row alone: building the whole list for each source would make the
+// command cost the square of the project's size.
+RowOutcome encodeOne(CodecEngine& engine, ProjectItem* source, std::size_t index, bool autoDecode, bool& stopped)
 {
-    MainList list = MainList::fromDocument(env.session.document());
-    const std::optional<std::size_t> row = list.rowOf(source, index);
-    if (!row)
-        return RowOutcome::Failed;
-    list.selectRows({*row});
-    CodecEngine engine(env);
+    MainList list;
+    list.rows().push_back(ListRow{source, index});
+    list.selection = {true};
     const BatchResult batch = engine.encodeSelected(list, autoDecode);
     stopped = batch.stopped;
-    return batch.rows[*row];
+    return batch.rows[0];
 }
 
 } // namespace
@@ -100,6 +98,7 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
     bool applyInForce = false;
     bool skipAll = false;
     bool first = true;
+    CodecEngine engine(env); // one for the command: it gathers the names in use once
 
     for (ProjectItem* source : selected) {
         if (source == nullptr || !source->isSource())
@@ -189,7 +188,7 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
         env.session.markModified();
 
         bool stopped = false;
-        added.encode = encodeOne(env, source, added.recordIndex, autoDecode, stopped);
+        added.encode = encodeOne(engine, source, added.recordIndex, autoDecode, stopped);
         if (replaced && added.encode != RowOutcome::Done)
             source->records()[added.recordIndex] = *replaced;
         result.sources.push_back(added);

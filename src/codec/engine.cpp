@@ -167,22 +167,36 @@ BatchResult CodecEngine::runBatch(MainList& list, const std::function<RowOutcome
     m_env.session.setBusy(false);
     if (changed)
         m_env.session.markModified();
-    updateCompressionRates(list, originalSizesOf(m_env.session.document(), m_env.session.filesFolder()));
+    // Only the rows of this batch have new sizes; a source's size is looked at once.
+    OriginalSizes sizes;
+    for (std::size_t row = 0; row < list.size(); ++row) {
+        if (result.rows[row] != RowOutcome::Done)
+            continue;
+        EditInfoRecord& record = list.rows()[row].record();
+        auto known = sizes.find(record.fileName);
+        if (known == sizes.end())
+            known = sizes.emplace(record.fileName, originalSizeOf(record.fileName, m_env.session.filesFolder())).first;
+        record.compressionRate = compressionRateText(record.encodeSize, known->second);
+    }
     return result;
 }
 
-StemTaken CodecEngine::takenStems() const
+StemTaken CodecEngine::takenStems()
 {
     // A stem is taken while any record names a file of it, and while a file of
     // it stands in Temp or beside the project file (where Close puts them).
-    auto stems = std::make_shared<std::unordered_set<std::string>>();
-    for (const ProjectItem* item : filesTreeOrder(m_env.session.document()))
-        for (const EditInfoRecord& record : item->records()) {
-            if (!record.encodeName.empty())
-                stems->insert(lowerAscii(fileStem(record.encodeName)));
-            if (!record.decodeName.empty())
-                stems->insert(lowerAscii(fileStem(record.decodeName)));
-        }
+    if (!m_recordedStems) {
+        auto stems = std::make_shared<std::unordered_set<std::string>>();
+        for (const ProjectItem* item : filesTreeOrder(m_env.session.document()))
+            for (const EditInfoRecord& record : item->records()) {
+                if (!record.encodeName.empty())
+                    stems->insert(lowerAscii(fileStem(record.encodeName)));
+                if (!record.decodeName.empty())
+                    stems->insert(lowerAscii(fileStem(record.decodeName)));
+            }
+        m_recordedStems = std::move(stems);
+    }
+    const auto stems = m_recordedStems;
     const fs::path project = m_env.session.projectFolder();
     const fs::path temp = m_env.session.tempFolder();
     return [stems, project, temp](std::string_view stem) {

@@ -14,6 +14,8 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <unordered_set>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -66,9 +68,9 @@ public:
     // Encodes the selected rows in list order. With `autoDecode` each row that
     // encodes is decoded at once, before the next row (the automatic decode
     // switch). The busy flag is set for the whole batch; the compression rates
-    // of all rows are recomputed at the end.
+    // of the rows done are recomputed at the end.
     BatchResult encodeSelected(MainList& list, bool autoDecode = false);
-    // Decodes the selected rows in list order, then recomputes the rates.
+    // Decodes the selected rows in list order, then recomputes their rates.
     BatchResult decodeSelected(MainList& list);
 
     // Whether a row's body, algorithm and bit rate form a combination the
@@ -90,8 +92,10 @@ private:
     RowOutcome encodeRow(const ListRow& row);
     RowOutcome decodeRow(const ListRow& row);
     bool stopRequested();
-    // Names no record, Temp file or file beside the project file uses.
-    StemTaken takenStems() const;
+    // Names no record, Temp file or file beside the project file uses. The
+    // records' names are gathered once per engine: a name given out since
+    // stands in Temp, which the test looks at anyway.
+    StemTaken takenStems();
     // A new SAF*.tmp in Temp, entered in the session's temporary files.
     std::optional<std::filesystem::path> newTempFile();
     bool loadCodec(const BodyAlgoInfo& algorithm, const EditInfoRecord& record);
@@ -100,6 +104,7 @@ private:
 
     EngineEnvironment m_env;
     bool m_run = false; // the batch's run flag
+    std::shared_ptr<const std::unordered_set<std::string>> m_recordedStems;
 };
 
 } // namespace kestrelon

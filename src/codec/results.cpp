@@ -13,19 +13,26 @@ namespace kestrelon {
 
 namespace fs = std::filesystem;
 
+std::string originalSizeOf(const std::string& sourceId, const fs::path& filesFolder)
+{
+    if (sourceId.empty())
+        return {};
+    std::error_code ec;
+    const fs::path path = joinModel(filesFolder, sourceId);
+    if (!fs::is_regular_file(path, ec))
+        return {};
+    const std::uintmax_t size = fs::file_size(path, ec);
+    return ec ? std::string() : std::to_string(size);
+}
+
 OriginalSizes originalSizesOf(const ProjectDocument& document, const fs::path& filesFolder)
 {
     OriginalSizes sizes;
     for (const ProjectItem* item : filesTreeOrder(document)) {
-        if (!item->isSource() || item->id().empty())
+        if (!item->isSource())
             continue;
-        std::error_code ec;
-        const fs::path path = joinModel(filesFolder, item->id());
-        if (!fs::is_regular_file(path, ec))
-            continue;
-        const std::uintmax_t size = fs::file_size(path, ec);
-        if (!ec)
-            sizes.insert_or_assign(item->id(), std::to_string(size));
+        if (std::string size = originalSizeOf(item->id(), filesFolder); !size.empty())
+            sizes.insert_or_assign(item->id(), std::move(size));
     }
     return sizes;
 }

@@ -24,6 +24,8 @@ using OriginalSizes = std::map<std::string, std::string, std::less<>>;
 // `filesFolder`: the whole file's size, header included, so the rate compares
 // what the firmware gets with what the user handed in.
 OriginalSizes originalSizesOf(const ProjectDocument& document, const std::filesystem::path& filesFolder);
+// One source's: the size of Files\<id> as text, empty when it is not there.
+std::string originalSizeOf(const std::string& sourceId, const std::filesystem::path& filesFolder);
 
 // The rate text of an encode size A and an original size B, both decimal
 // text: empty when either is 0 (an empty or missing text counts as 0),

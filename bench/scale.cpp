@@ -1,0 +1,97 @@
+// scale: what a row costs as a project grows. For projects of N sources (by
+// default 100, 1,000 and 10,000 copies of a 0.1 s prompt), the built
+// kestrelon-cli runs Add Encode Data (IMA ADPCM), Encode and Decode over every
+// row, and the CPU time of each whole command (user + system, from the
+// system's accounting of the child) is divided by N. A cost that does not grow
+// with the project gives a ratio largest/smallest near 1.
+//
+//     scale [N...]
+//
+// The projects lie in the system's temporary folder (TMPDIR) and are removed.
+#include "wave/wave_file.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kCli = KESTRELON_CLI;
+
+// Runs the CLI with `words`, its output thrown away; the child's CPU seconds.
+double cpuOf(const std::vector<std::string>& words)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::vector<char*> argv{const_cast<char*>(kCli.c_str())};
+        for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+        argv.push_back(nullptr);
+        if (std::freopen("/dev/null", "w", stdout) == nullptr || std::freopen("/dev/null", "w", stderr) == nullptr)
+            ::_exit(127);
+        ::execv(kCli.c_str(), argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    struct rusage usage {};
+    ::wait4(child, &status, 0, &usage);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        std::fprintf(stderr, "kestrelon-cli %s ... failed\n", words.empty() ? "" : words[0].c_str());
+        std::exit(1);
+    }
+    const auto seconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<int> sizes;
+    for (int i = 1; i < argc; ++i) sizes.push_back(std::max(1, std::atoi(argv[i])));
+    if (sizes.empty()) sizes = {100, 1000, 10000};
+
+    const fs::path root = fs::temp_directory_path() / ("kestrelon-scale-" + std::to_string(::getpid()));
+    fs::create_directories(root / "waves");
+    std::vector<std::int16_t> prompt(800);
+    for (std::size_t i = 0; i < prompt.size(); ++i) prompt[i] = std::int16_t(6000 * std::sin(0.2 * double(i)));
+
+    std::map<std::string, std::map<int, double>> perRow; // step -> N -> ms per row
+    for (const int n : sizes) {
+        std::vector<std::string> add = {"project", "add-files", (root / std::to_string(n) / "Scale" / "Scale.ptp").string()};
+        for (int i = 0; i < n; ++i) {
+            const fs::path wave = root / "waves" / ("p" + std::to_string(i) + ".wav");
+            if (!fs::exists(wave) && !kestrelon::writeWav16(wave, prompt, 8000)) return 1;
+            add.push_back(wave.string());
+        }
+        const std::string ptp = add[2];
+        fs::create_directories(root / std::to_string(n));
+        cpuOf({"project", "new", (root / std::to_string(n)).string(), "Scale"});
+        cpuOf(add);
+        perRow["add-encode"][n] =
+            1000 * cpuOf({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--rate", "32000"}) / n;
+        perRow["encode"][n] = 1000 * cpuOf({"project", "encode", ptp}) / n;
+        perRow["decode"][n] = 1000 * cpuOf({"project", "decode", ptp}) / n;
+        fs::remove_all(root / std::to_string(n));
+    }
+    fs::remove_all(root);
+
+    std::printf("%-11s", "CPU ms/row");
+    for (const int n : sizes) std::printf(" %10d", n);
+    std::printf("   largest/smallest\n");
+    for (const auto& [step, byN] : perRow) {
+        std::printf("%-11s", step.c_str());
+        for (const int n : sizes) std::printf(" %10.3f", byN.at(n));
+        std::printf("   %6.2f\n", byN.at(sizes.back()) / byN.at(sizes.front()));
+    }
+    return 0;
+}
