@@ -18,6 +18,7 @@
 #include <QTableView>
 
 #include <chrono>
+#include <memory>
 #include <cmath>
 #include <cstdlib>
 #include <thread>
@@ -25,32 +26,56 @@
 #ifdef KESTRELON_PROGRAM_DIR
 namespace kestrelon {
 
-TEST(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
-{
+// A project of one source, "hello.wav", holding `sound`, open in a frame whose
+// PC player writes to SDL's disk device.
+class PlayingInTheWorkbench : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        setenv("SDL_AUDIODRIVER", "disk", 1);
+        setenv("SDL_DISKAUDIOFILE", device.string().c_str(), 1);
+        setenv("SDL_DISKAUDIODELAY", "0", 1);
+        ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
+    }
+
+    void openProject(const std::vector<std::int16_t>& sound)
+    {
+        std::filesystem::create_directories(dir / "Demo" / "Files");
+        ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", sound, 8000));
+        test::writeBytes(dir / "Demo" / "Demo.ptp",
+                         "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
+                         "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
+                         "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
+                         "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
+                         "# End Project\n");
+        m_frame = std::make_unique<MainWindow>(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
+        ASSERT_TRUE(m_frame->openProject(dir / "Demo" / "Demo.ptp"));
+    }
+
+    // What reached the device.
+    std::vector<std::int16_t> heard() const
+    {
+        std::vector<std::int16_t> samples;
+        EXPECT_TRUE(unpackPcm16(test::readBytes(device), samples));
+        return samples;
+    }
+
     test::TempDir dir;
     const std::filesystem::path device = dir / "device.raw";
-    setenv("SDL_AUDIODRIVER", "disk", 1);
-    setenv("SDL_DISKAUDIOFILE", device.string().c_str(), 1);
-    setenv("SDL_DISKAUDIODELAY", "0", 1);
+    const std::filesystem::path program = KESTRELON_PROGRAM_DIR;
+    test::ScriptedPort port;
+    test::ScriptedChooser chooser;
+    BodySettings bodies;
+    std::unique_ptr<MainWindow> m_frame;
+};
+
+TEST_F(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
+{
     std::vector<std::int16_t> tone(4000);
     for (std::size_t i = 0; i < tone.size(); ++i)
         tone[i] = static_cast<std::int16_t>(7000 * std::sin(0.3 * double(i)));
-    std::filesystem::create_directories(dir / "Demo" / "Files");
-    ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", tone, 8000));
-    test::writeBytes(dir / "Demo" / "Demo.ptp",
-                     "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
-                     "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
-                     "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
-                     "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
-                     "# End Project\n");
-
-    test::ScriptedPort port;
-    test::ScriptedChooser chooser;
-    const std::filesystem::path program = KESTRELON_PROGRAM_DIR;
-    BodySettings bodies;
-    ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
-    MainWindow frame(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
-    ASSERT_TRUE(frame.openProject(dir / "Demo" / "Demo.ptp"));
+    ASSERT_NO_FATAL_FAILURE(openProject(tone));
+    MainWindow& frame = *m_frame;
     EXPECT_FALSE(frame.action(cmd::kPlay)->isEnabled()); // no player yet
     frame.loadPlayers();
     EXPECT_TRUE(port.texts().empty());
@@ -73,36 +98,16 @@ TEST(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
     EXPECT_FALSE(frame.playCommands()->playing());
     EXPECT_EQ(original.data().toString(), QStringLiteral("\u25B6"));
     EXPECT_FALSE(frame.action(cmd::kStop)->isEnabled());
-    std::vector<std::int16_t> heard;
-    ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
-    EXPECT_TRUE(test::beginsWithSound(heard, tone));
+    EXPECT_TRUE(test::beginsWithSound(heard(), tone));
     EXPECT_TRUE(port.texts().empty());
 }
 
-TEST(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
+TEST_F(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
 {
-    test::TempDir dir;
-    const std::filesystem::path device = dir / "device.raw";
-    setenv("SDL_AUDIODRIVER", "disk", 1);
-    setenv("SDL_DISKAUDIOFILE", device.string().c_str(), 1);
-    setenv("SDL_DISKAUDIODELAY", "0", 1);
     std::vector<std::int16_t> ramp(6000);
     for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<std::int16_t>(i * 5 - 15000);
-    std::filesystem::create_directories(dir / "Demo" / "Files");
-    ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", ramp, 8000));
-    test::writeBytes(dir / "Demo" / "Demo.ptp",
-                     "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
-                     "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
-                     "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
-                     "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
-                     "# End Project\n");
-    test::ScriptedPort port;
-    test::ScriptedChooser chooser;
-    const std::filesystem::path program = KESTRELON_PROGRAM_DIR;
-    BodySettings bodies;
-    ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
-    MainWindow frame(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
-    ASSERT_TRUE(frame.openProject(dir / "Demo" / "Demo.ptp"));
+    ASSERT_NO_FATAL_FAILURE(openProject(ramp));
+    MainWindow& frame = *m_frame;
     frame.loadPlayers();
     QTableView* table = frame.mainView()->table();
     table->setCurrentIndex(table->model()->index(0, 0));
@@ -128,9 +133,7 @@ TEST(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
     }
     EXPECT_FALSE(window.originalPane()->playing());
     EXPECT_EQ(view.playPosition(), -1); // the line goes with the sound
-    std::vector<std::int16_t> heard;
-    ASSERT_TRUE(unpackPcm16(test::readBytes(device), heard));
-    EXPECT_TRUE(test::beginsWithSound(heard, std::vector<std::int16_t>(ramp.begin() + 1000, ramp.begin() + 2500)));
+    EXPECT_TRUE(test::beginsWithSound(heard(), std::vector<std::int16_t>(ramp.begin() + 1000, ramp.begin() + 2500)));
     ASSERT_FALSE(positions.empty());
     for (const std::int64_t at : positions) {
         EXPECT_GE(at, 1000);
