@@ -4,11 +4,13 @@
 #include "codec/interim_packer.h"
 #include "codec/project_algorithms.h"
 #include "codec/raw_extraction.h"
+#include "codec/engine_scopes.h"
 #include "codec/results.h"
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
+#include "common/scratch_file.h"
 #include "common/user_port.h"
 #include "plugins/codec_host.h"
 #include "plugins/host_windows.h"
@@ -239,13 +241,9 @@ void CodecEngine::dropDecodedWave(const std::string& name)
     m_env.session.dropAtSave(m_env.session.projectFolder() / pathFromUtf8(name));
 }
 
-bool CodecEngine::loadCodec(const BodyAlgoInfo& algorithm, const EditInfoRecord& record)
+fs::path CodecEngine::codecLibrary(const BodyAlgoInfo& algorithm) const
 {
-    const fs::path library = algorithmLibraryPath(m_env.session.projectFolder(), libraryNameOf(algorithm));
-    if (m_env.host.loadAlgorithmPath(library, record.bitRate))
-        return true;
-    m_env.host.releaseAlgorithm();
-    return false;
+    return algorithmLibraryPath(m_env.session.projectFolder(), libraryNameOf(algorithm));
 }
 
 RowOutcome CodecEngine::encodeRow(const ListRow& row)
@@ -260,111 +258,84 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     const fs::path temp = m_env.session.tempFolder();
     UserPort& port = m_env.port;
 
-    // The interim file: the one the record names, brought back from beside
-    // the project file when Temp lost it, or a new one.
+    // The interim file: the one the record names, or a new one, which goes
+    // again unless this encode succeeds.
     fs::path interim;
-    bool createdNow = false;
+    ScratchFile created;
     if (isPlainFileName(record.encodeName)) {
         interim = temp / pathFromUtf8(record.encodeName);
+        // Brought back from beside the project file when Temp lost it, only
+        // so that a failing encode leaves it where the row expects it: the
+        // copy beside the project file stays either way.
         const fs::path kept = project / pathFromUtf8(record.encodeName);
-        if (!isRegularFile(interim) && isRegularFile(kept))
-            copyWhole(kept, interim, port);
+        if (!isRegularFile(interim) && isRegularFile(kept) && !copyWhole(kept, interim, port))
+            return RowOutcome::Failed;
     } else {
         const std::optional<fs::path> made = newTempFile();
         if (!made)
             return RowOutcome::Failed;
         interim = *made;
-        createdNow = true;
+        created = ScratchFile(interim);
     }
-    const auto dropCreated = [&] {
-        if (createdNow)
-            removeQuietly(interim);
-    };
+    const bool encodedBefore = created.path().empty();
     const std::string interimStem = utf8FromPath(interim.stem());
 
     // The speech events travel as the row's working copy, Temp\evt\<interim>.evt.
     const fs::path wave = sourceWavePath(*row.source);
     const fs::path events = eventFilePath(wave);
     const fs::path eventCopy = temp / "evt" / pathFromUtf8(interimStem + ".evt");
-    bool withEvents = false;
-    if (isRegularFile(events)) {
+    const bool withEvents = isRegularFile(events);
+    if (withEvents) {
         std::error_code ec;
         fs::create_directories(eventCopy.parent_path(), ec);
         // A copy made before the events were edited would carry old events.
-        if ((!isRegularFile(eventCopy) || !sameBytes(events, eventCopy)) && !copyWhole(events, eventCopy, port)) {
-            dropCreated();
+        if ((!isRegularFile(eventCopy) || !sameBytes(events, eventCopy)) && !copyWhole(events, eventCopy, port))
             return RowOutcome::Failed;
-        }
-        withEvents = true;
     } else {
         removeQuietly(eventCopy); // events removed from the source since the last encode
     }
-
-    WaveFile source;
-    if (!source.load(wave)) {
-        dropCreated();
+    if (!WaveFile().load(wave)) // the codec reads the file itself; this only proves it loads
         return RowOutcome::Unreadable;
-    }
-    source = WaveFile(); // the codec reads the file itself
 
-    if (!loadCodec(*algorithm, record)) {
-        dropCreated();
+    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate);
+    // The events are handed over before the encode, which is the call that carries them.
+    if (!codec || !codec->setEventFile(withEvents ? eventCopy : fs::path()))
         return RowOutcome::Failed;
-    }
-    CodecHost& host = m_env.host;
-    // Handed over before the encode, which is the call that carries them.
-    if (!host.setEventFile(withEvents ? eventCopy : fs::path())) {
-        host.releaseAlgorithm();
-        dropCreated();
-        return RowOutcome::Failed;
-    }
 
     // A row encoded before keeps its interim file untouched until the new
     // output is complete, so a failing codec cannot spoil the old results.
-    fs::path output = interim;
-    if (!createdNow) {
-        const std::optional<fs::path> scratch = newTempFile();
-        if (!scratch) {
-            host.releaseAlgorithm();
+    ScratchFile output;
+    if (encodedBefore) {
+        const std::optional<fs::path> made = newTempFile();
+        if (!made)
             return RowOutcome::Failed;
-        }
-        output = *scratch;
+        output = ScratchFile(*made);
     }
+    const fs::path& encoded = encodedBefore ? output.path() : interim;
 
-    const std::string title = record.algoName + std::string(msg::kEncodingSuffix);
-    port.beginProgress(title);
-    port.setProgressRange(0, 100);
-    port.setProgressText(title); // until the codec says more
+    const ProgressScope progress(port, record.algoName + std::string(msg::kEncodingSuffix));
     ProgressBarWindow bar(port);
     ProgressTextWindow text(port);
-    bool ok = host.encode(wave, output, bar.window(), text.window());
     std::string extension;
-    std::string tag;
-    ok = ok && host.outputExtension(extension);
-    if (ok)
-        host.outputTag(tag); // not part of the stored names of an encode (docs/engine.md)
     std::error_code ec;
-    const std::uintmax_t rawSize = ok ? fs::file_size(output, ec) : 0;
-    ok = ok && !ec;
+    if (!codec->encode(wave, encoded, bar.window(), text.window()) || !codec->outputExtension(extension))
+        return RowOutcome::Failed;
+    std::string tag;
+    codec->outputTag(tag); // asked for, as the contract has it, but not part of an encode's stored names (docs/engine.md)
+    const std::uintmax_t rawSize = fs::file_size(encoded, ec);
     // A codec that says it succeeded has still to deliver an encoded file:
     // without its header the data would reach the firmware as speech.
-    ok = ok && inspectEncodedFile(output, port).has_value();
+    if (ec || !inspectEncodedFile(encoded, port))
+        return RowOutcome::Failed;
     std::string writeError;
-    if (ok && !EncryptZip(output, interim, &writeError)) {
+    if (!EncryptZip(encoded, interim, &writeError)) {
         port.showMessage(interimFailureText(utf8FromPath(interim.filename()), true, writeError));
-        ok = false;
-    }
-    port.endProgress();
-    host.releaseAlgorithm();
-    if (output != interim)
-        removeQuietly(output);
-    if (!ok) {
-        dropCreated();
         return RowOutcome::Failed;
     }
+    created.keep();
 
     // The saved project may name this interim file with the old encoding's record.
-    if (!createdNow)
+    if (encodedBefore)
         m_env.session.workReplaced(interim);
     // A decoded wave of the old encoding no longer belongs to the row.
     dropDecodedWave(record.decodeName);
@@ -378,7 +349,8 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     // the working event file too; Save purges Temp\evt without copying it.
     // The row's event file beside the project file is brought up to date
     // now, so an event file left there by an earlier Close never describes
-    // events the source no longer has.
+    // events the source no longer has. A copy that fails has said so; the
+    // encoding itself is done.
     const fs::path eventsBeside = project / pathFromUtf8(interimStem + ".evt");
     if (withEvents)
         copyWhole(eventCopy, eventsBeside, port);
@@ -410,53 +382,44 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
             return RowOutcome::Failed;
     }
 
-    const std::optional<fs::path> unpacked = newTempFile();
-    if (!unpacked)
+    const std::optional<fs::path> made = newTempFile();
+    if (!made)
         return RowOutcome::Failed;
-    const std::string decodeStem = utf8FromPath(unpacked->stem());
+    const ScratchFile unpacked(*made);
+    const std::string decodeStem = utf8FromPath(unpacked.path().stem());
     const std::string decodeName = decodeStem + std::string(kDecodedExtension);
     std::string writeError;
-    if (!DecryptUnzip(interim, *unpacked, &writeError)) {
+    if (!DecryptUnzip(interim, unpacked.path(), &writeError)) {
         port.showMessage(interimFailureText(record.encodeName, false, writeError));
-        removeQuietly(*unpacked);
         return RowOutcome::Failed;
     }
-    if (!loadCodec(*algorithm, record)) {
-        removeQuietly(*unpacked);
+    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate);
+    if (!codec)
         return RowOutcome::Failed;
-    }
-    CodecHost& host = m_env.host;
 
     // The codec's name part goes in front of the scratch wave's name.
     std::string tag;
-    host.outputTag(tag);
+    codec->outputTag(tag);
     while (!tag.empty() && tag.back() == '_')
         tag.pop_back();
-    const fs::path scratch =
-        temp / pathFromUtf8(fileNameSafe(normalizeNamePart(tag)) + decodeStem + std::string(kDecodeScratchExtension));
-
-    const std::string title = record.algoName + std::string(msg::kDecodingSuffix);
-    port.beginProgress(title);
-    port.setProgressRange(0, 100);
-    port.setProgressText(title);
-    ProgressBarWindow bar(port);
-    ProgressTextWindow text(port);
-    bool ok = host.decode(*unpacked, scratch, bar.window(), text.window());
-    port.endProgress();
-    host.releaseAlgorithm();
-    removeQuietly(*unpacked);
-
-    std::error_code ec;
-    const std::uintmax_t waveSize = ok ? fs::file_size(scratch, ec) : 0;
-    ok = ok && !ec;
-    const fs::path decoded = temp / pathFromUtf8(decodeName);
-    if (ok && !EncryptZip(scratch, decoded, &writeError)) {
-        port.showMessage(interimFailureText(decodeName, true, writeError));
-        ok = false;
+    const ScratchFile wave(temp / pathFromUtf8(fileNameSafe(normalizeNamePart(tag)) + decodeStem +
+                                               std::string(kDecodeScratchExtension)));
+    {
+        const ProgressScope progress(port, record.algoName + std::string(msg::kDecodingSuffix));
+        ProgressBarWindow bar(port);
+        ProgressTextWindow text(port);
+        if (!codec->decode(unpacked.path(), wave.path(), bar.window(), text.window()))
+            return RowOutcome::Failed;
     }
-    removeQuietly(scratch);
-    if (!ok)
+    std::error_code ec;
+    const std::uintmax_t waveSize = fs::file_size(wave.path(), ec);
+    if (ec)
         return RowOutcome::Failed;
+    const fs::path decoded = temp / pathFromUtf8(decodeName);
+    if (!EncryptZip(wave.path(), decoded, &writeError)) {
+        port.showMessage(interimFailureText(decodeName, true, writeError));
+        return RowOutcome::Failed;
+    }
 
     m_env.session.addTemporaryFile(decoded);
     if (record.decodeName != decodeName)

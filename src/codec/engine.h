@@ -98,7 +98,8 @@ private:
     StemTaken takenStems();
     // A new SAF*.tmp in Temp, entered in the session's temporary files.
     std::optional<std::filesystem::path> newTempFile();
-    bool loadCodec(const BodyAlgoInfo& algorithm, const EditInfoRecord& record);
+    // The project's copy of the algorithm's library (Algos).
+    std::filesystem::path codecLibrary(const BodyAlgoInfo& algorithm) const;
     // Lets go of a decoded wave the row no longer names.
     void dropDecodedWave(const std::string& name);
 

@@ -8,6 +8,7 @@
 #include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
+#include "common/scratch_file.h"
 #include "common/user_port.h"
 #include "project/edit_info_record.h"
 #include "project/new_project.h"
@@ -108,21 +109,6 @@ fs::path chooseScratchFile(const fs::path& tempFolder, const std::string& interi
 }
 
 // Deletes the scratch file however the row ends.
-class ScratchFile {
-public:
-    explicit ScratchFile(fs::path path) : m_path(std::move(path)) {}
-    ~ScratchFile()
-    {
-        if (!m_path.empty())
-            removeQuietly(m_path);
-    }
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-    const fs::path& path() const { return m_path; }
-
-private:
-    fs::path m_path;
-};
 
 // The speech events that go with the row, and whether export may consume the
 // file. Looked for in this order:
