@@ -474,7 +474,7 @@ void MainView::runBatch(bool encode)
         engine.decodeSelected(shown);
     host.releaseAlgorithm();
     setBusy(false);
-    // The engine measured the originals again for the rates; keep that table.
+    // The table of sources' sizes is made again once per batch, for every row's rate.
     m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
     m_waveFacts.clear();
     rowsRewritten();
