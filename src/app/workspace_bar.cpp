@@ -39,6 +39,8 @@ WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Worksp
     setObjectName(QStringLiteral("WorkspaceBar"));
     setAllowedAreas(Qt::AllDockWidgetAreas);
 
+    m_folderIcon = style()->standardIcon(QStyle::SP_DirIcon);
+    m_fileIcon = style()->standardIcon(QStyle::SP_FileIcon);
     m_filesModel = new QStandardItemModel(this);
     m_filesView = new QTreeView;
     m_filesView->setObjectName(QStringLiteral("FilesTree"));
@@ -109,20 +111,18 @@ ProjectItem* WorkspaceBar::itemOf(const QModelIndex& index)
 
 void WorkspaceBar::addChildren(QStandardItem* parent, const std::vector<ProjectItem*>& items)
 {
-    const QIcon folderIcon = style()->standardIcon(QStyle::SP_DirIcon);
-    const QIcon fileIcon = style()->standardIcon(QStyle::SP_FileIcon);
     for (ProjectItem* item : items) {
         auto* node = new QStandardItem;
         node->setData(quintptr(item), kItemRole);
         if (item->isGroup()) {
             node->setText(qtText(item->name()));
-            node->setIcon(folderIcon);
+            node->setIcon(m_folderIcon);
             node->setEditable(true);
         } else {
             // A source shows its file name; its path in the project is the tip.
             node->setText(qtText(item->id().empty() ? item->name() : item->id()));
             node->setToolTip(qtText(item->name()));
-            node->setIcon(fileIcon);
+            node->setIcon(m_fileIcon);
             node->setEditable(false);
         }
         parent->appendRow(node);
@@ -136,12 +136,13 @@ void WorkspaceBar::refreshFiles()
     m_filesModel->clear();
     if (m_tree && m_document) {
         m_tree->selection().prune();
-        auto* root = new QStandardItem(style()->standardIcon(QStyle::SP_DirIcon), m_projectName);
+        auto* root = new QStandardItem(m_folderIcon, m_projectName);
         root->setData(quintptr(0), kItemRole);
         root->setData(true, kRootRole);
         root->setEditable(false);
-        m_filesModel->appendRow(root);
+        // The tree is built before the model holds it, so the view takes it in once.
         addChildren(root, m_document->topLevelFiles());
+        m_filesModel->appendRow(root);
         m_filesView->expand(root->index());
         restoreView(root);
     }
@@ -255,12 +256,12 @@ void WorkspaceBar::refreshAlgorithms()
     m_algorithmsView->clear();
     if (!m_algorithms) return;
     auto* root = new QTreeWidgetItem(m_algorithmsView, {QStringLiteral("Algorithms")});
-    root->setIcon(0, style()->standardIcon(QStyle::SP_DirIcon));
+    root->setIcon(0, m_folderIcon);
     root->setFlags(root->flags() & ~Qt::ItemIsSelectable);
     for (const AlgoRegEntry& entry : *m_algorithms) {
         auto* node = new QTreeWidgetItem(root, {qtText(entry.name)});
         node->setToolTip(0, qtText(entry.path));
-        node->setIcon(0, style()->standardIcon(QStyle::SP_FileIcon));
+        node->setIcon(0, m_fileIcon);
     }
     root->setExpanded(true);
 }

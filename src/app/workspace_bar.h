@@ -7,6 +7,7 @@
 #include "project/workspace_tree.h"
 
 #include <QDockWidget>
+#include <QIcon>
 
 #include <optional>
 #include <string>
@@ -90,6 +91,9 @@ private:
     QMenu* m_algorithmsMenu = nullptr;
     bool m_rootSelected = false;
     bool m_syncing = false; // the view is being set from the selection, or rebuilt
+    // Made once: a style's icons are decoded from pictures each time they are asked for.
+    QIcon m_folderIcon;
+    QIcon m_fileIcon;
 };
 
 } // namespace kestrelon
