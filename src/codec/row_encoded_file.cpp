@@ -50,7 +50,8 @@ std::optional<RowEncodedFile> inspectRowEncodedFile(const ProjectSession& sessio
         port.showMessage("\"" + name + "\"" + std::string(msg::kNotACorrectEncodedFile));
         return std::nullopt;
     }
-    return RowEncodedFile{interim, packed.bytes.size(), EncodedFileInfo{*header, unpacked->size()}};
+    return RowEncodedFile{interim, packed.bytes.size(), EncodedFileInfo{*header, unpacked->size()},
+                          unpacked->substr(kEncodedHeaderSize)};
 }
 
 } // namespace kestrelon

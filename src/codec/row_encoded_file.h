@@ -24,6 +24,7 @@ struct RowEncodedFile {
     std::filesystem::path interimFile; // the packed file that was read
     std::uintmax_t packedSize = 0;     // its size on disk
     EncodedFileInfo encoded;           // the unpacked encoded file: header and size
+    std::string speech;                // its data after the header: what a board or a firmware build gets
 };
 
 // Finds and unpacks the row's interim file in memory and reads its header.
