@@ -53,7 +53,9 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                           "when the program folder cannot be written."},
     {"play", "Plays row N (counted from 0 in list order) through the PC player that the body settings name: "
              "its source wave (original) or its decoded wave (decoded), --loop-count times (1), and returns "
-             "when it has ended. \"samples\" says how many samples were played, over every pass."},
+             "when it has ended. \"samples\" says how many samples were played, over every pass. With --what "
+             "encoded, the row's encoded data (without its header) plays on the target board through the board "
+             "player, and \"bytesSent\" says how much the board took."},
     {"registry dump", "Prints the project's algorithm registry as JSON."},
     {"registry prune", "Removes registry entries whose plug-in is no longer in the project's Algos folder."},
     {"events dump", "Prints a speech event file as JSON."},
@@ -61,6 +63,9 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                    "event that already has the ID is replaced with --yes and kept (nothing added) with --no. "
                    "--label sets a custom label, --default-label goes back to the default one."},
     {"events delete", "Removes the event with the ID K from a speech event file and writes it."},
+    {"board version", "Asks the target board on port --port N (0) for its host and driver versions through the "
+                      "board player the body settings name, as Body Information's Get Version does; \"status\" is "
+                      "its status line."},
     {"wave save", "Saves a wave, or the samples --from S up to (not including) --to S, as a mono 16-bit WAV "
                   "file; the name must end in .wav."},
     {"wave render", "Draws a wave (or --from S --to S) as a PNG picture of --width by --height pixels (1600 by "

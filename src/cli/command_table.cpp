@@ -11,6 +11,7 @@ const std::vector<CommandSpec>& commandTable()
         addRegistryCommands(t);
         addEventCommands(t);
         addWaveCommands(t);
+        addBoardCommands(t);
         addPlayListCommands(t);
         addHeaderCommands(t);
         addSettingsCommands(t);

@@ -18,5 +18,8 @@ void addPlayCommands(std::vector<CommandSpec>& table);
 void addQualityCommands(std::vector<CommandSpec>& table);
 void addSweepCommands(std::vector<CommandSpec>& table);
 void addWaveCommands(std::vector<CommandSpec>& table);
+void addBoardCommands(std::vector<CommandSpec>& table);
+// `play --what encoded`: the row's encoded data on the target board.
+Result playEncodedOnBoard(Context& context, const std::string& ptp, std::size_t row);
 
 } // namespace kestrelon::cli

@@ -28,10 +28,12 @@ Result play(Context& ctx)
     const int loops = int(ctx.args.takeNumber("--loop-count", 1, 1'000'000'000).value_or(1));
     const auto words = ctx.args.expect(1);
     if (!rowNumber || !whatText)
-        throw UsageError("--row N and --what original|decoded are required");
-    if (*whatText != "original" && *whatText != "decoded")
-        throw UsageError("--what takes original or decoded: " + *whatText);
+        throw UsageError("--row N and --what original|decoded|encoded are required");
+    if (*whatText != "original" && *whatText != "decoded" && *whatText != "encoded")
+        throw UsageError("--what takes original, decoded or encoded: " + *whatText);
     const std::size_t row = std::size_t(*rowNumber);
+    if (*whatText == "encoded")
+        return playEncodedOnBoard(ctx, absolutePathArgument(words[0]).string(), row);
 
     BodySettings bodies;
     if (!bodies.load(ctx.bodySettingsFile, ctx.programFolder, ctx.port))
@@ -73,7 +75,7 @@ Result play(Context& ctx)
 
 void addPlayCommands(std::vector<CommandSpec>& table)
 {
-    table.push_back({{"play"}, "play PROJECT.ptp --row N --what original|decoded [--loop-count K]", &play, false});
+    table.push_back({{"play"}, "play PROJECT.ptp --row N --what original|decoded|encoded [--loop-count K]", &play, false});
 }
 
 } // namespace kestrelon::cli

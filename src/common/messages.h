@@ -166,6 +166,15 @@ inline constexpr std::string_view kVolumesNotKeptPrefix = "The body volumes coul
 inline constexpr std::string_view kPcPlayDllNotFound = "Body PcPlay DLL not found!!";
 inline constexpr std::string_view kDoNotExistInProjectFolder = " do not exist in project folder !"; // after the file name
 inline constexpr std::string_view kDecodedTempNotFound = "The decoded temporary file is not found!";
+// Playing on the target board.
+inline constexpr std::string_view kBoardPlayDllNotLoaded = "BoardPlay dll did not load successfully !";
+inline constexpr std::string_view kBoardPortError = "Hardware port checked error. Please connect the board properly!";
+inline constexpr std::string_view kBoardNoDataAck = "Can't get data ack from the host!";
+// Body Information's "Get Version" status line: "Version   Host:%d   Driver:%d", or "Failed" for the driver.
+inline constexpr std::string_view kBoardVersionFailed = "Failed! Please check the hardware!";
+inline constexpr std::string_view kBoardVersionHost = "Version   Host:";
+inline constexpr std::string_view kBoardVersionDriver = "   Driver:";
+inline constexpr std::string_view kBoardDriverFailed = "Failed";
 // Own texts: what cannot play, and why.
 inline constexpr std::string_view kBoardPlayNotAvailable =
     "Playing on the target board needs the board player, which this version does not have yet !";

@@ -89,6 +89,13 @@ const Text kKnownTexts[] = {
     TEXT(kPcPlayDllNotFound, "Body PcPlay DLL not found!!"),
     TEXT(kDoNotExistInProjectFolder, " do not exist in project folder !"),
     TEXT(kDecodedTempNotFound, "The decoded temporary file is not found!"),
+    TEXT(kBoardPlayDllNotLoaded, "BoardPlay dll did not load successfully !"),
+    TEXT(kBoardPortError, "Hardware port checked error. Please connect the board properly!"),
+    TEXT(kBoardNoDataAck, "Can't get data ack from the host!"),
+    TEXT(kBoardVersionFailed, "Failed! Please check the hardware!"),
+    TEXT(kBoardVersionHost, "Version   Host:"),
+    TEXT(kBoardVersionDriver, "   Driver:"),
+    TEXT(kBoardDriverFailed, "Failed"),
 };
 
 // Texts this program adds where a failure would otherwise go unsaid.
