@@ -126,8 +126,10 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
 
 void MainWindow::loadPlayers()
 {
-    if (m_bodies)
+    if (m_bodies) {
         m_playing->loadPlayer(m_bodies->pcPlayDll());
+        m_playing->loadBoardPlayer(*m_bodies);
+    }
     updateCommands();
 }
 
@@ -595,6 +597,10 @@ void MainWindow::onBodyInformation()
 {
     if (!m_bodies) return;
     BodyInformationDialog dialog(m_bodies->bodies(), *m_port, this);
+    if (m_playing->board().isLoaded()) {
+        const std::uint32_t baud = std::uint32_t(m_bodies->baudRate());
+        dialog.setVersionQuery([this, baud] { return m_playing->board().queryVersions(0, baud); });
+    }
     dialog.setSettingsFile(m_options.bodySettingsFile.empty() ? QString() : qtPath(m_options.bodySettingsFile));
     dialog.exec();
 }

@@ -9,6 +9,9 @@
 #include "app/waveform/wave_window.h"
 #include "app_support.h"
 #include "bodies/body_settings.h"
+#include "codec/encoded_header.h"
+#include "codec/interim_packer.h"
+#include "support/board_simulator.h"
 #include "support/files.h"
 #include "support/sound.h"
 #include "wave/wave_file.h"
@@ -38,13 +41,13 @@ protected:
         ASSERT_TRUE(bodies.load(program / "KestrelonBodySetting.dat", program, port));
     }
 
-    void openProject(const std::vector<std::int16_t>& sound)
+    void openProject(const std::vector<std::int16_t>& sound, const std::string& encodeName = {})
     {
         std::filesystem::create_directories(dir / "Demo" / "Files");
         ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", sound, 8000));
         test::writeBytes(dir / "Demo" / "Demo.ptp",
                          "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
-                         "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=\nEncodeSize=\n"
+                         "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=" + encodeName + "\nEncodeSize=\n"
                          "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
                          "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
                          "# End Project\n");
@@ -143,6 +146,32 @@ TEST_F(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
     frame.runCommand(cmd::kCloseProject);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(frame.findChildren<WaveWindow*>().empty()); // the project's windows go with it
+}
+
+TEST_F(PlayingInTheWorkbench, TheBoardCellSendsTheRowsEncodingToTheBoard)
+{
+    const std::filesystem::path link = dir / "board0";
+    const test::BoardSimulator board(program / "kestrelon-board-sim", link, dir / "record", {});
+    setenv("KESTRELON_BOARD_PORT0", link.c_str(), 1);
+    const EncodedHeaderBytes header = makeEncodedHeader();
+    const std::string speech = "speech data the firmware plays";
+    std::filesystem::create_directories(dir / "Demo");
+    test::writeBytes(dir / "Demo" / "SAF1.tmp", *packInterim(std::string(header.begin(), header.end()) + speech));
+    ASSERT_NO_FATAL_FAILURE(openProject(std::vector<std::int16_t>(800, 5), "SAF1.tmp"));
+    MainWindow& frame = *m_frame;
+    frame.loadPlayers();
+
+    QTableView* table = frame.mainView()->table();
+    emit table->clicked(table->model()->index(0, int(ListColumn::EncodePlay)));
+    EXPECT_TRUE(frame.playCommands()->playing());
+    for (int i = 0; i < 400 && frame.playCommands()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(frame.playCommands()->playing());
+    EXPECT_EQ(test::readBytes(dir / "record" / "item-0.bin"), speech); // the data, without its header
+    EXPECT_TRUE(port.texts().empty());
+    unsetenv("KESTRELON_BOARD_PORT0");
 }
 
 } // namespace kestrelon

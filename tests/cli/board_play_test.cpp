@@ -2,6 +2,7 @@
 // against kestrelon-board-sim on a pseudo-terminal.
 #include "cli_run.h"
 #include "common/messages.h"
+#include "support/board_simulator.h"
 #include "support/files.h"
 #include "support/temp_dir.h"
 
@@ -23,42 +24,6 @@ namespace fs = std::filesystem;
 namespace {
 
 const fs::path kSpeech = "/usr/share/codec2/wav";
-
-// A simulator for the length of a scope, its device linked at `link`.
-class Simulator {
-public:
-    Simulator(const fs::path& link, const fs::path& record, std::vector<std::string> options)
-    {
-        fs::create_directories(record);
-        std::vector<std::string> words = {KESTRELON_BOARD_SIM, "--fast", "--link", link.string(), "--record",
-                                          record.string()};
-        words.insert(words.end(), options.begin(), options.end());
-        int ready[2];
-        EXPECT_EQ(::pipe(ready), 0);
-        m_pid = ::fork();
-        if (m_pid == 0) {
-            ::dup2(ready[1], STDOUT_FILENO);
-            std::vector<char*> argv;
-            for (std::string& word : words) argv.push_back(word.data());
-            argv.push_back(nullptr);
-            ::execv(argv[0], argv.data());
-            ::_exit(127);
-        }
-        ::close(ready[1]);
-        char line[256] = {};
-        // The first line, the device, comes once the link is made.
-        EXPECT_GT(::read(ready[0], line, sizeof line - 1), 0);
-        ::close(ready[0]);
-    }
-    ~Simulator()
-    {
-        ::kill(m_pid, SIGTERM);
-        ::waitpid(m_pid, nullptr, 0);
-    }
-
-private:
-    pid_t m_pid = -1;
-};
 
 class BoardPlay : public ::testing::Test {
 protected:
@@ -101,7 +66,7 @@ protected:
 
 TEST_F(BoardPlay, EveryCodecsEncodedDataReachesTheBoardAsExportWritesIt)
 {
-    const Simulator board(link, record, {"--host-version", "5", "--driver-version", "7"});
+    const BoardSimulator board(KESTRELON_BOARD_SIM, link, record, {"--host-version", "5", "--driver-version", "7"});
     const JsonRun version = run({"board", "version"});
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_EQ(version.answer["status"], "Version   Host:5   Driver:7");
@@ -126,7 +91,7 @@ TEST_F(BoardPlay, ABoardThatFailsIsSaidSoAndNeverGetsWrongBytes)
     EXPECT_EQ(nobody.text(0), msg::kBoardPortError);
     EXPECT_EQ(run({"board", "version"}).answer["status"], msg::kBoardVersionFailed);
     {
-        const Simulator board(link, record, {"--driver-fails"});
+        const BoardSimulator board(KESTRELON_BOARD_SIM, link, record, {"--driver-fails"});
         const JsonRun version = run({"board", "version"});
         EXPECT_EQ(version.exitCode, 1);
         EXPECT_EQ(version.answer["status"], "Version   Host:3   Driver:Failed");
@@ -134,7 +99,7 @@ TEST_F(BoardPlay, ABoardThatFailsIsSaidSoAndNeverGetsWrongBytes)
     }
     {
         // A board that stops answering part-way: status 512 and its message.
-        const Simulator board(link, record, {"--stop-acking-after", "600"});
+        const BoardSimulator board(KESTRELON_BOARD_SIM, link, record, {"--stop-acking-after", "600"});
         const JsonRun cut = run({"play", ptp(), "--row", "0", "--what", "encoded"});
         EXPECT_EQ(cut.exitCode, 1);
         EXPECT_EQ(cut.text(0), msg::kBoardNoDataAck);
@@ -145,7 +110,7 @@ TEST_F(BoardPlay, ABoardThatFailsIsSaidSoAndNeverGetsWrongBytes)
     // arrives whole or play fails with a message. The small encodings keep
     // the resends few.
     fs::remove_all(record);
-    const Simulator board(link, record, {"--corrupt-rate", "0.01", "--seed", "7"});
+    const BoardSimulator board(KESTRELON_BOARD_SIM, link, record, {"--corrupt-rate", "0.01", "--seed", "7"});
     int arrived = 0;
     for (const int row : {3, 4}) {
         const std::string expected = exported(row);

@@ -3,6 +3,7 @@
 #include "common/messages.h"
 #include "common/user_port.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -65,9 +66,10 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     volume->addWidget(m_slider, 1, 0, 1, 3);
     volume->setColumnStretch(3, 1);
 
-    // The board plug-in is not hosted yet; the query must not be offered.
+    // Offered only once a board player can answer (setVersionQuery).
     m_version->setEnabled(false);
     m_version->setToolTip(tr("Needs the target board plug-in."));
+    connect(m_version, &QPushButton::clicked, this, &BodyInformationDialog::getVersion);
     m_status->setMinimumWidth(260);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
@@ -281,6 +283,24 @@ void BodyInformationDialog::reject()
 {
     for (BodyInfo& body : m_bodies) body.currentVolume = body.confirmedVolume;
     QDialog::reject();
+}
+
+void BodyInformationDialog::setVersionQuery(std::function<BoardVersionQuery()> query)
+{
+    m_versionQuery = std::move(query);
+    m_version->setEnabled(bool(m_versionQuery));
+    m_version->setToolTip({});
+}
+
+void BodyInformationDialog::getVersion()
+{
+    if (!m_versionQuery || m_body < 0)
+        return;
+    m_status->setText(tr("Connect to the host..."));
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const BoardVersionQuery query = m_versionQuery();
+    QApplication::restoreOverrideCursor();
+    m_status->setText(QString::fromStdString(query.status));
 }
 
 } // namespace kestrelon

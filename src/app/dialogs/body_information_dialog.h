@@ -11,7 +11,11 @@
 // is ever called through a missing function.
 #include "bodies/body_info.h"
 
+#include "plugins/board_player_host.h"
+
 #include <QDialog>
+
+#include <functional>
 
 #include <cstdint>
 #include <vector>
@@ -51,6 +55,12 @@ public:
     QLabel* statusLine() const { return m_status; }
     QPushButton* versionButton() const { return m_version; }
 
+    // What "Get Version" asks: the board player's version query. Without one
+    // (no board player) the button stays disabled.
+    void setVersionQuery(std::function<BoardVersionQuery()> query);
+    // What "Get Version" does.
+    void getVersion();
+
     // Names the body settings file the volumes are kept in: an installed
     // program keeps them in the user's copy, and the user should know which.
     void setSettingsFile(const QString& path);
@@ -89,6 +99,7 @@ private:
     QSlider* m_slider;
     QLabel* m_status;
     QPushButton* m_version;
+    std::function<BoardVersionQuery()> m_versionQuery;
 };
 
 } // namespace kestrelon

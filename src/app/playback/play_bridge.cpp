@@ -7,8 +7,17 @@
 namespace kestrelon {
 
 PlayBridge::PlayBridge(UserPort& port, QObject* parent)
-    : QObject(parent), m_host(port), m_controller(m_host, port)
+    : QObject(parent), m_host(port), m_controller(m_host, port), m_board(port)
 {
+    m_board.onNotified = [this] {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_board.follow();
+                emit boardStateChanged();
+            },
+            Qt::QueuedConnection);
+    };
     // Called on the player's thread: only a queued call crosses over.
     m_host.onNotified = [this] {
         QMetaObject::invokeMethod(this, [this] { m_controller.follow(); }, Qt::QueuedConnection);
@@ -21,6 +30,8 @@ PlayBridge::~PlayBridge()
     m_following.reset();
     m_controller.stop();
     m_host.onNotified = nullptr;
+    m_board.onNotified = nullptr;
+    m_board.stop();
 }
 
 void PlayBridge::loadPlayer(const std::filesystem::path& library)

@@ -5,6 +5,7 @@
 // as a queued call, where the controller follows the player. Views learn the
 // play state from playStateChanged; nothing here blocks painting.
 #include "playback/playback_controller.h"
+#include "plugins/board_player_host.h"
 #include "plugins/pc_player_host.h"
 
 #include <QObject>
@@ -26,15 +27,21 @@ public:
     bool playerLoaded() const { return m_host.isLoaded(); }
 
     PlaybackController& controller() { return m_controller; }
+    // The board player: loaded like the PC player; its reports are followed
+    // on the user-interface thread and announced by boardStateChanged.
+    void loadBoardPlayer(const std::filesystem::path& library) { m_board.load(library); }
+    BoardPlayerHost& board() { return m_board; }
     PlayTarget target() const { return m_controller.target(); }
     const PlayStatus& status() const { return m_controller.status(); }
 
 signals:
     void playStateChanged();
+    void boardStateChanged();
 
 private:
     PcPlayerHost m_host;
     PlaybackController m_controller;
+    BoardPlayerHost m_board;
     Subscription m_following;
 };
 

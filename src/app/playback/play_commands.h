@@ -15,6 +15,7 @@ class QStatusBar;
 
 namespace kestrelon {
 
+class BodySettings;
 class MainView;
 class ProjectSession;
 class UserPort;
@@ -27,8 +28,12 @@ public:
                  QObject* parent = nullptr);
 
     void loadPlayer(const std::filesystem::path& library) { m_bridge.loadPlayer(library); }
+    // The board player and what board play needs of the bodies: the baud
+    // rate and each body's current volume.
+    void loadBoardPlayer(BodySettings& bodies);
+    BoardPlayerHost& board() { return m_bridge.board(); }
     bool playerLoaded() const { return m_bridge.playerLoaded(); }
-    bool playing() const { return m_bridge.status().state != PlayState::Idle; }
+    bool playing() const { return m_bridge.status().state != PlayState::Idle || m_board.playing(); }
     bool paused() const { return m_bridge.status().state == PlayState::Paused; }
     PlaybackController& controller() { return m_bridge.controller(); }
 
@@ -47,12 +52,17 @@ signals:
 
 private:
     void playRow(const ListRow& row, int column, int loops);
+    // The row's encoded data, without its header, on the target board.
+    void playOnBoard(const ListRow& row);
     void follow();
 
     ProjectSession& m_session;
     MainView& m_view;
     QStatusBar& m_statusBar;
     PlayBridge m_bridge;
+    BoardPlayerHost& m_board = m_bridge.board();
+    BodySettings* m_bodies = nullptr;
+    UserPort& m_port;
 };
 
 } // namespace kestrelon
