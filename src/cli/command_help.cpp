@@ -72,6 +72,14 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                     "200), with the waveform colours of the user's settings (or --settings-dir DIR) and the "
                     "marks of --events FILE.evt."},
     {"playlist dump", "Prints a play-list file as JSON."},
+    {"playlist show", "Prints the project's play list after the check the Play Sentence dialog makes on opening "
+                      "(entries whose row is gone are removed, with its message, and the project saved)."},
+    {"playlist add", "Appends rows (--rows N,... counted from 0 in list order, or --all) to the project's play "
+                     "list, up to 256 entries, and saves the project."},
+    {"playlist remove", "Removes entries (--entries N,... counted from 0 in play order, or --all) from the "
+                        "project's play list and saves the project."},
+    {"playlist play", "Plays the project's play list in order: each entry's source (original) or decoded wave "
+                      "(decoded) on the PC, or all their encoded data on the target board (encoded)."},
     {"header", "Prints the 48-byte header of an encoded file (an exported file or an unpacked interim file) "
                "as JSON."},
     {"settings dump", "Prints the persisted user settings as JSON; --settings-dir reads them from DIR instead "

@@ -166,6 +166,12 @@ inline constexpr std::string_view kVolumesNotKeptPrefix = "The body volumes coul
 inline constexpr std::string_view kPcPlayDllNotFound = "Body PcPlay DLL not found!!";
 inline constexpr std::string_view kDoNotExistInProjectFolder = " do not exist in project folder !"; // after the file name
 inline constexpr std::string_view kDecodedTempNotFound = "The decoded temporary file is not found!";
+// Play lists.
+inline constexpr std::string_view kBoardIsPlaying = "The board is playing!";
+inline constexpr std::string_view kPlayListFull = "Can't add more!";
+inline constexpr std::string_view kPlayListItemsRemoved =
+    "Some items can't be found in the selected list!\nThey are removed from the play list!";
+
 // Playing on the target board.
 inline constexpr std::string_view kBoardPlayDllNotLoaded = "BoardPlay dll did not load successfully !";
 inline constexpr std::string_view kBoardPortError = "Hardware port checked error. Please connect the board properly!";

@@ -83,6 +83,27 @@ TEST_F(BoardPlay, EveryCodecsEncodedDataReachesTheBoardAsExportWritesIt)
     }
 }
 
+TEST_F(BoardPlay, APlayListOfThreeRowsArrivesInOrder)
+{
+    const BoardSimulator board(KESTRELON_BOARD_SIM, link, record, {});
+    const JsonRun added = run({"playlist", "add", ptp(), "--rows", "3,0,4"});
+    ASSERT_EQ(added.exitCode, 0) << added.err;
+    ASSERT_EQ(added.answer["entries"].size(), 3u);
+    EXPECT_EQ(added.answer["entries"][0]["algorithm"], "Codec2");
+    EXPECT_EQ(run({"playlist", "show", ptp()}).answer["entries"], added.answer["entries"]); // saved with the project
+    const JsonRun played = run({"playlist", "play", ptp(), "--mode", "encoded"});
+    ASSERT_EQ(played.exitCode, 0) << played.err;
+    EXPECT_EQ(played.answer["played"], 3);
+    const std::vector<int> order = {3, 0, 4};
+    for (std::size_t k = 0; k < order.size(); ++k)
+        EXPECT_EQ(readBytes(record / ("item-" + std::to_string(k) + ".bin")), exported(order[k])) << k;
+
+    const JsonRun removed = run({"playlist", "remove", ptp(), "--entries", "0,2"});
+    ASSERT_EQ(removed.answer["entries"].size(), 1u);
+    EXPECT_EQ(removed.answer["entries"][0]["algorithm"], "ImaAdpcm");
+    EXPECT_EQ(run({"playlist", "remove", ptp(), "--entries", "5"}).exitCode, 1);
+}
+
 TEST_F(BoardPlay, ABoardThatFailsIsSaidSoAndNeverGetsWrongBytes)
 {
     // No board on the port.
