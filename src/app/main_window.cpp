@@ -20,6 +20,7 @@
 #include "project/workspace_tree.h"
 
 #include <QCloseEvent>
+#include <QDir>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -128,6 +129,7 @@ void MainWindow::loadPlayers()
 {
     if (m_bodies) {
         m_playing->loadPlayer(m_bodies->pcPlayDll());
+        exportBoardPorts(m_settings);
         m_playing->loadBoardPlayer(*m_bodies);
     }
     updateCommands();
@@ -600,6 +602,16 @@ void MainWindow::onBodyInformation()
     if (m_playing->board().isLoaded()) {
         const std::uint32_t baud = std::uint32_t(m_bodies->baudRate());
         dialog.setVersionQuery([this, baud] { return m_playing->board().queryVersions(0, baud); });
+        QStringList devices;
+        for (const QString& name : QDir(QStringLiteral("/dev")).entryList(
+                 {QStringLiteral("ttyUSB*"), QStringLiteral("ttyACM*"), QStringLiteral("ttyS[0-3]")}, QDir::System))
+            devices << QStringLiteral("/dev/") + name;
+        const QByteArray current = qgetenv("KESTRELON_BOARD_PORT0");
+        dialog.setBoardPort(current.isEmpty() ? QStringLiteral("/dev/ttyUSB0") : QString::fromLocal8Bit(current), devices,
+                            [this](const QString& device) {
+                                m_settings.boardPorts[0] = device.toStdString();
+                                qputenv("KESTRELON_BOARD_PORT0", device.toLocal8Bit());
+                            });
     }
     dialog.setSettingsFile(m_options.bodySettingsFile.empty() ? QString() : qtPath(m_options.bodySettingsFile));
     dialog.exec();

@@ -8,6 +8,7 @@
 #include "common/paths.h"
 #include "plugins/board_player_host.h"
 #include "project/project_session.h"
+#include "settings/settings_store.h"
 
 #include <chrono>
 #include <thread>
@@ -22,6 +23,10 @@ constexpr std::uint32_t kAllPlayed = 16;
 
 bool loadBoardPlayer(Context& ctx, BodySettings& bodies, BoardPlayerHost& board)
 {
+    // The ports the user chose in the workbench, unless the environment names them.
+    SettingsStore settings;
+    if (settings.load())
+        exportBoardPorts(settings);
     if (!bodies.load(ctx.bodySettingsFile, ctx.programFolder, ctx.port))
         return false;
     return board.load(bodies.boardPlayDll());

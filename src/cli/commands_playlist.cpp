@@ -12,6 +12,7 @@
 #include "plugins/board_player_host.h"
 #include "plugins/pc_player_host.h"
 #include "project/project_session.h"
+#include "settings/settings_store.h"
 
 #include <chrono>
 #include <numeric>
@@ -171,6 +172,9 @@ Result runPlayListPlay(Context& context)
     int played = 0;
     Result result = onPlayList(context, [&](ProjectSession& session, PlayList& list, MainList& rows, Refusal&) {
         if (*mode == "encoded") {
+            SettingsStore settings;
+            if (settings.load())
+                exportBoardPorts(settings);
             if (!board.load(bodies.boardPlayDll()))
                 return false;
             std::vector<BoardItem> items;

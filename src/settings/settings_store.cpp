@@ -125,6 +125,9 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
     readText(*settings, names::kLastSection, names::kProjectPath, loaded.lastProjectPath);
     readText(*settings, names::kLastSection, names::kFilePath, loaded.lastFilePath);
     readText(*settings, names::kLastSection, names::kExternalEditor, loaded.externalEditor);
+    for (int port = 0; port < kBoardPorts; ++port)
+        readText(*settings, names::kBoardSection, std::string(names::kBoardPortPrefix) + std::to_string(port),
+                 loaded.boardPorts[std::size_t(port)]);
 
     // The list is one value: when any entry is stored, the stored entries
     // replace the list, empty ones left out.
@@ -162,6 +165,13 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     settings->setValue(keyOf(names::kLastSection, names::kProjectPath), qText(lastProjectPath));
     settings->setValue(keyOf(names::kLastSection, names::kFilePath), qText(lastFilePath));
     settings->setValue(keyOf(names::kLastSection, names::kExternalEditor), qText(externalEditor));
+    for (int port = 0; port < kBoardPorts; ++port) {
+        const QString key = keyOf(names::kBoardSection, std::string(names::kBoardPortPrefix) + std::to_string(port));
+        if (boardPorts[std::size_t(port)].empty())
+            settings->remove(key);
+        else
+            settings->setValue(key, qText(boardPorts[std::size_t(port)]));
+    }
 
     // Entries beyond the list's current length must not survive from an
     // earlier, longer list.
@@ -175,6 +185,16 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
 
     settings->sync();
     return settings->status() == QSettings::NoError;
+}
+
+void exportBoardPorts(const SettingsStore& settings)
+{
+    for (int port = 0; port < kBoardPorts; ++port) {
+        const std::string& device = settings.boardPorts[std::size_t(port)];
+        const QByteArray name = "KESTRELON_BOARD_PORT" + QByteArray::number(port);
+        if (!device.empty() && qEnvironmentVariableIsEmpty(name.constData()))
+            qputenv(name.constData(), QByteArray::fromStdString(device));
+    }
 }
 
 } // namespace kestrelon

@@ -11,6 +11,7 @@
 // so that nobody's real profile is touched.
 #include "settings/wave_colors.h"
 
+#include <array>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -39,10 +40,14 @@ inline constexpr std::string_view kFilePath = "FilePath";
 // The external sound editor chosen in the "DLL Setting" dialog.
 inline constexpr std::string_view kExternalEditor = "ExternalEditor";
 inline constexpr std::string_view kRecentSection = "Recent Project File List";
+// The serial device of each board port: Board/Port0, Board/Port1...
+inline constexpr std::string_view kBoardSection = "Board";
+inline constexpr std::string_view kBoardPortPrefix = "Port";
 inline constexpr std::string_view kRecentKeyPrefix = "File"; // File1 .. File5
 } // namespace settings_names
 
 inline constexpr std::size_t kMaxRecentProjects = 5;
+inline constexpr int kBoardPorts = 16;
 
 struct SettingsStore {
     WaveColors colors = kDefaultWaveColors;
@@ -59,6 +64,7 @@ struct SettingsStore {
     std::string lastFilePath;
     std::string externalEditor; // full path of the editor program; empty when none chosen
     std::vector<std::string> recentProjects; // most recent first, at most 5
+    std::array<std::string, kBoardPorts> boardPorts; // the device chosen for each board port; empty: the default
 
     // Every value found replaces the one held; a missing value keeps it. A
     // missing or empty "Multiple" gives exactly 1.0. Fails, changing nothing,
@@ -74,6 +80,11 @@ struct SettingsStore {
 // the locale. Text that is empty, not a number, or not a positive finite
 // number gives exactly 1.0.
 std::string formatColumnScale(float scale);
+
+// The board player learns its ports from the environment
+// (KESTRELON_BOARD_PORT<n>); this names there each port the user chose a
+// device for, unless the environment names it already.
+void exportBoardPorts(const SettingsStore& settings);
 float parseColumnScale(std::string_view text);
 
 } // namespace kestrelon

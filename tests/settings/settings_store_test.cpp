@@ -5,6 +5,8 @@
 #include "support/files.h"
 #include "support/temp_dir.h"
 
+#include <QtGlobal>
+
 #include <gtest/gtest.h>
 
 using namespace kestrelon;
@@ -38,6 +40,8 @@ SettingsStore everyValueChanged()
     store.lastProjectPath = "C:\\Work\\a, b=c; [d]";
     store.lastFilePath = "/home/\xC3\xA9t\xC3\xA9/sons";
     store.externalEditor = "/opt/sound editor/bin/edit";
+    store.boardPorts[0] = "/dev/ttyUSB3";
+    store.boardPorts[15] = "/tmp/board link";
     store.recentProjects = {"C:\\p1\\p1.ptp", "/p2/p2.ptp", "p3,x.ptp", "@p4.ptp", "p5.ptp"};
     return store;
 }
@@ -133,4 +137,20 @@ TEST(SettingsStore, ColumnScaleText)
     EXPECT_EQ(parseColumnScale(formatColumnScale(1.1f)), 1.1f);
     for (const char* bad : {"", "abc", "1,5", "1.5x", "nan", "inf", "0", "-2"})
         EXPECT_EQ(parseColumnScale(bad), 1.0f) << bad;
+}
+
+TEST(SettingsStore, BoardPortsReachTheBoardPlayerUnlessTheEnvironmentNamesThem)
+{
+    SettingsStore store;
+    store.boardPorts[0] = "/dev/ttyUSB3";
+    store.boardPorts[1] = "/dev/ttyACM0";
+    qputenv("KESTRELON_BOARD_PORT0", "/tmp/mine");
+    qunsetenv("KESTRELON_BOARD_PORT1");
+    qunsetenv("KESTRELON_BOARD_PORT2");
+    exportBoardPorts(store);
+    EXPECT_EQ(qgetenv("KESTRELON_BOARD_PORT0"), "/tmp/mine");
+    EXPECT_EQ(qgetenv("KESTRELON_BOARD_PORT1"), "/dev/ttyACM0");
+    EXPECT_TRUE(qEnvironmentVariableIsEmpty("KESTRELON_BOARD_PORT2"));
+    qunsetenv("KESTRELON_BOARD_PORT0");
+    qunsetenv("KESTRELON_BOARD_PORT1");
 }

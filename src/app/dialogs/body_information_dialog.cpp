@@ -4,6 +4,7 @@
 #include "common/user_port.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -50,6 +51,7 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     , m_slider(new QSlider(Qt::Horizontal, m_volumeGroup))
     , m_status(new QLabel(this))
     , m_version(new QPushButton(tr("Get Version"), this))
+    , m_port0(new QComboBox(this))
 {
     setWindowTitle(tr("Body Information"));
     m_tree->setHeaderHidden(true);
@@ -76,7 +78,13 @@ BodyInformationDialog::BodyInformationDialog(std::vector<BodyInfo>& bodies, User
     auto* right = new QVBoxLayout;
     right->addWidget(m_volumeGroup);
     right->addWidget(m_status);
-    right->addWidget(m_version, 0, Qt::AlignLeft);
+    auto* board = new QHBoxLayout;
+    board->addWidget(m_version);
+    board->addWidget(new QLabel(tr("Board port:"), this));
+    board->addWidget(m_port0, 1);
+    m_port0->setEditable(true);
+    m_port0->setEnabled(false);
+    right->addLayout(board);
     right->addStretch();
     right->addWidget(buttons);
     auto* layout = new QHBoxLayout;
@@ -290,6 +298,18 @@ void BodyInformationDialog::setVersionQuery(std::function<BoardVersionQuery()> q
     m_versionQuery = std::move(query);
     m_version->setEnabled(bool(m_versionQuery));
     m_version->setToolTip({});
+}
+
+void BodyInformationDialog::setBoardPort(const QString& device, const QStringList& devices,
+                                         std::function<void(const QString&)> chosen)
+{
+    m_port0->clear();
+    m_port0->addItems(devices);
+    m_port0->setEditText(device);
+    m_port0->setEnabled(true);
+    connect(m_port0, &QComboBox::currentTextChanged, this, [chosen = std::move(chosen)](const QString& text) {
+        if (chosen) chosen(text.trimmed());
+    });
 }
 
 void BodyInformationDialog::getVersion()

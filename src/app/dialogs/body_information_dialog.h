@@ -21,6 +21,7 @@
 #include <vector>
 
 class QGroupBox;
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -60,6 +61,10 @@ public:
     void setVersionQuery(std::function<BoardVersionQuery()> query);
     // What "Get Version" does.
     void getVersion();
+    // The device of board port 0: shown with the serial devices found to
+    // choose from; `chosen` hears each choice.
+    void setBoardPort(const QString& device, const QStringList& devices, std::function<void(const QString&)> chosen);
+    QComboBox* boardPortBox() const { return m_port0; }
 
     // Names the body settings file the volumes are kept in: an installed
     // program keeps them in the user's copy, and the user should know which.
@@ -100,6 +105,7 @@ private:
     QLabel* m_status;
     QPushButton* m_version;
     std::function<BoardVersionQuery()> m_versionQuery;
+    QComboBox* m_port0;
 };
 
 } // namespace kestrelon
