@@ -5,6 +5,7 @@
 #include "support/files.h"
 #include "support/temp_dir.h"
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <gtest/gtest.h>
