@@ -199,9 +199,9 @@ bool commandEnabled(int id, const FrameState& s)
     case kStop:
     case kPause:
         return s.playing;
+    case kPlaySentence:
+        return projectIdle && s.listHasRows;
     default:
-        // Play Sentence, board play and the waveform window: present, but
-        // not part of the program yet.
         return false;
     }
 }

@@ -9,6 +9,7 @@
 #include "app/external_editor.h"
 #include "app/file_chooser.h"
 #include "app/playback/play_commands.h"
+#include "app/playback/play_sentence_dialog.h"
 #include "app/qt_user_port.h"
 #include "app/waveform/wave_window.h"
 #include "app/views/main_view.h"
@@ -429,6 +430,7 @@ void MainWindow::runCommand(int id)
         case kExternalEditor: onExternalEditor(); break;
         case kSplitterBarKey: onSplitterBar(); break;
         case kShowWaveform: onShowWaveform(); break;
+        case kPlaySentence: onPlaySentence(); break;
         case kAutoDecode: onAutoDecode(); break;
         case kRefreshKey: refreshViews(); break;
         case kExit: close(); break;
@@ -665,6 +667,13 @@ void MainWindow::onShowWaveform()
     }
     m_waveWindows.emplace_back(window);
     window->show();
+}
+
+void MainWindow::onPlaySentence()
+{
+    PlaySentenceDialog dialog(m_session, m_companions.playList(), *m_playing, m_bodies, *m_port, this);
+    dialog.exec();
+    dialog.stop();
 }
 
 void MainWindow::closeWaveWindows()

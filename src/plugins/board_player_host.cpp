@@ -119,6 +119,7 @@ std::vector<BoardReport> BoardPlayerHost::follow()
         reports.swap(m_reports);
     }
     for (const BoardReport& r : reports) {
+        m_last = r;
         if (r.index != -1 || !endsPlaying(r.status))
             continue;
         if (r.status == KESTRELON_BOARD_NO_ACK)

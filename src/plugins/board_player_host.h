@@ -64,6 +64,8 @@ public:
 
     // Applies what the plug-in reported since the last call and returns it.
     std::vector<BoardReport> follow();
+    // The last report follow() applied.
+    const BoardReport& lastReport() const { return m_last; }
     // Called on the plug-in's thread after each report was recorded.
     std::function<void()> onNotified;
 
@@ -81,6 +83,7 @@ private:
     std::vector<BoardItem> m_data;
     std::mutex m_mutex;
     std::vector<BoardReport> m_reports;
+    BoardReport m_last;
 };
 
 } // namespace kestrelon

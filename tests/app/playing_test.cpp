@@ -3,6 +3,7 @@
 #include "app/command_table.h"
 #include "app/main_window.h"
 #include "app/playback/play_commands.h"
+#include "app/playback/play_sentence_dialog.h"
 #include "app/views/list_columns.h"
 #include "app/views/main_view.h"
 #include "app/waveform/wave_pane.h"
@@ -18,7 +19,9 @@
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QLabel>
 #include <QTableView>
+#include <QTreeWidget>
 
 #include <chrono>
 #include <memory>
@@ -170,6 +173,44 @@ TEST_F(PlayingInTheWorkbench, TheBoardCellSendsTheRowsEncodingToTheBoard)
     }
     EXPECT_FALSE(frame.playCommands()->playing());
     EXPECT_EQ(test::readBytes(dir / "record" / "item-0.bin"), speech); // the data, without its header
+    EXPECT_TRUE(port.texts().empty());
+    unsetenv("KESTRELON_BOARD_PORT0");
+}
+
+TEST_F(PlayingInTheWorkbench, APlaySentencePlaysItsEntriesOnTheBoardInOrder)
+{
+    const std::filesystem::path link = dir / "board0";
+    const test::BoardSimulator board(program / "kestrelon-board-sim", link, dir / "record", {});
+    setenv("KESTRELON_BOARD_PORT0", link.c_str(), 1);
+    const EncodedHeaderBytes header = makeEncodedHeader();
+    const std::string speech = "a word of speech";
+    std::filesystem::create_directories(dir / "Demo");
+    test::writeBytes(dir / "Demo" / "SAF1.tmp", *packInterim(std::string(header.begin(), header.end()) + speech));
+    ASSERT_NO_FATAL_FAILURE(openProject(std::vector<std::int16_t>(800, 5), "SAF1.tmp"));
+    MainWindow& frame = *m_frame;
+    frame.loadPlayers();
+
+    PlayList& list = frame.companions().playList();
+    PlaySentenceDialog dialog(frame.session(), list, *frame.playCommands(), frame.bodies(), port, &frame);
+    dialog.addAll();
+    dialog.addAll(); // the same row may stand twice
+    dialog.rowsView()->topLevelItem(0)->setSelected(true);
+    dialog.addSelected();
+    ASSERT_EQ(list.size(), 3u);
+    EXPECT_TRUE(frame.session().document().isModified());
+    dialog.listView()->topLevelItem(1)->setSelected(true);
+    dialog.removeSelected();
+    ASSERT_EQ(list.size(), 2u);
+
+    dialog.setMode(PlaySentenceDialog::Mode::Encoded);
+    dialog.play();
+    for (int i = 0; i < 400 && frame.playCommands()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(test::readBytes(dir / "record" / "item-0.bin"), speech);
+    EXPECT_EQ(test::readBytes(dir / "record" / "item-1.bin"), speech);
+    EXPECT_EQ(dialog.playingLine()->text(), QStringLiteral("2 / 2 hello.wav is playing"));
     EXPECT_TRUE(port.texts().empty());
     unsetenv("KESTRELON_BOARD_PORT0");
 }
