@@ -5,6 +5,7 @@
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/file_chooser.h"
 #include "app/main_window.h"
+#include "app/playback/play_sentence_dialog.h"
 #include "app/views/main_view.h"
 #include "app/dialogs/progress_dialog.h"
 #include "app/waveform/speech_event_dialog.h"
@@ -183,6 +184,17 @@ int main(int argc, char** argv)
         save(wave, out, QStringLiteral("24-waveform-split.png"));
         setSplitViewEnabled(false);
         wave->close();
+    }
+
+    {
+        PlaySentenceDialog sentence(frame.session(), frame.companions().playList(), *frame.playCommands(),
+                                    frame.bodies(), port, &frame);
+        sentence.rowsView()->topLevelItem(0)->setSelected(true);
+        sentence.rowsView()->topLevelItem(3)->setSelected(true);
+        sentence.addSelected();
+        sentence.show();
+        QApplication::processEvents();
+        save(&sentence, out, QStringLiteral("25-play-sentence.png"));
     }
 
     // The progress window while a batch runs.
