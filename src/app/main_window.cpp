@@ -157,7 +157,8 @@ void MainWindow::saveSettings()
     m_settings.recentProjects = m_recent.entries();
     if (m_playing)
         m_settings.playMode = m_playing->playMode();
-    m_settings.save(m_options.configFolder);
+    if (!m_settings.save(m_options.configFolder))
+        m_port->showMessage(msg::kSettingsNotSaved);
 }
 
 // ---- Building the frame

@@ -127,6 +127,7 @@ inline constexpr std::string_view kWaveRangeInvalid = "The range to save lies ou
 
 // Settings
 inline constexpr std::string_view kSettingsUnreadable = "The settings could not be read; the defaults are used.";
+inline constexpr std::string_view kSettingsNotSaved = "The settings could not be saved; the changes of this session are lost.";
 
 // Wave files (the file's name is put in front)
 inline constexpr std::string_view kWaveMissing = " does not exist !";

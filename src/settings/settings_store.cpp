@@ -150,7 +150,7 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
 
 bool SettingsStore::save(const std::filesystem::path& configFolder) const
 {
-    const std::unique_ptr<QSettings> settings = openSettings(configFolder);
+    std::unique_ptr<QSettings> settings = openSettings(configFolder);
     for (const WaveColorSlot& slot : kWaveColorSlots)
         settings->setValue(keyOf(names::kColorSection, slot.name), static_cast<uint>(colors.*slot.member));
     settings->setValue(keyOf(names::kPlayModeSection, names::kPlayMode), playMode);
@@ -184,7 +184,16 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     }
 
     settings->sync();
-    return settings->status() == QSettings::NoError;
+    if (settings->status() == QSettings::NoError)
+        return true;
+    // A file found damaged when it was read keeps that error on the object
+    // even after a write that replaced it: only reading it again tells.
+    if (settings->status() != QSettings::FormatError)
+        return false;
+    settings.reset();
+    const std::unique_ptr<QSettings> written = openSettings(configFolder);
+    return written->status() == QSettings::NoError &&
+           written->value(keyOf(names::kListSection, names::kSortIndex)).toInt() == sortIndex;
 }
 
 void exportBoardPorts(const SettingsStore& settings)

@@ -133,6 +133,7 @@ const Text kOwnTexts[] = {
     TEXT(kExportEventsClashPrefix, "The speech events of "),
     TEXT(kExportEventsClashMiddle, " would replace those of another row in "),
     TEXT(kSettingsUnreadable, "The settings could not be read; the defaults are used."),
+    TEXT(kSettingsNotSaved, "The settings could not be saved; the changes of this session are lost."),
     TEXT(kWaveMissing, " does not exist !"),
     TEXT(kEventIdRange, "The ID must be a number from 1 to 254 !"),
     TEXT(kEventFileNotWrittenPrefix, "Can not write the speech event file "),

@@ -155,3 +155,21 @@ TEST(SettingsStore, BoardPortsReachTheBoardPlayerUnlessTheEnvironmentNamesThem)
     qunsetenv("KESTRELON_BOARD_PORT0");
     qunsetenv("KESTRELON_BOARD_PORT1");
 }
+
+// Found by fuzzing: a damaged file kept its read error on the settings after
+// a write that replaced it, so every later save was reported as failed.
+TEST(SettingsStore, ASaveOverADamagedFileSucceedsAndReadsBack)
+{
+    TempDir dir;
+    writeBytes(settingsFile(dir), "\xCC");
+    SettingsStore store;
+    store.load(dir.path());
+    store.sortIndex = 3;
+    ASSERT_TRUE(store.save(dir.path()));
+    SettingsStore again;
+    ASSERT_TRUE(again.load(dir.path()));
+    EXPECT_EQ(again, store);
+    // A folder that cannot hold the file is a real failure.
+    writeBytes(dir / "blocked", "a file where the folder should be");
+    EXPECT_FALSE(store.save(dir / "blocked"));
+}
