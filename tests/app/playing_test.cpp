@@ -1,6 +1,7 @@
 // Playing from the workbench, through the real PC player over SDL's disk
 // driver: what reached the "device" is what the row's cell plays.
 #include "app/command_table.h"
+#include "app/dialogs/body_information_dialog.h"
 #include "app/main_window.h"
 #include "app/playback/play_commands.h"
 #include "app/playback/play_sentence_dialog.h"
@@ -18,6 +19,10 @@
 #include "wave/wave_file.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QPushButton>
+#include <QTimer>
 #include <QCoreApplication>
 #include <QLabel>
 #include <QTableView>
@@ -212,6 +217,59 @@ TEST_F(PlayingInTheWorkbench, APlaySentencePlaysItsEntriesOnTheBoardInOrder)
     EXPECT_EQ(test::readBytes(dir / "record" / "item-1.bin"), speech);
     EXPECT_EQ(dialog.playingLine()->text(), QStringLiteral("2 / 2 hello.wav is playing"));
     EXPECT_TRUE(port.texts().empty());
+    unsetenv("KESTRELON_BOARD_PORT0");
+}
+
+// A new user has no environment to name the board: the port is chosen in Body
+// Information, proved with Get Version, and remembered for the next start,
+// where the board cell plays through it.
+TEST_F(PlayingInTheWorkbench, ANewUserChoosesTheBoardPortAndItIsRememberedForPlay)
+{
+    unsetenv("KESTRELON_BOARD_PORT0");
+    const std::filesystem::path link = dir / "board0";
+    const test::BoardSimulator board(program / "kestrelon-board-sim", link, dir / "record",
+                                     {"--host-version", "7", "--driver-version", "5"});
+    const EncodedHeaderBytes header = makeEncodedHeader();
+    const std::string speech = "the chosen port carries this";
+    std::filesystem::create_directories(dir / "Demo");
+    test::writeBytes(dir / "Demo" / "SAF1.tmp", *packInterim(std::string(header.begin(), header.end()) + speech));
+    ASSERT_NO_FATAL_FAILURE(openProject(std::vector<std::int16_t>(800, 5), "SAF1.tmp"));
+    m_frame->loadPlayers();
+
+    QString before, after;
+    bool versionEnabled = false;
+    QTimer::singleShot(0, [&] {
+        auto* dialog = qobject_cast<BodyInformationDialog*>(QApplication::activeModalWidget());
+        if (!dialog) return; // the exec below would hang: the test times out and says so
+        dialog->selectBody(0);
+        versionEnabled = dialog->versionButton()->isEnabled();
+        dialog->versionButton()->click(); // the default device, where no board is
+        before = dialog->statusLine()->text();
+        dialog->boardPortBox()->setEditText(QString::fromStdString(link.string()) + QStringLiteral(" "));
+        dialog->versionButton()->click();
+        after = dialog->statusLine()->text();
+        dialog->accept();
+    });
+    m_frame->runCommand(cmd::kBodyInformation);
+    EXPECT_TRUE(versionEnabled);
+    EXPECT_EQ(before, QStringLiteral("Failed! Please check the hardware!"));
+    EXPECT_EQ(after, QStringLiteral("Version   Host:7   Driver:5"));
+
+    // A new start, with nothing in the environment: the setting names the port.
+    m_frame->runCommand(cmd::kExit);
+    m_frame.reset();
+    unsetenv("KESTRELON_BOARD_PORT0");
+    m_frame = std::make_unique<MainWindow>(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
+    ASSERT_TRUE(m_frame->openProject(dir / "Demo" / "Demo.ptp"));
+    m_frame->loadPlayers();
+    QTableView* table = m_frame->mainView()->table();
+    emit table->clicked(table->model()->index(0, int(ListColumn::EncodePlay)));
+    for (int i = 0; i < 400 && m_frame->playCommands()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(test::readBytes(dir / "record" / "item-0.bin"), speech);
+    EXPECT_TRUE(port.texts().empty()) << port.texts().front();
     unsetenv("KESTRELON_BOARD_PORT0");
 }
 
