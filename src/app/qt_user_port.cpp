@@ -3,6 +3,11 @@
 #include "app/dialogs/progress_dialog.h"
 
 #include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -74,6 +79,28 @@ Answer QtUserPort::ask(std::string_view text, Buttons buttons, std::string_view 
         // Closing the box counts as its escape answer.
         return buttons == Buttons::YesNo ? Answer::No : Answer::Cancel;
     }
+}
+
+Answer QtUserPort::askAboutFiles(std::string_view heading, const std::vector<std::string>& names,
+                                 std::string_view question)
+{
+    QDialog dialog(m_parent);
+    dialog.setWindowTitle(captionOr({}));
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new QLabel(qtText(heading), &dialog));
+    auto* list = new QPlainTextEdit(&dialog);
+    list->setReadOnly(true);
+    QStringList lines;
+    for (const std::string& name : names)
+        lines << QString::fromStdString(name);
+    list->setPlainText(lines.join(QLatin1Char('\n')));
+    layout->addWidget(list);
+    layout->addWidget(new QLabel(qtText(question), &dialog));
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Yes | QDialogButtonBox::No, &dialog);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    layout->addWidget(buttons);
+    return dialog.exec() == QDialog::Accepted ? Answer::Yes : Answer::No;
 }
 
 ProgressDialog& QtUserPort::progress()

@@ -30,6 +30,9 @@ public:
 
     void showMessage(std::string_view text) override;
     Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) override;
+    // A dialog: the heading, the names in a read-only multi-line box, the question, "Yes" and "No".
+    Answer askAboutFiles(std::string_view heading, const std::vector<std::string>& names,
+                         std::string_view question) override;
 
     void beginProgress(std::string_view title) override;
     void setProgressRange(int low, int high) override;

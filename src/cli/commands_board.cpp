@@ -3,7 +3,7 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
-#include "codec/row_encoded_file.h"
+#include "playback/board_items.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "plugins/board_player_host.h"
@@ -66,14 +66,11 @@ Result playEncodedOnBoard(Context& ctx, const std::string& ptp, std::size_t row)
             return false;
         }
         const EditInfoRecord& record = list.rows()[row].record();
-        std::optional<RowEncodedFile> encoded = inspectRowEncodedFile(session, record, ctx.port);
-        if (!encoded)
+        std::optional<std::vector<BoardItem>> items = boardItemsFor(session, {&record}, bodies, ctx.port);
+        if (!items)
             return false;
-        const BodyInfo* body = bodies.findBody(record.bodyName);
-        BoardItem item{std::move(encoded->speech), encoded->encoded.header.sampleRate,
-                       body ? body->currentVolume : 0, record.fileName};
-        const std::size_t size = item.data.size();
-        if (!board.play(0, std::uint32_t(bodies.baudRate()), {std::move(item)}))
+        const std::size_t size = items->front().data.size();
+        if (!board.play(0, std::uint32_t(bodies.baudRate()), std::move(*items)))
             return false;
         std::uint32_t last = 0;
         while (board.playing()) {

@@ -3,7 +3,7 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
-#include "codec/row_encoded_file.h"
+#include "playback/board_items.h"
 #include "common/paths.h"
 #include "playback/play_list_edit.h"
 #include "playback/play_list_file.h"
@@ -177,18 +177,15 @@ Result runPlayListPlay(Context& context)
                 exportBoardPorts(settings);
             if (!board.load(bodies.boardPlayDll()))
                 return false;
-            std::vector<BoardItem> items;
+            std::vector<const EditInfoRecord*> records;
             for (const PlayItem& entry : list) {
                 const ListRow* row = rowOfEntry(entry, rows);
-                std::optional<RowEncodedFile> encoded = row ? inspectRowEncodedFile(session, row->record(), context.port)
-                                                            : std::nullopt;
-                if (!encoded)
+                if (!row)
                     return false;
-                const BodyInfo* body = bodies.findBody(entry.bodyName);
-                items.push_back({std::move(encoded->speech), encoded->encoded.header.sampleRate,
-                                 body ? body->currentVolume : 0, entry.sourceKey});
+                records.push_back(&row->record());
             }
-            if (items.empty() || !board.play(0, std::uint32_t(bodies.baudRate()), std::move(items)))
+            std::optional<std::vector<BoardItem>> items = boardItemsFor(session, records, bodies, context.port);
+            if (!items || !board.play(0, std::uint32_t(bodies.baudRate()), std::move(*items)))
                 return false;
             std::uint32_t last = 0;
             while (board.playing()) {

@@ -27,8 +27,21 @@ struct RowEncodedFile {
     std::string speech;                // its data after the header: what a board or a firmware build gets
 };
 
+// What stands between a row and its encoded data.
+enum class EncodedFileProblem { None, NotEncoded, Missing, Damaged, NoHeader };
+
+struct RowEncodedRead {
+    EncodedFileProblem problem = EncodedFileProblem::None;
+    std::optional<RowEncodedFile> file; // set exactly when there is no problem
+};
+
 // Finds and unpacks the row's interim file in memory and reads its header.
-// A row never encoded shows "This item has not been encoded yet !"; a missing
+RowEncodedRead readRowEncodedFile(const ProjectSession& session, const EditInfoRecord& record);
+
+// The message of a problem, as Encode Info and export show it.
+std::string encodedFileProblemText(EncodedFileProblem problem, const EditInfoRecord& record);
+
+// readRowEncodedFile with the problem shown: a row never encoded shows "This item has not been encoded yet !"; a missing
 // interim file its name followed by " does not exist in the project folder !";
 // a damaged one its name followed by " could not be unpacked: it is damaged !";
 // unpacked data without a valid header the quoted name followed by

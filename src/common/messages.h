@@ -182,9 +182,17 @@ inline constexpr std::string_view kBoardVersionFailed = "Failed! Please check th
 inline constexpr std::string_view kBoardVersionHost = "Version   Host:";
 inline constexpr std::string_view kBoardVersionDriver = "   Driver:";
 inline constexpr std::string_view kBoardDriverFailed = "Failed";
+// The checks before a row's encoded data goes to the board, in their order.
+inline constexpr std::string_view kNoEncodeFile = "Do not have encode file !";
+inline constexpr std::string_view kNoBody = "Do not have body !";
+inline constexpr std::string_view kAlgorithmNotSupported = " do not support !"; // after the algorithm
+inline constexpr std::string_view kNotACorrectEncodeFile = " is not a correct encode file !"; // after the file name
+inline constexpr std::string_view kSampleRateExceedsBody =
+    "The sample rate of \"%s\" exceeds the range of the body setting of Kestrelon!\nDo you still want to play?";
+inline constexpr std::string_view kSampleRatesExceedBody =
+    "The sample rate of the following file(s) exceed the range of the body setting of Kestrelon!";
+inline constexpr std::string_view kStillWantToPlay = "Do you still want to play?";
 // Own texts: what cannot play, and why.
-inline constexpr std::string_view kBoardPlayNotAvailable =
-    "Playing on the target board needs the board player, which this version does not have yet !";
 inline constexpr std::string_view kNothingDecodedToPlay = "This item has not been decoded yet !";
 inline constexpr std::string_view kCanNotPlayPrefix = "Can not play "; // the file, then " !"
 

@@ -4,6 +4,7 @@
 // script the answers. Core code never opens a window itself.
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrelon {
 
@@ -22,6 +23,12 @@ public:
     virtual void showMessage(std::string_view text) = 0;
     // A question; `caption` is empty for the program's standard caption.
     virtual Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) = 0;
+
+    // A Yes/No question about several files at once: `heading` over the
+    // names in a read-only list, then `question`. By default it is asked as
+    // one text, a name a line.
+    virtual Answer askAboutFiles(std::string_view heading, const std::vector<std::string>& names,
+                                 std::string_view question);
 
     // Progress of a long operation; the defaults ignore it.
     virtual void beginProgress(std::string_view title) {}

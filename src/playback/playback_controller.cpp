@@ -33,10 +33,6 @@ PlaybackController::~PlaybackController()
 bool PlaybackController::playRow(const ProjectSession& session, const EditInfoRecord& record, PlayWhat what,
                                  const std::string& rowKey, int loops)
 {
-    if (m_target == PlayTarget::Board) {
-        m_port.showMessage(msg::kBoardPlayNotAvailable);
-        return false;
-    }
     stop();
     fs::path wave;
     if (what == PlayWhat::Original) {
@@ -70,7 +66,7 @@ bool PlaybackController::playFile(const fs::path& wave, bool fromView, int loops
 bool PlaybackController::start(const fs::path& wave, bool fromView, int loops)
 {
     WaveFile facts;
-    if (!facts.load(wave) || !m_pc.play(wave, fromView)) {
+    if (!facts.load(wave, WaveRead::FactsOnly) || !m_pc.play(wave, fromView)) {
         m_port.showMessage(std::string(msg::kCanNotPlayPrefix) + utf8FromPath(wave.filename()) + " !");
         m_status = PlayStatus{};
         return false;

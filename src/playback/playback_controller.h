@@ -22,7 +22,6 @@ class UserPort;
 struct EditInfoRecord;
 
 enum class PlayWhat { Original, Decoded };
-enum class PlayTarget { Pc, Board };
 enum class PlayState { Idle, Playing, Paused, Looping };
 
 struct PlayStatus {
@@ -43,9 +42,6 @@ public:
     ~PlaybackController();
     PlaybackController(const PlaybackController&) = delete;
     PlaybackController& operator=(const PlaybackController&) = delete;
-
-    PlayTarget target() const { return m_target; }
-    void setTarget(PlayTarget target) { m_target = target; }
 
     // Plays what the row's cell plays: the source wave (Files\<file name>) or
     // the decoded wave. `loops`: how many passes (0: until stopped). False,
@@ -75,7 +71,6 @@ private:
 
     PcPlayerHost& m_pc;
     UserPort& m_port;
-    PlayTarget m_target = PlayTarget::Pc;
     PlayStatus m_status;
     int m_loops = 1;
     bool m_fromView = false;

@@ -219,7 +219,7 @@ bool WaveFile::fail(const std::filesystem::path& path, std::string_view reason)
     return false;
 }
 
-bool WaveFile::load(const std::filesystem::path& path)
+bool WaveFile::load(const std::filesystem::path& path, WaveRead what)
 {
     clear();
     std::error_code ec;
@@ -253,6 +253,16 @@ bool WaveFile::load(const std::filesystem::path& path)
         return fail(path, msg::kWaveDamaged);
     if (info.frames > kMaxWaveFrames)
         return fail(path, msg::kWaveTooLong);
+    const int subtype = info.format & SF_FORMAT_SUBMASK;
+    m_sampleRate = info.samplerate;
+    m_channels = info.channels;
+    m_bitsPerSample = storedBits(subtype);
+    m_encoding = encodingOf(subtype);
+    m_formatDescription = describe(subtype);
+    m_fileSize = size;
+    m_frameCount = static_cast<std::int64_t>(info.frames);
+    if (what == WaveRead::FactsOnly)
+        return true;
 
     // Float data beyond full scale is clipped instead of wrapping around.
     sf_command(file.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
@@ -277,14 +287,6 @@ bool WaveFile::load(const std::filesystem::path& path)
     if (sf_error(file.get()) != SF_ERR_NO_ERROR || read != info.frames)
         return fail(path, msg::kWaveDamaged);
 
-    const int subtype = info.format & SF_FORMAT_SUBMASK;
-    m_sampleRate = info.samplerate;
-    m_channels = channels;
-    m_bitsPerSample = storedBits(subtype);
-    m_encoding = encodingOf(subtype);
-    m_formatDescription = describe(subtype);
-    m_fileSize = size;
-    m_frameCount = static_cast<std::int64_t>(samples.size());
     m_samples = std::move(samples);
     return true;
 }

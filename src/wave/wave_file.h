@@ -19,12 +19,17 @@ namespace kestrelon {
 // How the samples are stored in the file.
 enum class WaveEncoding { None, Pcm, Float, MuLaw, ALaw, Adpcm, Other };
 
+// What load() reads: the sound, or only the facts about it (a question of
+// sample rate or length must not read a half-hour recording).
+enum class WaveRead { Whole, FactsOnly };
+
 class WaveFile {
 public:
     // Reads the whole file. On failure the object is left empty, error()
     // says why, and the result is false: a file that is not a WAV file, is
     // damaged or truncated, or is implausibly large is refused, never half-read.
-    bool load(const std::filesystem::path& path);
+    // With FactsOnly the samples stay empty and frameCount() still tells.
+    bool load(const std::filesystem::path& path, WaveRead what = WaveRead::Whole);
 
     bool isLoaded() const { return m_sampleRate > 0; }
     int sampleRate() const { return m_sampleRate; }

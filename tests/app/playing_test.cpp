@@ -178,6 +178,20 @@ TEST_F(PlayingInTheWorkbench, TheBoardCellSendsTheRowsEncodingToTheBoard)
     }
     EXPECT_FALSE(frame.playCommands()->playing());
     EXPECT_EQ(test::readBytes(dir / "record" / "item-0.bin"), speech); // the data, without its header
+
+    // With "Target Board" chosen, "&Play" sends the current row's encoding,
+    // while the PC's cells still play on the PC.
+    frame.runCommand(cmd::kTargetBoard);
+    emit table->clicked(table->model()->index(0, int(ListColumn::OriginalPlay)));
+    EXPECT_TRUE(frame.playCommands()->controller().isActive());
+    frame.runCommand(cmd::kStop);
+    table->setCurrentIndex(table->model()->index(0, 0));
+    frame.runCommand(cmd::kPlay);
+    for (int i = 0; i < 400 && frame.playCommands()->playing(); ++i) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(test::readBytes(dir / "record" / "item-1.bin"), speech);
     EXPECT_TRUE(port.texts().empty());
     unsetenv("KESTRELON_BOARD_PORT0");
 }

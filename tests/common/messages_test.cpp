@@ -103,8 +103,6 @@ const Text kKnownTexts[] = {
 
 // Texts this program adds where a failure would otherwise go unsaid.
 const Text kOwnTexts[] = {
-    TEXT(kBoardPlayNotAvailable,
-         "Playing on the target board needs the board player, which this version does not have yet !"),
     TEXT(kNothingDecodedToPlay, "This item has not been decoded yet !"),
     TEXT(kCanNotPlayPrefix, "Can not play "),
     TEXT(kProjectInUsePrefix, "The project is in use by "),

@@ -74,6 +74,11 @@ public:
     {
         return m_inner.ask(text, buttons, caption);
     }
+    Answer askAboutFiles(std::string_view heading, const std::vector<std::string>& names,
+                         std::string_view question) override
+    {
+        return m_inner.askAboutFiles(heading, names, question);
+    }
     void beginProgress(std::string_view title) override { m_dialog.begin(title); }
     void setProgressRange(int low, int high) override { m_dialog.setRange(low, high); }
     void setProgressPosition(int position) override { m_dialog.setPosition(position); }

@@ -31,7 +31,6 @@ public:
     // on the user-interface thread and announced by boardStateChanged.
     void loadBoardPlayer(const std::filesystem::path& library) { m_board.load(library); }
     BoardPlayerHost& board() { return m_board; }
-    PlayTarget target() const { return m_controller.target(); }
     const PlayStatus& status() const { return m_controller.status(); }
 
 signals:

@@ -4,9 +4,9 @@
 #include "app/views/list_columns.h"
 #include "app/views/main_view.h"
 #include "bodies/body_settings.h"
-#include "codec/row_encoded_file.h"
 #include "common/messages.h"
 #include "common/user_port.h"
+#include "playback/board_items.h"
 #include "project/edit_info_record.h"
 #include "project/project_session.h"
 
@@ -30,7 +30,7 @@ PlayCommands::PlayCommands(UserPort& port, ProjectSession& session, MainView& vi
 
 void PlayCommands::setPlayMode(int mode)
 {
-    m_bridge.controller().setTarget(mode == 1 ? PlayTarget::Board : PlayTarget::Pc);
+    m_onBoard = mode == 1;
 }
 
 bool PlayCommands::run(int id)
@@ -41,8 +41,10 @@ bool PlayCommands::run(int id)
     case kTargetBoard: setPlayMode(1); break;
     case kPlay:
     case kPlayLooped:
+        // The board plays a row's encoded data; the PC its source.
         if (const auto row = m_view.currentListRow())
-            playRow(*row, int(ListColumn::OriginalPlay), id == kPlayLooped ? 0 : 1);
+            playRow(*row, int(m_onBoard ? ListColumn::EncodePlay : ListColumn::OriginalPlay),
+                    id == kPlayLooped ? 0 : 1);
         break;
     case kStop:
         stop();
@@ -59,17 +61,13 @@ void PlayCommands::playRow(const ListRow& row, int column, int loops)
 {
     if (!m_session.isOpen())
         return;
-    // The board's cell, and the original on the board target, are for the
-    // board player; the controller says why nothing plays there yet.
     if (column == int(ListColumn::EncodePlay)) {
         playOnBoard(row);
         return;
     }
-    PlaybackController& controller = m_bridge.controller();
-    const PlayTarget chosen = controller.target();
     const PlayWhat what = column == int(ListColumn::DecodePlay) ? PlayWhat::Decoded : PlayWhat::Original;
-    controller.playRow(m_session, row.record(), what, MainView::rowKey(row) + "@" + std::to_string(column), loops);
-    controller.setTarget(chosen);
+    m_bridge.controller().playRow(m_session, row.record(), what,
+                                  MainView::rowKey(row) + "@" + std::to_string(column), loops);
 }
 
 void PlayCommands::loadBoardPlayer(BodySettings& bodies)
@@ -85,13 +83,8 @@ void PlayCommands::playOnBoard(const ListRow& row)
         return;
     }
     const EditInfoRecord& record = row.record();
-    std::optional<RowEncodedFile> encoded = inspectRowEncodedFile(m_session, record, m_port);
-    if (!encoded)
-        return;
-    const BodyInfo* body = m_bodies->findBody(record.bodyName);
-    BoardItem item{std::move(encoded->speech), encoded->encoded.header.sampleRate, body ? body->currentVolume : 0,
-                   record.fileName};
-    if (m_board.play(0, std::uint32_t(m_bodies->baudRate()), {std::move(item)}))
+    std::optional<std::vector<BoardItem>> items = boardItemsFor(m_session, {&record}, *m_bodies, m_port);
+    if (items && m_board.play(0, std::uint32_t(m_bodies->baudRate()), std::move(*items)))
         m_statusBar.showMessage(tr("Playing %1 on the target board").arg(QString::fromStdString(record.fileName)));
     emit stateChanged();
 }

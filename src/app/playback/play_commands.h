@@ -38,7 +38,7 @@ public:
     PlaybackController& controller() { return m_bridge.controller(); }
 
     // The play mode as the settings keep it: 0 the PC, 1 the target board.
-    int playMode() const { return m_bridge.target() == PlayTarget::Board ? 1 : 0; }
+    int playMode() const { return m_onBoard ? 1 : 0; }
     void setPlayMode(int mode);
 
     // Runs a playing command of the table; false for any other command.
@@ -63,6 +63,7 @@ private:
     BoardPlayerHost& m_board = m_bridge.board();
     BodySettings* m_bodies = nullptr;
     UserPort& m_port;
+    bool m_onBoard = false; // "Target &Board" rather than "P&C"
 };
 
 } // namespace kestrelon

@@ -2,7 +2,7 @@
 
 #include "app/playback/play_commands.h"
 #include "bodies/body_settings.h"
-#include "codec/row_encoded_file.h"
+#include "playback/board_items.h"
 #include "playback/play_list_edit.h"
 #include "project/project_session.h"
 
@@ -184,17 +184,15 @@ void PlaySentenceDialog::play()
     }
     // The board takes the whole list at once and reports the item it plays.
     if (!m_bodies || !m_playing.board().isLoaded()) return;
-    std::vector<BoardItem> items;
+    std::vector<const EditInfoRecord*> records;
     for (const PlayItem& entry : m_playList) {
         const ListRow* row = rowOfEntry(entry, m_rowsList);
-        std::optional<RowEncodedFile> encoded = row ? inspectRowEncodedFile(m_session, row->record(), m_port)
-                                                    : std::nullopt;
-        if (!encoded) return;
-        const BodyInfo* body = m_bodies->findBody(entry.bodyName);
-        items.push_back({std::move(encoded->speech), encoded->encoded.header.sampleRate,
-                         body ? body->currentVolume : 0, entry.sourceKey});
+        if (!row) return; // the rows were matched when the dialog opened
+        records.push_back(&row->record());
     }
-    if (m_playing.board().play(0, std::uint32_t(m_bodies->baudRate()), std::move(items)))
+    std::optional<std::vector<BoardItem>> items = boardItemsFor(m_session, records, *m_bodies, m_port);
+    if (!items) return;
+    if (m_playing.board().play(0, std::uint32_t(m_bodies->baudRate()), std::move(*items)))
         showPlaying(0);
 }
 

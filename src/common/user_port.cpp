@@ -1,0 +1,16 @@
+#include "common/user_port.h"
+
+namespace kestrelon {
+
+Answer UserPort::askAboutFiles(std::string_view heading, const std::vector<std::string>& names,
+                               std::string_view question)
+{
+    std::string text(heading);
+    for (const std::string& name : names)
+        text += "\n" + name;
+    text += "\n";
+    text += question;
+    return ask(text, Buttons::YesNo);
+}
+
+} // namespace kestrelon
