@@ -43,6 +43,7 @@ struct Player {
     std::mutex mutex;
     std::thread worker;
     std::atomic<bool> stop{false};
+    std::atomic<bool> pause{false}; // what the host asked; the play thread tells the board
     std::uint32_t baud = 115200;
 };
 
@@ -65,6 +66,28 @@ void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kes
         ::close(fd);
         status(-1, KESTRELON_BOARD_NO_ACK);
     };
+    // The board's own reports are passed on as they come.
+    const auto passOn = [&](std::chrono::milliseconds wait) {
+        while (std::optional<Frame> frame = link.receive(wait)) {
+            if (frame->type == FrameType::Status && frame->payload.size() >= 6)
+                status(std::int16_t(getU16(frame->payload, 0)), getU32(frame->payload, 2));
+            wait = std::chrono::milliseconds(0);
+        }
+    };
+    // Between frames: a pause asked for is told to the board, and nothing
+    // more is sent until it is lifted or play is stopped. False when the
+    // board did not acknowledge.
+    bool paused = false;
+    const auto holdWhilePaused = [&] {
+        while (paused != player().pause.load() || (paused && !player().stop)) {
+            if (paused != player().pause.load()) {
+                paused = !paused;
+                if (!link.send(FrameType::Pause, std::string(1, char(paused ? 1 : 0)))) return false;
+            }
+            passOn(std::chrono::milliseconds(paused ? 20 : 0));
+        }
+        return true;
+    };
     std::string begin;
     putU16(begin, std::uint16_t(items.size()));
     if (!link.send(FrameType::Begin, begin)) return noAck();
@@ -76,6 +99,7 @@ void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kes
             status(-1, kStopped);
             return;
         }
+        if (!holdWhilePaused()) return noAck();
         const Item& item = items[i];
         std::string head;
         putU16(head, std::uint16_t(i));
@@ -89,6 +113,7 @@ void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kes
             putU16(chunk, std::uint16_t(i));
             putU32(chunk, std::uint32_t(offset));
             chunk += item.data.substr(offset, kDataChunk);
+            if (!holdWhilePaused()) return noAck();
             if (player().stop) break;
             if (!link.send(FrameType::Data, chunk)) return noAck();
         }
@@ -96,10 +121,7 @@ void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kes
         putU16(end, std::uint16_t(i));
         putU32(end, std::uint32_t(item.data.size()));
         if (!player().stop && !link.send(FrameType::ItemEnd, end)) return noAck();
-        // The board's own reports are passed on as they come.
-        while (std::optional<Frame> frame = link.receive(std::chrono::milliseconds(0)))
-            if (frame->type == FrameType::Status && frame->payload.size() >= 6)
-                status(std::int16_t(getU16(frame->payload, 0)), getU32(frame->payload, 2));
+        passOn(std::chrono::milliseconds(0));
     }
     ::close(fd);
     status(-1, player().stop ? kStopped : kAllPlayed);
@@ -157,6 +179,12 @@ KESTRELON_EXPORT void UART_Stop(void)
     if (p.worker.joinable()) p.worker.join();
 }
 
+// Optional: a host that finds it can hold play and let it go on.
+KESTRELON_EXPORT void UART_Pause(int32_t pause)
+{
+    player().pause = pause != 0;
+}
+
 KESTRELON_EXPORT void UART_Play(uint32_t, const kestrelon_board_play_list* list, uint32_t, uint32_t,
                                 kestrelon_board_status status)
 {
@@ -170,6 +198,7 @@ KESTRELON_EXPORT void UART_Play(uint32_t, const kestrelon_board_play_list* list,
     Player& p = player();
     std::lock_guard lock(p.mutex);
     p.stop = false;
+    p.pause = false;
     p.worker = std::thread(playAll, list->items[0].port, std::move(items), p.baud, status);
 }
 

@@ -126,6 +126,7 @@ private:
         case FrameType::Begin:
             m_item.clear();
             m_open = false;
+            m_paused = false;
             break;
         case FrameType::Item:
             if (p.size() >= 14 && !(m_open && getU16(p, 0) == m_index)) {
@@ -153,6 +154,16 @@ private:
                 send(FrameType::Status, status);
             }
             break;
+        case FrameType::Pause:
+            // Only a change is reported: a resent Pause changes nothing.
+            if (!p.empty() && (p[0] != 0) != m_paused) {
+                m_paused = p[0] != 0;
+                std::string status;
+                putU16(status, 0xFFFF);
+                putU32(status, m_paused ? 4 : 1); // paused, or playing again
+                send(FrameType::Status, status);
+            }
+            break;
         default: break;
         }
     }
@@ -164,6 +175,7 @@ private:
     std::uint16_t m_index = 0;
     std::uint8_t m_sent = 0;
     bool m_open = false; // an item is being received
+    bool m_paused = false;
     std::uint64_t m_received = 0;
     int m_recorded = 0;
 };

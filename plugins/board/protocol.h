@@ -19,6 +19,7 @@ enum class FrameType : std::uint8_t {
     Data = 0x04,    // u16 index, u32 offset, bytes
     ItemEnd = 0x05, // u16 index, u32 size
     Stop = 0x06,
+    Pause = 0x07,   // u8 1 to pause, 0 to go on
     Ack = 0x80,          // acknowledges the frame with this sequence number
     VersionReply = 0x82, // u8 host (board) version, u8 driver version
     Status = 0x83,       // i16 index, u32 status

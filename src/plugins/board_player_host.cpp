@@ -31,14 +31,17 @@ bool BoardPlayerHost::load(const std::filesystem::path& library)
     m_stop = nullptr;
     m_scan = nullptr;
     m_ready = nullptr;
+    m_pause = nullptr;
     if (m_library.load(library)) {
         m_play = reinterpret_cast<kestrelon_uart_play>(m_library.symbol(KESTRELON_UART_PLAY_SYMBOL));
         m_stop = reinterpret_cast<kestrelon_uart_stop>(m_library.symbol(KESTRELON_UART_STOP_SYMBOL));
         m_scan = reinterpret_cast<kestrelon_uart_scan_ports>(m_library.symbol(KESTRELON_UART_SCAN_SYMBOL));
         m_ready = reinterpret_cast<kestrelon_uart_check_ready>(m_library.symbol(KESTRELON_UART_READY_SYMBOL));
+        m_pause = reinterpret_cast<kestrelon_uart_pause>(m_library.symbol(KESTRELON_UART_PAUSE_SYMBOL));
     }
     if (m_play && m_stop && m_scan && m_ready)
         return true;
+    m_pause = nullptr;
     m_play = nullptr;
     m_stop = nullptr;
     m_scan = nullptr;
@@ -67,6 +70,7 @@ bool BoardPlayerHost::play(std::uint8_t port, std::uint32_t baudRate, std::vecto
                            std::uint32_t(item.data.size()), item.sampleRate, item.volume, item.name.c_str()});
     const kestrelon_board_play_list list{std::uint32_t(m_items.size()), m_items.data()};
     m_playing = true;
+    m_paused = false;
     g_active = this;
     m_play(0, &list, 0, 0, &BoardPlayerHost::report);
     return true;
@@ -78,6 +82,15 @@ void BoardPlayerHost::stop()
         m_stop(); // waits for the plug-in's thread
     follow();
     m_playing = false;
+    m_paused = false;
+}
+
+void BoardPlayerHost::pause()
+{
+    if (!m_pause || !m_playing)
+        return;
+    m_paused = !m_paused;
+    m_pause(m_paused ? 1 : 0);
 }
 
 BoardVersionQuery BoardPlayerHost::queryVersions(std::uint8_t port, std::uint32_t baudRate)
@@ -125,6 +138,7 @@ std::vector<BoardReport> BoardPlayerHost::follow()
         if (r.status == KESTRELON_BOARD_NO_ACK)
             m_port.showMessage(msg::kBoardNoDataAck);
         m_playing = false;
+        m_paused = false;
     }
     return reports;
 }

@@ -55,6 +55,10 @@ public:
     // items. False when nothing plays.
     bool play(std::uint8_t port, std::uint32_t baudRate, std::vector<BoardItem> items);
     void stop();
+    // Holds play, or lets held play go on; only with a plug-in that offers it.
+    bool canPause() const { return m_pause != nullptr; }
+    void pause();
+    bool paused() const { return m_paused; }
     // The board-playing flag: set when playing starts, cleared by a status
     // other than 1, 2, 4 or 8.
     bool playing() const { return m_playing; }
@@ -78,7 +82,9 @@ private:
     kestrelon_uart_stop m_stop = nullptr;
     kestrelon_uart_scan_ports m_scan = nullptr;
     kestrelon_uart_check_ready m_ready = nullptr;
+    kestrelon_uart_pause m_pause = nullptr;
     bool m_playing = false;
+    bool m_paused = false;
     std::vector<kestrelon_board_item> m_items; // what the plug-in reads while it plays
     std::vector<BoardItem> m_data;
     std::mutex m_mutex;

@@ -51,11 +51,15 @@ typedef int32_t (*kestrelon_uart_check_ready)(uint8_t port, uint8_t* version);
 typedef void (*kestrelon_uart_play)(uint32_t mode, const kestrelon_board_play_list* list, uint32_t volume,
                                     uint32_t flags, kestrelon_board_status status);
 typedef void (*kestrelon_uart_stop)(void);
+/* Optional, beyond the four: non-zero holds play between two frames, 0 lets
+ * it go on. The plug-in reports KESTRELON_BOARD_PAUSED once the board holds. */
+typedef void (*kestrelon_uart_pause)(int32_t pause);
 
 #define KESTRELON_UART_PLAY_SYMBOL "UART_Play"
 #define KESTRELON_UART_STOP_SYMBOL "UART_Stop"
 #define KESTRELON_UART_SCAN_SYMBOL "UART_ScanPorts"
 #define KESTRELON_UART_READY_SYMBOL "UART_CheckIsDeviceReady"
+#define KESTRELON_UART_PAUSE_SYMBOL "UART_Pause"
 
 #ifdef __cplusplus
 }

@@ -50,7 +50,12 @@ bool PlayCommands::run(int id)
         stop();
         m_board.stop();
         break;
-    case kPause: m_bridge.controller().pause(); break;
+    case kPause:
+        if (m_board.playing())
+            m_board.pause();
+        else
+            m_bridge.controller().pause();
+        break;
     default: return false;
     }
     emit stateChanged();

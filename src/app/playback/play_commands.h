@@ -34,7 +34,7 @@ public:
     BoardPlayerHost& board() { return m_bridge.board(); }
     bool playerLoaded() const { return m_bridge.playerLoaded(); }
     bool playing() const { return m_bridge.status().state != PlayState::Idle || m_board.playing(); }
-    bool paused() const { return m_bridge.status().state == PlayState::Paused; }
+    bool paused() const { return m_bridge.status().state == PlayState::Paused || m_board.paused(); }
     PlaybackController& controller() { return m_bridge.controller(); }
 
     // The play mode as the settings keep it: 0 the PC, 1 the target board.
