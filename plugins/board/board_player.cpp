@@ -33,12 +33,6 @@ std::string deviceOf(std::uint8_t port)
     return "/dev/ttyUSB" + std::to_string(port);
 }
 
-struct Item {
-    std::string data;
-    std::uint32_t sampleRate = 0;
-    std::int32_t volume = 0;
-};
-
 struct Player {
     std::mutex mutex;
     std::thread worker;
@@ -53,7 +47,7 @@ Player& player()
     return instance;
 }
 
-void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kestrelon_board_status status)
+void playAll(std::uint8_t port, std::vector<ListItem> items, std::uint32_t baud, kestrelon_board_status status)
 {
     const int fd = openSerialPort(deviceOf(port), baud);
     if (fd < 0) {
@@ -62,69 +56,11 @@ void playAll(std::uint8_t port, std::vector<Item> items, std::uint32_t baud, kes
     }
     Line line(fd);
     HostLink link(line);
-    const auto noAck = [&] {
-        ::close(fd);
-        status(-1, KESTRELON_BOARD_NO_ACK);
-    };
-    // The board's own reports are passed on as they come.
-    const auto passOn = [&](std::chrono::milliseconds wait) {
-        while (std::optional<Frame> frame = link.receive(wait)) {
-            if (frame->type == FrameType::Status && frame->payload.size() >= 6)
-                status(std::int16_t(getU16(frame->payload, 0)), getU32(frame->payload, 2));
-            wait = std::chrono::milliseconds(0);
-        }
-    };
-    // Between frames: a pause asked for is told to the board, and nothing
-    // more is sent until it is lifted or play is stopped. False when the
-    // board did not acknowledge.
-    bool paused = false;
-    const auto holdWhilePaused = [&] {
-        while (paused != player().pause.load() || (paused && !player().stop)) {
-            if (paused != player().pause.load()) {
-                paused = !paused;
-                if (!link.send(FrameType::Pause, std::string(1, char(paused ? 1 : 0)))) return false;
-            }
-            passOn(std::chrono::milliseconds(paused ? 20 : 0));
-        }
-        return true;
-    };
-    std::string begin;
-    putU16(begin, std::uint16_t(items.size()));
-    if (!link.send(FrameType::Begin, begin)) return noAck();
-    status(-1, KESTRELON_BOARD_STARTED);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (player().stop) {
-            link.send(FrameType::Stop, {});
-            ::close(fd);
-            status(-1, kStopped);
-            return;
-        }
-        if (!holdWhilePaused()) return noAck();
-        const Item& item = items[i];
-        std::string head;
-        putU16(head, std::uint16_t(i));
-        putU32(head, item.sampleRate);
-        putU32(head, std::uint32_t(item.volume));
-        putU32(head, std::uint32_t(item.data.size()));
-        if (!link.send(FrameType::Item, head)) return noAck();
-        status(std::int16_t(i), KESTRELON_BOARD_STARTED);
-        for (std::size_t offset = 0; offset < item.data.size(); offset += kDataChunk) {
-            std::string chunk;
-            putU16(chunk, std::uint16_t(i));
-            putU32(chunk, std::uint32_t(offset));
-            chunk += item.data.substr(offset, kDataChunk);
-            if (!holdWhilePaused()) return noAck();
-            if (player().stop) break;
-            if (!link.send(FrameType::Data, chunk)) return noAck();
-        }
-        std::string end;
-        putU16(end, std::uint16_t(i));
-        putU32(end, std::uint32_t(item.data.size()));
-        if (!player().stop && !link.send(FrameType::ItemEnd, end)) return noAck();
-        passOn(std::chrono::milliseconds(0));
-    }
+    const SendEnd end = sendPlayList(link, items,
+                                     SendHooks{[] { return player().stop.load(); }, [] { return player().pause.load(); },
+                                               [status](std::int16_t index, std::uint32_t word) { status(index, word); }});
     ::close(fd);
-    status(-1, player().stop ? kStopped : kAllPlayed);
+    status(-1, end == SendEnd::AllSent ? kAllPlayed : end == SendEnd::Stopped ? kStopped : KESTRELON_BOARD_NO_ACK);
 }
 
 // The board's versions and whether its driver answered; nullopt when no
@@ -190,7 +126,7 @@ KESTRELON_EXPORT void UART_Play(uint32_t, const kestrelon_board_play_list* list,
 {
     UART_Stop();
     if (!list || !status || list->count == 0) return;
-    std::vector<Item> items;
+    std::vector<ListItem> items;
     for (uint32_t i = 0; i < list->count; ++i) {
         const kestrelon_board_item& item = list->items[i];
         items.push_back({std::string(reinterpret_cast<const char*>(item.data), item.size), item.sample_rate, item.volume});

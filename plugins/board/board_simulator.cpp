@@ -109,10 +109,10 @@ private:
     void handle(const Frame& frame)
     {
         if (m_options.stopAckingAfter >= 0 && (long long)m_received >= m_options.stopAckingAfter) return;
-        // Every frame is acknowledged. One sent again because its
+        // Every frame is acknowledged once it was acted on (an item is kept
+        // before its end is acknowledged). One sent again because its
         // acknowledgement was lost changes nothing the second time: each
         // names its item and offset, and is taken only when it is the next.
-        send(FrameType::Ack, std::string(1, char(frame.sequence)));
         const std::string_view p = frame.payload;
         switch (frame.type) {
         case FrameType::Version: {
@@ -166,6 +166,7 @@ private:
             break;
         default: break;
         }
+        send(FrameType::Ack, std::string(1, char(frame.sequence)));
     }
 
     Line& m_line;

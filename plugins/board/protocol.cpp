@@ -123,6 +123,7 @@ HostLink::HostLink(Line& line) : m_line(line), m_sequence(std::uint8_t(std::rand
 bool HostLink::send(FrameType type, std::string payload)
 {
     const std::uint8_t sequence = m_sequence++;
+    ++m_sent;
     const std::string bytes = encodeFrame(Frame{type, sequence, std::move(payload)});
     for (int attempt = 0; attempt < kRetries; ++attempt) {
         if (attempt > 0) ++m_resent;
@@ -161,6 +162,71 @@ std::optional<Frame> HostLink::receive(std::chrono::milliseconds timeout)
             return std::nullopt;
         m_parser.feed(m_line.read(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - now)));
     }
+}
+
+SendEnd sendPlayList(HostLink& link, const std::vector<ListItem>& items, const SendHooks& hooks)
+{
+    const auto passOn = [&](std::chrono::milliseconds wait) {
+        while (std::optional<Frame> frame = link.receive(wait)) {
+            if (frame->type == FrameType::Status && frame->payload.size() >= 6)
+                hooks.status(std::int16_t(getU16(frame->payload, 0)), getU32(frame->payload, 2));
+            wait = std::chrono::milliseconds(0);
+        }
+    };
+    bool paused = false;
+    // False when the board did not acknowledge a change of state.
+    const auto holdWhilePaused = [&] {
+        while (paused != hooks.pauseWanted() || (paused && !hooks.stopped())) {
+            if (paused != hooks.pauseWanted()) {
+                paused = !paused;
+                if (!link.send(FrameType::Pause, std::string(1, char(paused ? 1 : 0))))
+                    return false;
+            }
+            passOn(std::chrono::milliseconds(paused ? 20 : 0));
+        }
+        return true;
+    };
+    std::string begin;
+    putU16(begin, std::uint16_t(items.size()));
+    if (!link.send(FrameType::Begin, begin))
+        return SendEnd::NoAck;
+    hooks.status(-1, 1); // started
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (!holdWhilePaused())
+            return SendEnd::NoAck;
+        if (hooks.stopped()) {
+            link.send(FrameType::Stop, {});
+            return SendEnd::Stopped;
+        }
+        const ListItem& item = items[i];
+        std::string head;
+        putU16(head, std::uint16_t(i));
+        putU32(head, item.sampleRate);
+        putU32(head, std::uint32_t(item.volume));
+        putU32(head, std::uint32_t(item.data.size()));
+        if (!link.send(FrameType::Item, head))
+            return SendEnd::NoAck;
+        hooks.status(std::int16_t(i), 1);
+        for (std::size_t offset = 0; offset < item.data.size(); offset += kDataChunk) {
+            if (!holdWhilePaused())
+                return SendEnd::NoAck;
+            if (hooks.stopped())
+                break;
+            std::string chunk;
+            putU16(chunk, std::uint16_t(i));
+            putU32(chunk, std::uint32_t(offset));
+            chunk += item.data.substr(offset, kDataChunk);
+            if (!link.send(FrameType::Data, chunk))
+                return SendEnd::NoAck;
+        }
+        std::string end;
+        putU16(end, std::uint16_t(i));
+        putU32(end, std::uint32_t(item.data.size()));
+        if (!hooks.stopped() && !link.send(FrameType::ItemEnd, end))
+            return SendEnd::NoAck;
+        passOn(std::chrono::milliseconds(0));
+    }
+    return hooks.stopped() ? SendEnd::Stopped : SendEnd::AllSent;
 }
 
 namespace {

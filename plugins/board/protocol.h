@@ -6,9 +6,11 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrelon::board {
 
@@ -83,6 +85,8 @@ public:
 
     static constexpr int kRetries = 6;
     static constexpr std::chrono::milliseconds kAckWait{250};
+    // Frames sent (each counted once) and sent again for want of an ack.
+    std::uint64_t sent() const { return m_sent; }
     std::uint64_t resent() const { return m_resent; }
 
 private:
@@ -90,8 +94,30 @@ private:
     FrameParser m_parser;
     std::deque<Frame> m_pending;
     std::uint8_t m_sequence = 0;
+    std::uint64_t m_sent = 0;
     std::uint64_t m_resent = 0;
 };
+
+// One sound of a play list.
+struct ListItem {
+    std::string data;
+    std::uint32_t sampleRate = 0;
+    std::int32_t volume = 0;
+};
+
+// What the sender asks of its owner between frames.
+struct SendHooks {
+    std::function<bool()> stopped;                           // play was stopped
+    std::function<bool()> pauseWanted;                       // play should be held
+    std::function<void(std::int16_t, std::uint32_t)> status; // a report for the host
+};
+
+enum class SendEnd { AllSent, Stopped, NoAck };
+
+// Sends a play list: Begin, then per item Item, its Data and ItemEnd, holding
+// between frames while a pause is wanted (told to the board with Pause) and
+// passing the board's status reports on as they come.
+SendEnd sendPlayList(HostLink& link, const std::vector<ListItem>& items, const SendHooks& hooks);
 
 // Opens a serial device raw, at `baud`; -1 when it cannot be opened.
 int openSerialPort(const std::string& device, std::uint32_t baud);

@@ -87,7 +87,7 @@ TEST(BoardPlayerHost, PauseHoldsTheBoardAndPlayGoesOnOrStopsFromThere)
     EXPECT_FALSE(host.paused());
     ASSERT_TRUE(reportCame(host, 16, seen));
     EXPECT_FALSE(host.playing());
-    EXPECT_EQ(test::readBytes(record / "item-0.bin"), speech);
+    EXPECT_TRUE(test::readBytes(record / "item-0.bin") == speech); // whole and in order
     EXPECT_TRUE(port.texts().empty());
     unsetenv("KESTRELON_BOARD_PORT0");
 }
