@@ -4,6 +4,7 @@
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
 #include "playback/board_items.h"
+#include "playback/sentence.h"
 #include "common/paths.h"
 #include "playback/play_list_edit.h"
 #include "playback/play_list_file.h"
@@ -200,11 +201,20 @@ Result runPlayListPlay(Context& context)
         if (!pc.load(bodies.pcPlayDll()))
             return false;
         PlaybackController controller(pc, context.port);
-        for (const PlayItem& entry : list) {
-            const ListRow* row = rowOfEntry(entry, rows);
-            if (!row || !controller.playRow(session, row->record(),
-                                            *mode == "original" ? PlayWhat::Original : PlayWhat::Decoded))
+        std::vector<const EditInfoRecord*> records;
+        for (const PlayItem& entry : list)
+            if (const ListRow* row = rowOfEntry(entry, rows))
+                records.push_back(&row->record());
+        const PlayWhat what = *mode == "original" ? PlayWhat::Original : PlayWhat::Decoded;
+        if (what == PlayWhat::Decoded && !everyEntryDecoded(session, records, context.port))
+            return false;
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            const EntryStart start =
+                startSentenceEntry(controller, session, *records[i], what, i + 1 == records.size(), context.port);
+            if (start == EntryStart::Ended)
                 return false;
+            if (start == EntryStart::Skipped)
+                continue;
             while (controller.isActive()) {
                 std::this_thread::sleep_for(kFollowPeriod);
                 controller.follow();

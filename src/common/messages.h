@@ -170,6 +170,12 @@ inline constexpr std::string_view kDecodedTempNotFound = "The decoded temporary 
 // Play lists.
 inline constexpr std::string_view kBoardIsPlaying = "The board is playing!";
 inline constexpr std::string_view kPlayListFull = "Can't add more!";
+// Playing a sentence on the PC: what cannot play asks whether to go on.
+inline constexpr std::string_view kSentenceSourceMissing = " doesn't exist in project folder!"; // after the file name
+inline constexpr std::string_view kPlayNextQuestion = "\nDo you want to play next?";
+inline constexpr std::string_view kSentenceCanNotOpen = "Can't open "; // the file name, then "!"
+inline constexpr std::string_view kPlayNextShortQuestion = " Do you want to play next?";
+inline constexpr std::string_view kNoDecodeFiles = "Not found decode file(s)!";
 inline constexpr std::string_view kPlayListItemsRemoved =
     "Some items can't be found in the selected list!\nThey are removed from the play list!";
 

@@ -3,6 +3,7 @@
 #include "app/playback/play_commands.h"
 #include "bodies/body_settings.h"
 #include "playback/board_items.h"
+#include "playback/sentence.h"
 #include "playback/play_list_edit.h"
 #include "project/project_session.h"
 
@@ -165,51 +166,58 @@ void PlaySentenceDialog::setMode(Mode mode)
 void PlaySentenceDialog::showPlaying(int index)
 {
     if (index < 0 || index >= int(m_playList.size())) return;
-    m_progress->setRange(0, int(m_playList.size()));
-    m_progress->setValue(index + 1);
+    m_progress->setRange(0, 100);
+    m_progress->setValue(int((index + 1) * 100 / m_playList.size()));
     m_line->setText(QStringLiteral("%1 / %2 %3 is playing")
                         .arg(index + 1)
                         .arg(m_playList.size())
                         .arg(QString::fromStdString(m_playList[std::size_t(index)].sourceKey)));
 }
 
+std::vector<const EditInfoRecord*> PlaySentenceDialog::entryRecords() const
+{
+    // Every entry was matched with its row when the dialog opened.
+    std::vector<const EditInfoRecord*> records;
+    for (const PlayItem& entry : m_playList)
+        if (const ListRow* row = rowOfEntry(entry, m_rowsList))
+            records.push_back(&row->record());
+    return records;
+}
+
 void PlaySentenceDialog::play()
 {
     stop();
     if (m_playList.empty()) return;
+    const std::vector<const EditInfoRecord*> records = entryRecords();
     if (!m_encoded->isChecked()) {
+        if (m_decoded->isChecked() && !everyEntryDecoded(m_session, records, m_port)) return;
         m_next = 0;
         playNext();
         return;
     }
     // The board takes the whole list at once and reports the item it plays.
     if (!m_bodies || !m_playing.board().isLoaded()) return;
-    std::vector<const EditInfoRecord*> records;
-    for (const PlayItem& entry : m_playList) {
-        const ListRow* row = rowOfEntry(entry, m_rowsList);
-        if (!row) return; // the rows were matched when the dialog opened
-        records.push_back(&row->record());
-    }
     std::optional<std::vector<BoardItem>> items = boardItemsFor(m_session, records, *m_bodies, m_port);
-    if (!items) return;
-    if (m_playing.board().play(0, std::uint32_t(m_bodies->baudRate()), std::move(*items)))
+    if (items && m_playing.board().play(0, std::uint32_t(m_bodies->baudRate()), std::move(*items)))
         showPlaying(0);
 }
 
 void PlaySentenceDialog::playNext()
 {
-    if (m_next < 0 || m_next >= int(m_playList.size())) {
-        m_next = -1;
-        return;
-    }
-    const int index = m_next++;
-    const ListRow* row = rowOfEntry(m_playList[std::size_t(index)], m_rowsList);
+    const std::vector<const EditInfoRecord*> records = entryRecords();
     const PlayWhat what = m_decoded->isChecked() ? PlayWhat::Decoded : PlayWhat::Original;
-    if (!row || !m_playing.controller().playRow(m_session, row->record(), what)) {
-        m_next = -1; // said why; the sentence stops there
-        return;
+    while (m_next >= 0 && m_next < int(records.size())) {
+        const int index = m_next++;
+        showPlaying(index);
+        const bool last = index + 1 == int(records.size());
+        switch (startSentenceEntry(m_playing.controller(), m_session, *records[std::size_t(index)], what, last,
+                                   m_port)) {
+        case EntryStart::Playing: return;
+        case EntryStart::Skipped: continue;
+        case EntryStart::Ended: m_next = -1; return;
+        }
     }
-    showPlaying(index);
+    m_next = -1;
 }
 
 void PlaySentenceDialog::stop()

@@ -44,6 +44,7 @@ private:
     void add(const std::vector<std::size_t>& rows);
     void showList();
     void playNext();
+    std::vector<const EditInfoRecord*> entryRecords() const;
     void showPlaying(int index);
 
     ProjectSession& m_session;
