@@ -22,6 +22,7 @@
 
 #include <QCloseEvent>
 #include <QDir>
+#include <QSerialPortInfo>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -606,9 +607,8 @@ void MainWindow::onBodyInformation()
         const std::uint32_t baud = std::uint32_t(m_bodies->baudRate());
         dialog.setVersionQuery([this, baud] { return m_playing->board().queryVersions(0, baud); });
         QStringList devices;
-        for (const QString& name : QDir(QStringLiteral("/dev")).entryList(
-                 {QStringLiteral("ttyUSB*"), QStringLiteral("ttyACM*"), QStringLiteral("ttyS[0-3]")}, QDir::System))
-            devices << QStringLiteral("/dev/") + name;
+        for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
+            devices << info.systemLocation();
         const QByteArray current = qgetenv("KESTRELON_BOARD_PORT0");
         dialog.setBoardPort(current.isEmpty() ? QStringLiteral("/dev/ttyUSB0") : QString::fromLocal8Bit(current), devices,
                             [this](const QString& device) {
