@@ -1,5 +1,7 @@
 #include "cli/commands.h"
 
+#include "codec/row_quality.h"
+
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
@@ -7,6 +9,9 @@
 #include "codec/main_list.h"
 #include "codec/project_algorithms.h"
 #include "codec/results.h"
+#include "codec/row_quality.h"
+#include "common/messages.h"
+#include "common/user_port.h"
 #include "common/paths.h"
 #include "playback/project_companions.h"
 #include "plugins/codec_host.h"
@@ -24,6 +29,15 @@ namespace kestrelon::cli {
 namespace fs = std::filesystem;
 
 namespace {
+
+// The measures of what a batch decoded, beside the project: a failure to
+// write them is said, but takes nothing from the decodes themselves.
+void keepQuality(const QualityFile& quality, UserPort& port)
+{
+    if (!quality.save())
+        port.showMessage(utf8FromPath(quality.path()) + std::string(msg::kQualityNotWritten));
+}
+
 
 std::string_view outcomeName(RowOutcome outcome)
 {
@@ -216,10 +230,15 @@ Result projectAddEncode(Context& ctx)
 
         MainHostWindow mainWindow;
         CodecHost host(ctx.programFolder, ctx.port, mainWindow);
-        const EngineEnvironment env{session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder};
+        QualityFile quality;
+        quality.load(session.projectFile());
+        const EngineEnvironment env{session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder,
+                                    decode ? &quality : nullptr};
         FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
         LastEncodeSetting last{*body, *algorithm, *bitRate, true};
         added = addEncodeData(env, selected, chooser, last, decode);
+        if (decode)
+            keepQuality(quality, ctx.port);
         // The items live only as long as the open project.
         for (const AddedSource& source : added.sources) {
             Json item = {{"id", source.source->id()}, {"outcome", outcomeName(source.outcome)}};
@@ -279,8 +298,12 @@ Result runBatchCommand(Context& ctx, bool encoding)
         }
         MainHostWindow mainWindow;
         CodecHost host(ctx.programFolder, ctx.port, mainWindow);
-        CodecEngine engine({session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder});
+        QualityFile quality;
+        quality.load(session.projectFile());
+        CodecEngine engine({session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder, &quality});
         batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
+        if (!encoding || decodeToo)
+            keepQuality(quality, ctx.port);
         rows = rowsJson(session, &batch);
         // The rows' results are saved whatever became of the others.
         return true;

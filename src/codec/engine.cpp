@@ -6,6 +6,7 @@
 #include "codec/raw_extraction.h"
 #include "codec/engine_scopes.h"
 #include "codec/results.h"
+#include "codec/row_quality.h"
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
@@ -426,6 +427,12 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         dropDecodedWave(record.decodeName);
     record.decodeName = decodeName;
     record.decodeSize = sizeText(waveSize);
+    if (m_env.quality) {
+        WaveFile source, heard;
+        if (source.load(sourceWavePath(*row.source)) && heard.load(wave.path()))
+            m_env.quality->put(record, measureQuality(source.samples(), source.sampleRate(), heard.samples(),
+                                                      heard.sampleRate()));
+    }
     return RowOutcome::Done;
 }
 

@@ -27,6 +27,7 @@ class BodySettings;
 struct BodyAlgoInfo;
 class CodecHost;
 class ProjectSession;
+class QualityFile;
 class UserPort;
 
 // What the engine works with: the open project, its algorithm registry (as
@@ -40,6 +41,9 @@ struct EngineEnvironment {
     UserPort& port;
     // Where the body settings' PATHNAMEs are taken from.
     std::filesystem::path programFolder;
+    // When set, each row decoded is measured against its source while its
+    // wave is at hand, and the measures are put here for the caller to keep.
+    QualityFile* quality = nullptr;
 };
 
 // What became of one row of a batch.

@@ -29,10 +29,15 @@ std::string keyOf(const EditInfoRecord& record)
 
 } // namespace
 
+fs::path qualityFileOf(const fs::path& projectFile)
+{
+    fs::path path = projectFile;
+    return path.replace_extension(pathFromUtf8(kQualityFileExtension));
+}
+
 void QualityFile::load(const fs::path& projectFile)
 {
-    m_path = projectFile;
-    m_path.replace_extension(pathFromUtf8(kQualityFileExtension));
+    m_path = qualityFileOf(projectFile);
     m_lines.clear();
     const ReadResult read = readFile(m_path);
     std::istringstream lines(textModeFromBytes(read.bytes));

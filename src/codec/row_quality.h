@@ -20,6 +20,9 @@ struct EditInfoRecord;
 
 inline constexpr std::string_view kQualityFileExtension = ".quality";
 
+// Where the measures of the project at `projectFile` are kept.
+std::filesystem::path qualityFileOf(const std::filesystem::path& projectFile);
+
 class QualityFile {
 public:
     // Reads the companion of `projectFile`; a missing file is an empty one,

@@ -221,6 +221,9 @@ inline constexpr std::string_view kInterimNotWrittenMiddle = " could not be writ
 inline constexpr std::string_view kNoTempFileIn = "Can not create a temporary file in "; // folder, then " !"
 inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopyPrefix, a file, kCopyTo, a file
 
+// The quality measures kept beside the project, after the file's path.
+inline constexpr std::string_view kQualityNotWritten = " could not be written: the quality measures were not kept !";
+
 // Encode Info
 inline constexpr std::string_view kRowNotEncoded = "This item has not been encoded yet !";
 

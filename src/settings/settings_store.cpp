@@ -116,6 +116,7 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
     readInt(*settings, names::kPlayModeSection, names::kPlayMode, loaded.playMode);
     readInt(*settings, names::kListSection, names::kSortOrder, loaded.sortOrder);
     readInt(*settings, names::kListSection, names::kSortIndex, loaded.sortIndex);
+    readInt(*settings, names::kListSection, names::kHiddenQualityColumns, loaded.hiddenQualityColumns);
     loaded.columnScale = parseColumnScale(readText(*settings, names::kListSection, names::kMultiple).value_or(""));
     readInt(*settings, names::kAutoSection, names::kDecode, loaded.autoDecode);
     readText(*settings, names::kLastSection, names::kBodyName, loaded.lastBodyName);
@@ -156,6 +157,7 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     settings->setValue(keyOf(names::kPlayModeSection, names::kPlayMode), playMode);
     settings->setValue(keyOf(names::kListSection, names::kSortOrder), sortOrder);
     settings->setValue(keyOf(names::kListSection, names::kSortIndex), sortIndex);
+    settings->setValue(keyOf(names::kListSection, names::kHiddenQualityColumns), hiddenQualityColumns);
     settings->setValue(keyOf(names::kListSection, names::kMultiple), qText(formatColumnScale(columnScale)));
     settings->setValue(keyOf(names::kAutoSection, names::kDecode), autoDecode);
     settings->setValue(keyOf(names::kLastSection, names::kBodyName), qText(lastBodyName));

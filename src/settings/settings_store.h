@@ -28,6 +28,8 @@ inline constexpr std::string_view kListSection = "ListProperty";
 inline constexpr std::string_view kSortOrder = "SortOrder";
 inline constexpr std::string_view kSortIndex = "SortIndex";
 inline constexpr std::string_view kMultiple = "Multiple";
+// The quality columns the user hid, as a bit each from the first.
+inline constexpr std::string_view kHiddenQualityColumns = "HiddenQualityColumns";
 inline constexpr std::string_view kAutoSection = "AutoEncodeDecode";
 inline constexpr std::string_view kDecode = "Decode";
 inline constexpr std::string_view kLastSection = "LastSetting";
@@ -55,6 +57,7 @@ struct SettingsStore {
     int sortOrder = 0;      // direction of the main list's sort
     int sortIndex = 1;      // column the main list is sorted by
     float columnScale = 1.0f; // "Multiple": scale of the main list's column widths
+    int hiddenQualityColumns = 0; // bit k: the k-th quality column is hidden
     int autoDecode = 1;     // boolean: decode right after encoding
     std::string lastBodyName;
     std::string lastAlgName;

@@ -66,6 +66,10 @@ TEST_F(ViewTest, HeadersAndCellsShowTheRecordsAsTheyStand)
 {
     writeBytes(project / "Files" / "hello.wav", std::string(9876, 'w'));
     writeBytes(project / "Files" / "bye.wav", std::string(1000, 'w'));
+    // The measures of hello.wav's decode; a line for a decode of another size is not its.
+    writeBytes(project / "Demo.quality", "# decode\tsize\tsnr\tmel\tduration\tlag\n"
+                                         "SAF1.dfn\t9000\t22.316\t2.89\t1.0000\t0\n"
+                                         "SAF2.dfn\t10\t9\t9\t9\t0\n");
     open({{"hello.wav", "B1", "ImaAdpcm", "16000", "1234", "9000", "SAF1.tmp", "SAF1.dfn", ""},
           {"hello.wav", "", "", "", "", "", "", "", ""},
           {"bye.wav", "B1", "MuLaw", "64000", "2000", "", "SAF2.tmp", "", ""}});
@@ -79,15 +83,17 @@ TEST_F(ViewTest, HeadersAndCellsShowTheRecordsAsTheyStand)
         headers << shown->headerData(column, Qt::Horizontal).toString();
     EXPECT_EQ(headers.join(QLatin1Char('|')),
               "|File Name|Body|Algorithm|Bit Rate (bps)|Original Play (PC)|Encode Play (Board)|"
-              "Encode File Size (byte)|Decode Play (PC)|Compression Rate (%)|Decode File Size (byte)");
+              "Encode File Size (byte)|Decode Play (PC)|Compression Rate (%)|Decode File Size (byte)|"
+              "Seg. SNR (dB)|Mel Distance (dB)|Duration Ratio");
 
     // Sorted by file name, as a fresh profile asks; equal names keep the project's order.
     // 2000 of 1000 is above 100; 1234 of 9876 is 12.49...; no encode size, no rate. A play
     // cell shows its glyph only when there is something to play.
     ASSERT_EQ(shown->rowCount(), 3);
-    EXPECT_EQ(rowText(view, 0), QStringLiteral("|bye.wav|B1|MuLaw|64000|\u25B6|\u25B6|2000||200|"));
-    EXPECT_EQ(rowText(view, 1), QStringLiteral("|hello.wav|B1|ImaAdpcm|16000|\u25B6|\u25B6|1234|\u25B6|12|9000"));
-    EXPECT_EQ(rowText(view, 2), QStringLiteral("|hello.wav||||\u25B6|||||"));
+    EXPECT_EQ(rowText(view, 0), QStringLiteral("|bye.wav|B1|MuLaw|64000|\u25B6|\u25B6|2000||200||||"));
+    EXPECT_EQ(rowText(view, 1),
+              QStringLiteral("|hello.wav|B1|ImaAdpcm|16000|\u25B6|\u25B6|1234|\u25B6|12|9000|22.32|2.89|1.00"));
+    EXPECT_EQ(rowText(view, 2), QStringLiteral("|hello.wav||||\u25B6||||||||"));
 
     // A record changed under the list shows its new value when its row repaints.
     view.model()->list().rows()[1].record().decodeSize = "777";

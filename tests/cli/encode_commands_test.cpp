@@ -94,8 +94,12 @@ TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndR
     // Quality against the source: PCM is lossless, 8-bit mu-law beats 4-bit
     // ADPCM, and every decode lasts as long as its source. The measures stay
     // beside the project and are read back while the decodes stay.
+    // Decoding measured each row while its wave was at hand.
+    const std::string measuredByDecode = readBytes(folder() / "Road.quality");
+    EXPECT_EQ(std::count(measuredByDecode.begin(), measuredByDecode.end(), '\n'), 6);
     const Run quality = run({"project", "quality", ptp()});
     ASSERT_EQ(quality.exitCode, 0) << quality.err;
+    EXPECT_EQ(readBytes(folder() / "Road.quality"), measuredByDecode); // read back, not measured again
     const Json& measured = quality.answer["rows"];
     ASSERT_EQ(measured.size(), codecs.size());
     EXPECT_EQ(measured[2]["segmentalSnrDb"], 35.0);

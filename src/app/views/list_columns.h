@@ -1,6 +1,7 @@
 #pragma once
-// The eleven columns of the main list, in order, with their header texts and
-// how each one sorts.
+// The columns of the main list, in order, with their header texts and how
+// each one sorts: the eleven of a row's record, then the quality of its
+// decode, which the user may hide.
 #include <array>
 #include <string_view>
 
@@ -18,9 +19,14 @@ enum class ListColumn : int {
     DecodePlay = 8,      // play cell (PC)
     CompressionRate = 9,
     DecodeSize = 10,
+    SegmentalSnr = 11,   // quality of the decode against its source
+    MelDistance = 12,
+    DurationRatio = 13,
 };
 
-inline constexpr int kListColumnCount = 11;
+inline constexpr int kRecordColumnCount = 11;
+inline constexpr int kListColumnCount = 14;
+inline constexpr int kFirstQualityColumn = kRecordColumnCount;
 
 inline constexpr std::array<std::string_view, kListColumnCount> kListHeaders = {
     "",
@@ -34,11 +40,14 @@ inline constexpr std::array<std::string_view, kListColumnCount> kListHeaders = {
     "Decode Play (PC)",
     "Compression Rate (%)",
     "Decode File Size (byte)",
+    "Seg. SNR (dB)",
+    "Mel Distance (dB)",
+    "Duration Ratio",
 };
 
 // Column widths in pixels at a scale ("Multiple") of 1.0.
 inline constexpr std::array<int, kListColumnCount> kListBaseWidths = {
-    24, 160, 90, 110, 100, 120, 130, 150, 110, 140, 150,
+    24, 160, 90, 110, 100, 120, 130, 150, 110, 140, 150, 100, 120, 100,
 };
 
 enum class SortKind { Text, Number, ListOrder };
@@ -54,6 +63,9 @@ constexpr SortKind sortKindOf(int column)
     case ListColumn::EncodeSize:
     case ListColumn::CompressionRate:
     case ListColumn::DecodeSize:
+    case ListColumn::SegmentalSnr:
+    case ListColumn::MelDistance:
+    case ListColumn::DurationRatio:
         return SortKind::Number;
     default:
         return SortKind::ListOrder; // the marker and the play cells keep the project's order

@@ -14,6 +14,7 @@
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
 #include "codec/row_encoded_file.h"
+#include "common/messages.h"
 #include "common/paths.h"
 #include "common/recording_port.h"
 #include "plugins/algorithm_info.h"
@@ -77,7 +78,10 @@ private:
     MainView* m_view;
 };
 
-constexpr int kBaseWidthSum = std::accumulate(kListBaseWidths.begin(), kListBaseWidths.end(), 0);
+// "Multiple" is the record's columns' widths against their sum at scale 1.0;
+// the quality columns, which may be hidden, follow the scale but do not set it.
+constexpr int kBaseWidthSum =
+    std::accumulate(kListBaseWidths.begin(), kListBaseWidths.begin() + kRecordColumnCount, 0);
 
 } // namespace
 
@@ -93,6 +97,7 @@ MainView::MainView(UserPort& port, QWidget* parent)
           [](std::string_view, Buttons buttons, std::string_view) { return answerFor(Answer::No, buttons); }))
 {
     m_proxy->setSourceModel(m_model);
+    m_model->setQuality(&m_quality);
     m_table->setModel(m_proxy);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -126,6 +131,8 @@ MainView::MainView(UserPort& port, QWidget* parent)
     buildContextMenu();
     connect(m_table, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& at) { m_menu->popup(m_table->viewport()->mapToGlobal(at)); });
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(header, &QWidget::customContextMenuRequested, this, &MainView::chooseQualityColumns);
     connect(header, &QHeaderView::sortIndicatorChanged, this, &MainView::storeSortSettings);
     connect(header, &QHeaderView::sectionResized, this, [this] {
         if (!m_applyingScale)
@@ -244,6 +251,7 @@ void MainView::applyListSettings()
         scale = m_settings->columnScale;
     }
     applyColumnScale(scale);
+    applyHiddenQualityColumns();
     // Sorting now would write the same values back; nothing else listens yet.
     m_table->sortByColumn(column, order);
 }
@@ -258,6 +266,39 @@ void MainView::applyColumnScale(float scale)
         m_table->horizontalHeader()->resizeSection(column, std::max(8, static_cast<int>(std::lround(width))));
     }
     m_applyingScale = false;
+}
+
+void MainView::applyHiddenQualityColumns()
+{
+    const int hidden = m_settings ? m_settings->hiddenQualityColumns : 0;
+    for (int column = kFirstQualityColumn; column < kListColumnCount; ++column)
+        m_table->setColumnHidden(column, (hidden >> (column - kFirstQualityColumn)) & 1);
+}
+
+void MainView::chooseQualityColumns(const QPoint& at)
+{
+    QMenu menu(this);
+    for (int column = kFirstQualityColumn; column < kListColumnCount; ++column) {
+        const std::string_view header = kListHeaders[std::size_t(column)];
+        QAction* shown = menu.addAction(QString::fromUtf8(header.data(), qsizetype(header.size())));
+        shown->setCheckable(true);
+        shown->setChecked(!m_table->isColumnHidden(column));
+        connect(shown, &QAction::toggled, this, [this, column](bool show) {
+            m_table->setColumnHidden(column, !show);
+            if (!m_settings)
+                return;
+            const int bit = 1 << (column - kFirstQualityColumn);
+            m_settings->hiddenQualityColumns = show ? m_settings->hiddenQualityColumns & ~bit
+                                                    : m_settings->hiddenQualityColumns | bit;
+        });
+    }
+    menu.exec(m_table->horizontalHeader()->mapToGlobal(at));
+}
+
+void MainView::keepQuality()
+{
+    if (!m_quality.save())
+        m_port.showMessage(utf8FromPath(m_quality.path()) + std::string(msg::kQualityNotWritten));
 }
 
 void MainView::storeSortSettings(int column, Qt::SortOrder order)
@@ -275,7 +316,7 @@ void MainView::storeColumnScale()
     // Dragging a column edge changes the scale of the whole list: the sum of
     // the widths against the sum at scale 1.0.
     int total = 0;
-    for (int column = 0; column < kListColumnCount; ++column) total += m_table->horizontalHeader()->sectionSize(column);
+    for (int column = 0; column < kRecordColumnCount; ++column) total += m_table->horizontalHeader()->sectionSize(column);
     m_settings->columnScale = static_cast<float>(total) / static_cast<float>(kBaseWidthSum);
 }
 
@@ -286,6 +327,8 @@ void MainView::refresh()
     m_originalSizes.clear();
     MainList list;
     if (m_session && m_session->isOpen()) {
+        if (m_quality.path() != qualityFileOf(m_session->projectFile()))
+            m_quality.load(m_session->projectFile());
         list = MainList::fromDocument(m_session->document());
         m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
         updateCompressionRates(list, m_originalSizes);
@@ -467,13 +510,14 @@ void MainView::runBatch(bool encode)
     ViewProgressPort port(m_port, *m_progress, *m_model);
     MainHostWindow window;
     CodecHost host(m_programFolder, port, window);
-    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder});
-    if (encode)
-        engine.encodeSelected(shown, m_settings ? m_settings->autoDecode != 0 : false);
-    else
-        engine.decodeSelected(shown);
+    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder, &m_quality});
+    const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
+    const BatchResult batch =
+        encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
     host.releaseAlgorithm();
     setBusy(false);
+    if (decoding && batch.count(RowOutcome::Done) > 0)
+        keepQuality();
     // The table of sources' sizes is made again once per batch, for every row's rate.
     m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
     m_waveFacts.clear();
@@ -609,7 +653,7 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
     ProgressPort port(m_port, *m_progress);
     MainHostWindow window;
     CodecHost host(m_programFolder, port, window);
-    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder};
+    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder, &m_quality};
     EncodeSettingDialogChooser chooser(m_bodies->bodies(), this);
     // These commands only add records or change them in place, so the rows
     // selected before are still there afterwards, at the same place in
@@ -622,8 +666,11 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
             selected.emplace_back(before.rows()[row].source, before.rows()[row].recordIndex);
     if (const std::optional<int> row = currentSourceRow())
         current = std::pair{m_model->listRow(*row).source, m_model->listRow(*row).recordIndex};
-    command(environment, chooser, last, m_settings ? m_settings->autoDecode != 0 : false);
+    const bool decoding = m_settings && m_settings->autoDecode != 0;
+    command(environment, chooser, last, decoding);
     host.releaseAlgorithm();
+    if (decoding)
+        keepQuality();
     if (m_settings) {
         m_settings->lastBodyName = last.bodyName;
         m_settings->lastAlgName = last.algName;

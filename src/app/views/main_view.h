@@ -10,6 +10,7 @@
 // hands them the rows in the order it shows them, with its selection.
 #include "codec/main_list.h"
 #include "codec/results.h"
+#include "codec/row_quality.h"
 #include "plugins/algorithm_registry.h"
 #include "plugins/host_windows.h"
 #include "settings/firmware_export.h"
@@ -140,6 +141,11 @@ private:
     void storeSortSettings(int column, Qt::SortOrder order);
     void storeColumnScale();
     void applyColumnScale(float scale);
+    // The header's pop-up: which quality columns show.
+    void chooseQualityColumns(const QPoint& at);
+    void applyHiddenQualityColumns();
+    // Writes the measures a batch made, saying so when they cannot be kept.
+    void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
     void setBusy(bool busy);
@@ -169,6 +175,7 @@ private:
     std::vector<QAction*> m_contextActions;
 
     OriginalSizes m_originalSizes;
+    QualityFile m_quality; // the open project's measures, as the engine adds them
     // The panels ask codecs and waves once per refresh, not on every click.
     std::map<std::string, std::optional<AlgorithmFacts>> m_algorithmFacts;
     std::map<std::string, std::optional<WaveFacts>> m_waveFacts;

@@ -124,8 +124,29 @@ QVariant RecordTableModel::display(const ListRow& row, int column) const
         return text(record.compressionRate);
     case ListColumn::DecodeSize:
         return text(record.decodeSize);
+    case ListColumn::SegmentalSnr:
+    case ListColumn::MelDistance:
+    case ListColumn::DurationRatio:
+        if (const std::optional<double> value = qualityValue(record, column))
+            return QString::number(*value, 'f', 2);
+        return QString();
     }
     return {};
+}
+
+std::optional<double> RecordTableModel::qualityValue(const EditInfoRecord& record, int column) const
+{
+    if (!m_quality || record.decodeName.empty())
+        return std::nullopt;
+    const std::optional<QualityMeasures> measures = m_quality->find(record);
+    if (!measures)
+        return std::nullopt;
+    switch (static_cast<ListColumn>(column)) {
+    case ListColumn::SegmentalSnr: return measures->segmentalSnrDb;
+    case ListColumn::MelDistance: return measures->melDistanceDb;
+    case ListColumn::DurationRatio: return measures->durationRatio;
+    default: return std::nullopt;
+    }
 }
 
 QVariant RecordTableModel::sortValue(const ListRow& row, int rowIndex, int column) const
@@ -145,6 +166,8 @@ QVariant RecordTableModel::sortValue(const ListRow& row, int rowIndex, int colum
         case ListColumn::DecodeSize:
             return sortNumber(record.decodeSize);
         default:
+            if (const std::optional<double> value = qualityValue(record, column))
+                return *value;
             return {};
         }
     case SortKind::ListOrder:

@@ -1,10 +1,11 @@
 #pragma once
 // The main list as a Qt table model: one row per edit-info record of the open
-// project, eleven columns. The model holds the list's rows (a source item and
+// project, the eleven columns of its record and three of its decode's quality. The model holds the list's rows (a source item and
 // a record index each) and reads every cell from the record itself, so a
 // record changed by the engine shows its new values as soon as its row is
 // told to repaint; nothing is copied.
 #include "codec/main_list.h"
+#include "codec/row_quality.h"
 
 #include <QAbstractTableModel>
 
@@ -32,6 +33,9 @@ public:
     // the play column, and whether it is paused.
     void setPlayingCell(int row, int column, bool paused);
 
+    // Where the quality columns read their measures; none shows empty cells.
+    void setQuality(const QualityFile* quality) { m_quality = quality; }
+
     // Repaints every cell: after the engine or the rates changed records.
     void recordsChanged();
     void recordChanged(int row);
@@ -54,7 +58,10 @@ private:
     QVariant display(const ListRow& row, int column) const;
     QVariant sortValue(const ListRow& row, int rowIndex, int column) const;
 
+    std::optional<double> qualityValue(const EditInfoRecord& record, int column) const;
+
     MainList m_list;
+    const QualityFile* m_quality = nullptr;
     int m_playingRow = -1;
     int m_playingColumn = -1;
     bool m_playingPaused = false;
