@@ -46,6 +46,10 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                       "given again), in scratch projects that leave this one as it was, and reports per source "
                       "and setting the encode size, compression rate and quality; --csv FILE writes the same "
                       "table as CSV. --jobs N shares the settings out to N processes (default: the cores)."},
+    {"sweep", "As project sweep, for wave files given by path, with no project: each WAVE is encoded and "
+              "decoded at every bit rate that body B offers for each of its algorithms (or those named by "
+              "--algo), and the table reports per file and setting the encode size, compression rate and "
+              "quality. The workbench's bit-rate comparison runs it while its project stays open."},
     {"bodies", "Prints the body settings as JSON: the file FILE, or without it the file the program uses (the "
                "user's copy when there is one, else the one beside the program), named in \"file\"."},
     {"bodies set-volume", "Sets the current volume of the body BODY, within the body's limits, and writes it "

@@ -88,61 +88,59 @@ std::string csvField(const Json& value)
     return quotedText + "\"";
 }
 
-// Encodes and decodes the chosen sources at every bit rate the body offers for
-// each of its algorithms (or those named by --algo), in scratch projects that
-// leave the user's project as it was, and reports per source and setting the
-// encode size, compression rate and quality.
-Result projectSweep(Context& ctx)
-{
-    const std::optional<std::string> body = ctx.args.takeOption("--body");
+// What a sweep is asked: the body, its algorithms (all when none are named),
+// where the table goes and how many workers run.
+struct SweepRequest {
+    std::string body;
     std::vector<std::string> algorithms;
+    fs::path csv;
+    unsigned jobs = 1;
+};
+
+SweepRequest takeSweepOptions(Context& ctx)
+{
+    SweepRequest request;
+    const std::optional<std::string> body = ctx.args.takeOption("--body");
+    if (!body)
+        throw UsageError("--body B is required");
+    request.body = *body;
     while (const auto algorithm = ctx.args.takeOption("--algo"))
-        algorithms.push_back(*algorithm);
-    const std::optional<std::string> csv = ctx.args.takeOption("--csv");
-    const std::optional<std::string> jobsText = ctx.args.takeOption("--jobs");
-    const auto words = ctx.args.positionals();
-    if (words.empty() || !body)
-        throw UsageError("expected PROJECT.ptp and --body B");
-    const std::vector<std::string> ids(words.begin() + 1, words.end());
-    unsigned jobs = std::max(1u, std::thread::hardware_concurrency());
-    if (jobsText) {
+        request.algorithms.push_back(*algorithm);
+    if (const std::optional<std::string> csv = ctx.args.takeOption("--csv"))
+        request.csv = absolutePathArgument(*csv);
+    request.jobs = std::max(1u, std::thread::hardware_concurrency());
+    if (const std::optional<std::string> jobsText = ctx.args.takeOption("--jobs")) {
         if (jobsText->empty() || jobsText->size() > 3 || jobsText->find_first_not_of("0123456789") != std::string::npos ||
             std::stoul(*jobsText) == 0)
             throw UsageError("--jobs takes a number from 1: " + *jobsText);
-        jobs = unsigned(std::stoul(*jobsText));
+        request.jobs = unsigned(std::stoul(*jobsText));
     }
-    const fs::path csvPath = csv ? absolutePathArgument(*csv) : fs::path();
+    return request;
+}
 
+// Encodes and decodes `waves` at every bit rate the body offers for each of
+// the algorithms asked, in scratch projects of their own, and reports per
+// source and setting the encode size, compression rate and quality.
+Result sweepWaves(Context& ctx, const SweepRequest& request, const std::vector<fs::path>& waves, Result result)
+{
     BodySettings bodies;
     if (!bodies.load(ctx.bodySettingsFile, ctx.programFolder, ctx.port))
         return finishCommand(ctx, Result{false},
                              "the body settings file " + utf8FromPath(ctx.bodySettingsFile) + " cannot be read", {});
-    const BodyInfo* chosenBody = bodies.findBody(*body);
+    const BodyInfo* chosenBody = bodies.findBody(request.body);
     if (!chosenBody)
-        return finishCommand(ctx, Result{false}, "unknown body \"" + *body + "\"", {});
+        return finishCommand(ctx, Result{false}, "unknown body \"" + request.body + "\"", {});
+    const std::vector<std::string>& algorithms = request.algorithms;
     std::vector<Setting> settings;
     for (const BodyAlgoInfo& algorithm : chosenBody->algorithms)
         if (algorithms.empty() || std::find(algorithms.begin(), algorithms.end(), algorithm.name) != algorithms.end())
             for (const std::string& rate : algorithm.bitRates)
                 settings.push_back({algorithm.name, rate});
     if (settings.empty())
-        return finishCommand(ctx, Result{false}, "the body \"" + *body + "\" offers none of these algorithms", {});
-
-    std::string error;
-    std::vector<fs::path> waves;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        for (const ProjectItem* item : filesTreeOrder(session.document()))
-            if (item->isSource() && (ids.empty() || std::find(ids.begin(), ids.end(), item->id()) != ids.end()))
-                waves.push_back(session.filesFolder() / pathFromUtf8(item->id()));
-        if (waves.empty())
-            error = "no source file to sweep";
-        return waves.size() > 0;
-    });
-    result.fields.erase("files");
-    if (!error.empty() || !result.ok)
-        return finishCommand(ctx, std::move(result), error, {});
+        return finishCommand(ctx, Result{false}, "the body \"" + request.body + "\" offers none of these algorithms", {});
 
     // Every setting in a scratch project of its own; `jobs` workers take them in turn.
+    std::string error;
     const fs::path scratch = fs::temp_directory_path() / ("kestrelon-sweep-" + std::to_string(std::random_device{}()));
     std::vector<Share> shares(settings.size());
     for (std::size_t i = 0; i < settings.size(); ++i) {
@@ -152,10 +150,10 @@ Result projectSweep(Context& ctx)
     const fs::path cli = ctx.programFolder / pathFromUtf8("kestrelon-cli");
     std::atomic<std::size_t> next{0};
     std::vector<std::thread> workers;
-    for (unsigned j = 0; j < std::min<std::size_t>(jobs, shares.size()); ++j)
+    for (unsigned j = 0; j < std::min<std::size_t>(request.jobs, shares.size()); ++j)
         workers.emplace_back([&] {
             for (std::size_t i = next++; i < shares.size(); i = next++)
-                runShare(cli, ctx.bodySettingsFile, *body, waves, shares[i]);
+                runShare(cli, ctx.bodySettingsFile, request.body, waves, shares[i]);
         });
     for (std::thread& worker : workers)
         worker.join();
@@ -183,8 +181,9 @@ Result projectSweep(Context& ctx)
     }
     // Per source, then algorithm and bit rate as the body lists them.
     const auto place = [&](const Json& row) {
-        const auto source = std::find(waves.begin(), waves.end(),
-                                      waves.front().parent_path() / pathFromUtf8(row["fileName"].get<std::string>()));
+        const auto source = std::find_if(waves.begin(), waves.end(), [&](const fs::path& wave) {
+            return utf8FromPath(wave.filename()) == row["fileName"].get<std::string>();
+        });
         const auto setting = std::find_if(settings.begin(), settings.end(), [&](const Setting& s) {
             return s.algorithm == row["algorithm"] && s.bitRate == row["bitRate"];
         });
@@ -192,7 +191,7 @@ Result projectSweep(Context& ctx)
     };
     std::stable_sort(rows.begin(), rows.end(), [&](const Json& a, const Json& b) { return place(a) < place(b); });
 
-    if (!csvPath.empty()) {
+    if (!request.csv.empty()) {
         std::string text = "fileName,algorithm,bitRate,encodeSize,compressionRate,segmentalSnrDb,melDistanceDb,"
                            "durationRatio" + std::string(kNativeEol);
         for (const Json& row : rows) {
@@ -202,15 +201,56 @@ Result projectSweep(Context& ctx)
                 line += (line.empty() ? "" : ",") + csvField(row[key]);
             text += line + std::string(kNativeEol);
         }
-        if (!writeFileAtomically(csvPath, text))
-            error = utf8FromPath(csvPath) + " could not be written";
+        if (!writeFileAtomically(request.csv, text))
+            error = utf8FromPath(request.csv) + " could not be written";
     }
     result.ok = error.empty();
     result.fields["jobs"] = workers.size();
     result.fields["rows"] = std::move(rows);
     return finishCommand(ctx, std::move(result), error,
                          "swept " + std::to_string(waves.size()) + " source(s) at " + std::to_string(settings.size()) +
-                             " setting(s)" + (csvPath.empty() ? "" : "; table in " + utf8FromPath(csvPath)));
+                             " setting(s)" + (request.csv.empty() ? "" : "; table in " + utf8FromPath(request.csv)));
+}
+
+// The project's sources given by ID (every source by default), swept in
+// scratch projects that leave the user's project as it was.
+Result projectSweep(Context& ctx)
+{
+    const SweepRequest request = takeSweepOptions(ctx);
+    const auto words = ctx.args.positionals();
+    if (words.empty())
+        throw UsageError("expected PROJECT.ptp");
+    const std::vector<std::string> ids(words.begin() + 1, words.end());
+    std::string error;
+    std::vector<fs::path> waves;
+    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
+        for (const ProjectItem* item : filesTreeOrder(session.document()))
+            if (item->isSource() && (ids.empty() || std::find(ids.begin(), ids.end(), item->id()) != ids.end()))
+                waves.push_back(session.filesFolder() / pathFromUtf8(item->id()));
+        if (waves.empty())
+            error = "no source file to sweep";
+        return waves.size() > 0;
+    });
+    result.fields.erase("files");
+    if (!error.empty() || !result.ok)
+        return finishCommand(ctx, std::move(result), error, {});
+    return sweepWaves(ctx, request, waves, std::move(result));
+}
+
+// Wave files swept as they are, with no project: what the workbench's
+// comparison runs while its project stays open.
+Result wavesSweep(Context& ctx)
+{
+    const SweepRequest request = takeSweepOptions(ctx);
+    std::vector<fs::path> waves;
+    for (const std::string& word : ctx.args.positionals())
+        waves.push_back(absolutePathArgument(word));
+    if (waves.empty())
+        throw UsageError("expected WAVE...");
+    for (const fs::path& wave : waves)
+        if (!isRegularFile(wave))
+            return finishCommand(ctx, Result{false}, utf8FromPath(wave) + " does not exist", {});
+    return sweepWaves(ctx, request, waves, Result{true});
 }
 
 } // namespace
@@ -220,6 +260,7 @@ void addSweepCommands(std::vector<CommandSpec>& table)
     table.push_back({{"project", "sweep"},
                      "project sweep PROJECT.ptp --body B [--algo A ...] [--csv FILE] [--jobs N] [ID...]",
                      &projectSweep, false});
+    table.push_back({{"sweep"}, "sweep --body B [--algo A ...] [--csv FILE] [--jobs N] WAVE...", &wavesSweep, false});
 }
 
 } // namespace kestrelon::cli

@@ -202,4 +202,12 @@ TEST_F(EncodeCommandsTest, ASweepMeasuresEveryRateWithoutTouchingTheProject)
                         0),
               0u)
         << csv;
+
+    // The same wave swept by path, with no project (as the workbench sweeps
+    // while it holds the project), gives the same table.
+    const Run byPath = run({"sweep", "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--algo", "MuLaw",
+                            (folder() / "Files" / "hts1a.wav").string()});
+    ASSERT_EQ(byPath.exitCode, 0) << byPath.err;
+    EXPECT_EQ(byPath.answer["rows"], rows);
+    EXPECT_EQ(run({"sweep", "--body", "KS-1 Voice", (folder() / "none.wav").string()}).exitCode, 1);
 }
