@@ -73,6 +73,8 @@ constexpr std::array kExtraTable = {
     CommandRow{kPause, "Pa&use", "W", Upd::Yes, "Pause"},
     CommandRow{kPlayLooped, "Play &Looped", "E", Upd::Yes, "Play repeatedly"},
     CommandRow{kPlaySentence, "Play Sentence", "M", Upd::Yes, "Play the play list as a sentence"},
+    CommandRow{kCompareBitRates, "Compare &Bit Rates...", "", Upd::Yes,
+               "Weigh the size of the selected sources against their quality at every bit rate"},
 };
 
 bool isToggle(int id)
@@ -180,6 +182,7 @@ bool commandEnabled(int id, const FrameState& s)
     case kClear:
         return projectIdle && s.listHasSelection;
     case kDuplicate:
+    case kCompareBitRates:
         return projectIdle && s.listHasSelection && s.bodiesLoaded;
     case kEncodeInfo:
     case kShowWaveform:

@@ -73,6 +73,7 @@ inline constexpr int kStop = 33002;
 inline constexpr int kPause = 33003;
 inline constexpr int kPlayLooped = 33004;
 inline constexpr int kPlaySentence = 33005;
+inline constexpr int kCompareBitRates = 33006;
 } // namespace cmd
 
 // Whether a command has an enabling rule of its own ("Upd"): Yes, No (always

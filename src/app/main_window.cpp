@@ -1,5 +1,6 @@
 #include "app/main_window.h"
 #include "app/caps_lock.h"
+#include "app/compare/compare_rates_dialog.h"
 
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/body_information_dialog.h"
@@ -111,6 +112,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);
     // A batch started from the list holds Save, Close and the other commands until it ends.
     connect(m_view, &MainView::busyChanged, this, &MainWindow::updateCommands);
+    connect(m_view, &MainView::compareBitRatesRequested, this, [this] { runCommand(cmd::kCompareBitRates); });
     connect(m_view, &MainView::rowsChanged, this, [this] {
         updateTitle();
         updateCommands();
@@ -199,7 +201,8 @@ void MainWindow::createMenus()
                kShowWaveform, 0, kShowConfigurationUpdateOnly});
 
     QMenu* act = menuBar()->addMenu(QStringLiteral("&Action"));
-    add(act, {kAddEncodeData, kEncode, kDecode, 0, kSelectAllRows, kDeleteRows, kDeleteAllRows, kClear, kDuplicate, 0, kPc,
+    add(act, {kAddEncodeData, kEncode, kDecode, 0, kSelectAllRows, kDeleteRows, kDeleteAllRows, kClear, kDuplicate,
+              kCompareBitRates, 0, kPc,
               kTargetBoard, kPlay, kStop, kPause, kPlayLooped, kPlaySentence, 0, kExportSelected, 0, kDllSetting,
               kAutoDecode, kExternalEditor});
 
@@ -433,6 +436,7 @@ void MainWindow::runCommand(int id)
         case kSplitterBarKey: onSplitterBar(); break;
         case kShowWaveform: onShowWaveform(); break;
         case kPlaySentence: onPlaySentence(); break;
+        case kCompareBitRates: onCompareBitRates(); break;
         case kAutoDecode: onAutoDecode(); break;
         case kRefreshKey: refreshViews(); break;
         case kExit: close(); break;
@@ -647,6 +651,28 @@ void MainWindow::onExternalEditor()
     updateCommands();
     runExternalEditor(editor, m_tree->sourcePath(*source), this);
     m_editorRunning = false;
+}
+
+void MainWindow::onCompareBitRates()
+{
+    const std::vector<ProjectItem*> sources = m_view->selectedSources();
+    if (!m_bodies || sources.empty())
+        return;
+    std::vector<fs::path> waves;
+    for (const ProjectItem* source : sources)
+        waves.push_back(m_session.filesFolder() / pathFromUtf8(source->id()));
+    // The body the user works with: the current row's, else the first there is.
+    const std::optional<ListRow> current = m_view->currentListRow();
+    std::string body = current ? current->record().bodyName : std::string();
+    if (!m_bodies->findBody(body) && !m_bodies->bodies().empty())
+        body = m_bodies->bodies().front().name;
+    CompareRatesDialog dialog(
+        {m_bodies->bodies(), body, std::move(waves), m_options.programFolder / "kestrelon-cli", m_options.bodySettingsFile},
+        [this, &sources](const std::string& chosenBody, const std::string& algorithm, const std::string& rate) {
+            m_view->addEncodeRows(sources, chosenBody, algorithm, rate);
+        },
+        *m_port, this);
+    dialog.exec();
 }
 
 void MainWindow::onShowWaveform()

@@ -122,6 +122,7 @@ public slots:
     void onExternalEditor();
     void onSplitterBar();
     void onShowWaveform();
+    void onCompareBitRates();
     void onPlaySentence();
     void closeWaveWindows();
     void onAutoDecode();

@@ -206,6 +206,7 @@ void MainView::buildContextMenu()
     add(tr("&Decode"), &MainView::decodeSelected, selection);
     add(tr("Duplicate"), &MainView::duplicateSelected, [this, selection] { return selection() && m_bodies; });
     add(tr("Clear"), &MainView::clearSelected, selection);
+    add(tr("Compare &Bit Rates..."), &MainView::compareBitRatesRequested, [this, selection] { return selection() && m_bodies; });
     m_menu->addSeparator();
     add(tr("E&xport"), &MainView::exportSelected, selection);
     add(tr("&Property"), &MainView::showProperty, current);
@@ -644,7 +645,31 @@ void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)
     });
 }
 
-void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
+std::vector<ProjectItem*> MainView::selectedSources() const
+{
+    std::vector<ProjectItem*> sources;
+    const MainList shown = shownList();
+    for (std::size_t row = 0; row < shown.size(); ++row) {
+        ProjectItem* source = shown.rows()[row].source;
+        if (shown.isSelected(row) && std::find(sources.begin(), sources.end(), source) == sources.end())
+            sources.push_back(source);
+    }
+    return sources;
+}
+
+void MainView::addEncodeRows(const std::vector<ProjectItem*>& sources, const std::string& body,
+                             const std::string& algorithm, const std::string& bitRate)
+{
+    if (!readyForCommand() || !m_bodies || !m_registry || sources.empty())
+        return;
+    FixedEncodeSetting fixed(body, algorithm, bitRate);
+    runWithEncodeSetting(
+        [&sources](const EngineEnvironment& environment, EncodeSettingChooser& chooser, LastEncodeSetting& last,
+                   bool autoDecode) { kestrelon::addEncodeData(environment, sources, chooser, last, autoDecode); },
+        &fixed);
+}
+
+void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeSettingChooser* fixed)
 {
     LastEncodeSetting last;
     if (m_settings)
@@ -654,7 +679,8 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command)
     MainHostWindow window;
     CodecHost host(m_programFolder, port, window);
     const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder, &m_quality};
-    EncodeSettingDialogChooser chooser(m_bodies->bodies(), this);
+    EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
+    EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;
     // These commands only add records or change them in place, so the rows
     // selected before are still there afterwards, at the same place in
     // their source; the user keeps working on them.

@@ -109,6 +109,10 @@ public slots:
     void duplicateSelected();
     // "Show configuration": what the current row's codec says of itself.
     void showConfiguration();
+    // A row of each source at the given setting, encoded (and decoded, when
+    // automatic decoding is on) as Add Encode Data would, without asking.
+    void addEncodeRows(const std::vector<kestrelon::ProjectItem*>& sources, const std::string& body,
+                       const std::string& algorithm, const std::string& bitRate);
     // The same for the project's algorithm `name` (the Algorithms tree).
     void showAlgorithmConfiguration(const std::string& name);
 
@@ -116,9 +120,13 @@ public slots:
     // the play cell that shows the state (idle clears it).
     static std::string rowKey(const ListRow& row);
     std::optional<ListRow> currentListRow() const;
+    // The sources of the selected rows, each once, in the list's order.
+    std::vector<ProjectItem*> selectedSources() const;
     void showPlaying(const std::string& rowKey, int column, bool paused);
 
 signals:
+    // "Compare Bit Rates..." was chosen from the list's pop-up menu.
+    void compareBitRatesRequested();
     // A play cell with something to play was clicked: the row and its column.
     void playCellClicked(const kestrelon::ListRow& row, int column);
     // The selection or the current row changed: commands may change state.
@@ -136,7 +144,8 @@ private:
     // Data, Duplicate) with the kept choice, then keeps the new one.
     using EncodeSettingCommand =
         std::function<void(const EngineEnvironment&, EncodeSettingChooser&, LastEncodeSetting&, bool autoDecode)>;
-    void runWithEncodeSetting(const EncodeSettingCommand& command);
+    // A `fixed` choice stands in for the dialog.
+    void runWithEncodeSetting(const EncodeSettingCommand& command, EncodeSettingChooser* fixed = nullptr);
     void applyListSettings();
     void storeSortSettings(int column, Qt::SortOrder order);
     void storeColumnScale();
