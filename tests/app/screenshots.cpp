@@ -1,5 +1,6 @@
 // Not a test: draws the workbench's windows into PNG files so a person can
 // look at them. app_screenshots OUTDIR PROJECT.ptp
+#include "app/compare/compare_rates_dialog.h"
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/new_project_dialog.h"
 #include "app/dialogs/splitter_bar_dialog.h"
@@ -23,10 +24,14 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QTabWidget>
 #include <QPixmap>
+
+#include <chrono>
+#include <thread>
 
 #include <iostream>
 
@@ -92,7 +97,8 @@ int main(int argc, char** argv)
     const QString out = QString::fromLocal8Bit(argv[1]);
     RecordingPort port([](std::string_view, Buttons, std::string_view) { return Answer::Cancel; });
     FrameOptions options;
-    options.programFolder = argc > 3 ? std::filesystem::path(argv[3]) : executableFolder();
+    // Absolute: opening a project moves the working folder.
+    options.programFolder = argc > 3 ? std::filesystem::absolute(argv[3]) : executableFolder();
     options.configFolder = std::filesystem::path(argv[1]) / "config";
     options.bodySettingsFile = options.programFolder / std::string(kBodySettingsFileName);
     options.port = &port;
@@ -196,6 +202,23 @@ int main(int argc, char** argv)
         QApplication::processEvents();
         save(&sentence, out, QStringLiteral("25-play-sentence.png"));
     }
+
+    // Compare Bit Rates on two sources after a real sweep, a point chosen.
+    selectRows(frame, {0, 3});
+    QTimer::singleShot(0, [&] {
+        auto* compare = qobject_cast<CompareRatesDialog*>(QApplication::activeModalWidget());
+        if (!compare) return;
+        compare->compare();
+        while (compare->running()) {
+            QApplication::processEvents();
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        compare->table()->setCurrentCell(2, 0);
+        QApplication::processEvents();
+        save(compare, out, QStringLiteral("26-compare-bit-rates.png"));
+        compare->reject();
+    });
+    frame.runCommand(cmd::kCompareBitRates);
 
     // The progress window while a batch runs.
     selectRows(frame, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});

@@ -133,7 +133,7 @@ CompareRatesDialog::CompareRatesDialog(Setup setup, AddRow addRow, UserPort& por
     layout->addLayout(show);
     layout->addLayout(results, 1);
     layout->addWidget(buttons);
-    resize(1000, 520);
+    resize(1100, 560);
 }
 
 CompareRatesDialog::~CompareRatesDialog()
@@ -283,6 +283,7 @@ void CompareRatesDialog::showCurves(std::vector<RateCurve> curves)
             }
         }
     m_following = false;
+    m_table->resizeColumnsToContents();
     m_chart->setCurves(std::move(curves));
     m_add->setEnabled(false);
 }

@@ -20,6 +20,13 @@ QColor curveColor(std::size_t curve)
     return kCurveColors[curve % std::size(kCurveColors)];
 }
 
+// Sizes run from a few hundred bytes (parametric codecs) to hundreds of
+// kilobytes (PCM): across, each power of ten takes the same room.
+double logOf(double kilobytes)
+{
+    return std::log10(std::max(kilobytes, 1e-3));
+}
+
 // A step of 1, 2 or 5 times a power of ten that cuts `span` into about five.
 double tickStep(double span)
 {
@@ -88,7 +95,9 @@ RateChart::Ranges RateChart::ranges() const
             const std::optional<double> v = value(point);
             if (!v)
                 continue;
-            r.xMax = std::max(r.xMax, double(point.totalBytes) / 1000);
+            const double kb = double(point.totalBytes) / 1000;
+            r.xMin = any ? std::min(r.xMin, kb) : kb;
+            r.xMax = any ? std::max(r.xMax, kb) : kb;
             r.yMin = any ? std::min(r.yMin, *v) : *v;
             r.yMax = any ? std::max(r.yMax, *v) : *v;
             any = true;
@@ -97,7 +106,9 @@ RateChart::Ranges RateChart::ranges() const
     const double pad = std::max(0.5, (r.yMax - r.yMin) * 0.08);
     r.yMin = std::min(0.0, r.yMin - pad);
     r.yMax += pad;
-    r.xMax *= 1.08;
+    // Whole powers of ten at both ends, so the decades read at a glance.
+    r.xMin = std::pow(10.0, std::floor(logOf(r.xMin)));
+    r.xMax = std::pow(10.0, std::max(std::ceil(logOf(r.xMax)), logOf(r.xMin) + 1));
     return r;
 }
 
@@ -111,7 +122,8 @@ std::optional<QPointF> RateChart::pointPosition(std::size_t curve, std::size_t p
         return std::nullopt;
     const QRectF area = plotArea();
     const Ranges r = ranges();
-    return QPointF(area.left() + area.width() * (double(p.totalBytes) / 1000) / r.xMax,
+    const double across = (logOf(double(p.totalBytes) / 1000) - logOf(r.xMin)) / (logOf(r.xMax) - logOf(r.xMin));
+    return QPointF(area.left() + area.width() * across,
                    area.bottom() - area.height() * (*v - r.yMin) / (r.yMax - r.yMin));
 }
 
@@ -126,15 +138,19 @@ void RateChart::paintEvent(QPaintEvent*)
 
     // Grid, ticks and the axes' names.
     painter.setFont(font());
-    const double xStep = tickStep(r.xMax);
-    for (double x = 0; x <= r.xMax + 1e-9; x += xStep) {
-        const double at = area.left() + area.width() * x / r.xMax;
-        painter.setPen(QPen(grid, 0, Qt::DotLine));
-        painter.drawLine(QPointF(at, area.top()), QPointF(at, area.bottom()));
-        painter.setPen(ink);
-        painter.drawText(QRectF(at - 40, area.bottom() + 4, 80, 16), Qt::AlignHCenter | Qt::AlignTop,
-                         QString::number(x, 'g', 6));
-    }
+    for (double decade = r.xMin; decade <= r.xMax * 1.0001; decade *= 10)
+        for (const double factor : {1.0, 2.0, 5.0}) {
+            const double x = decade * factor;
+            if (x > r.xMax * 1.0001)
+                break;
+            const double at =
+                area.left() + area.width() * (logOf(x) - logOf(r.xMin)) / (logOf(r.xMax) - logOf(r.xMin));
+            painter.setPen(QPen(grid, 0, factor == 1.0 ? Qt::DashLine : Qt::DotLine));
+            painter.drawLine(QPointF(at, area.top()), QPointF(at, area.bottom()));
+            painter.setPen(ink);
+            painter.drawText(QRectF(at - 40, area.bottom() + 4, 80, 16), Qt::AlignHCenter | Qt::AlignTop,
+                             QString::number(x, 'g', 6));
+        }
     const double yStep = tickStep(r.yMax - r.yMin);
     for (double y = std::ceil(r.yMin / yStep) * yStep; y <= r.yMax + 1e-9; y += yStep) {
         const double at = area.bottom() - area.height() * (y - r.yMin) / (r.yMax - r.yMin);
@@ -147,7 +163,7 @@ void RateChart::paintEvent(QPaintEvent*)
     painter.setPen(ink);
     painter.drawRect(area);
     painter.drawText(QRectF(area.left(), area.bottom() + 22, area.width(), 18), Qt::AlignHCenter,
-                     tr("Encoded size of the chosen sources (kB)"));
+                     tr("Encoded size of the chosen sources (kB, logarithmic)"));
     painter.save();
     painter.translate(12, area.center().y());
     painter.rotate(-90);
@@ -160,11 +176,13 @@ void RateChart::paintEvent(QPaintEvent*)
     for (std::size_t c = 0; c < m_curves.size(); ++c) {
         const QColor color = curveColor(c);
         QPainterPath path;
+        bool started = false;
         for (std::size_t p = 0; p < m_curves[c].points.size(); ++p) {
             const std::optional<QPointF> at = pointPosition(c, p);
             if (!at)
                 continue;
-            path.isEmpty() ? path.moveTo(*at) : path.lineTo(*at);
+            started ? path.lineTo(*at) : path.moveTo(*at);
+            started = true;
         }
         painter.setPen(QPen(color, 2));
         painter.setBrush(Qt::NoBrush);
@@ -173,7 +191,8 @@ void RateChart::paintEvent(QPaintEvent*)
         for (std::size_t p = 0; p < m_curves[c].points.size(); ++p)
             if (const std::optional<QPointF> at = pointPosition(c, p))
                 painter.drawEllipse(*at, 4, 4);
-        const QPointF legend(area.right() - 150, area.top() + 10 + 18 * double(c));
+        // Bottom right: large and poor is where no setting worth having lies.
+        const QPointF legend(area.right() - 110, area.bottom() - 12 - 18 * double(m_curves.size() - 1 - c));
         painter.drawEllipse(legend, 4, 4);
         painter.setPen(ink);
         painter.drawText(legend + QPointF(10, 5), QString::fromStdString(m_curves[c].algorithm));

@@ -39,7 +39,7 @@ private:
     QRectF plotArea() const;
     // The axes' ranges over every point that has a value.
     struct Ranges {
-        double xMax = 1, yMin = 0, yMax = 1;
+        double xMin = 0.1, xMax = 1, yMin = 0, yMax = 1; // kB across, the metric up
     };
     Ranges ranges() const;
 
