@@ -157,23 +157,26 @@ QualityMeasures measureQuality(const std::vector<std::int16_t>& source, int sour
     QualityMeasures measures;
     if (sourceRate <= 0 || decodedRate <= 0)
         return measures;
-    const std::vector<std::int16_t> reference =
-        sourceRate == decodedRate ? source : resample(source, sourceRate, decodedRate);
-    measures.segmentalSnrDb = segmentalSnrDb(reference, decoded);
+    // Heard at the source's rate: what a lower rate cannot carry counts as lost.
+    const std::vector<std::int16_t>& reference = source;
+    const std::vector<std::int16_t> heard =
+        decodedRate == sourceRate ? decoded : resample(decoded, decodedRate, sourceRate);
+    const int rate = sourceRate;
+    measures.segmentalSnrDb = segmentalSnrDb(reference, heard);
     measures.durationRatio = source.empty() ? 0.0
                                             : (double(decoded.size()) / decodedRate) / (double(source.size()) / sourceRate);
     const auto head = [&](const std::vector<std::int16_t>& signal) {
-        const std::size_t count = std::min(signal.size(), std::size_t(decodedRate * kAlignOverSeconds));
+        const std::size_t count = std::min(signal.size(), std::size_t(rate * kAlignOverSeconds));
         return std::vector<std::int16_t>(signal.begin(), signal.begin() + std::ptrdiff_t(count));
     };
-    measures.lagSamples = bestLag(head(reference), head(decoded), int(std::lround(decodedRate * kAlignSeconds)));
+    measures.lagSamples = bestLag(head(reference), head(heard), int(std::lround(rate * kAlignSeconds)));
     std::vector<std::int16_t> aligned(reference.size(), 0);
     for (std::size_t n = 0; n < aligned.size(); ++n) {
         const long long m = static_cast<long long>(n) + measures.lagSamples;
-        if (m >= 0 && m < static_cast<long long>(decoded.size()))
-            aligned[n] = decoded[std::size_t(m)];
+        if (m >= 0 && m < static_cast<long long>(heard.size()))
+            aligned[n] = heard[std::size_t(m)];
     }
-    measures.melDistanceDb = melSpectralDistanceDb(reference, aligned, decodedRate);
+    measures.melDistanceDb = melSpectralDistanceDb(reference, aligned, rate);
     return measures;
 }
 

@@ -35,9 +35,10 @@ struct QualityMeasures {
     int lagSamples = 0;       // the alignment removed before the spectral distance
 };
 
-// Measures a decode against its source. The source is first brought to the
-// decode's rate with the codecs' own resampler, as the encoder did. Alignment
-// looks up to 50 ms either way.
+// Measures a decode against its source, as a listener would hear it next to
+// the original: a decode at another rate is first brought to the source's
+// rate (with the codecs' own resampler), so the bandwidth a lower rate cannot
+// carry counts as lost. Alignment looks up to 50 ms either way.
 QualityMeasures measureQuality(const std::vector<std::int16_t>& source, int sourceRate,
                                const std::vector<std::int16_t>& decoded, int decodedRate);
 
