@@ -34,6 +34,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTimer>
+#include <QStandardPaths>
 #include <QToolBar>
 #include <QTreeView>
 #include <QUrl>
@@ -126,6 +127,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_playing->setPlayMode(m_settings.playMode);
     connect(m_playing, &PlayCommands::stateChanged, this, &MainWindow::updateCommands);
     resize(1000, 700);
+    restoreLayout();
     sessionChanged();
 }
 
@@ -153,6 +155,22 @@ void MainWindow::loadSettings()
     if (!m_settings.load(m_options.configFolder))
         QTimer::singleShot(0, this, [this] { m_port->showMessage(msg::kSettingsUnreadable); });
     m_recent = RecentProjects(m_settings.recentProjects);
+}
+
+void MainWindow::restoreLayout()
+{
+    // Whatever the settings hold, a window that would not fit any screen now
+    // is brought back by Qt itself.
+    if (!m_settings.windowGeometry.empty())
+        restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(m_settings.windowGeometry)));
+    if (!m_settings.windowLayout.empty())
+        restoreState(QByteArray::fromBase64(QByteArray::fromStdString(m_settings.windowLayout)));
+}
+
+void MainWindow::keepLayout()
+{
+    m_settings.windowGeometry = saveGeometry().toBase64().toStdString();
+    m_settings.windowLayout = saveState().toBase64().toStdString();
 }
 
 void MainWindow::saveSettings()
@@ -314,6 +332,8 @@ FrameState MainWindow::frameState() const
 
 void MainWindow::updateCommands()
 {
+    // Every command and view change passes here: the title's mark follows.
+    updateTitle();
     m_commands->update(frameState());
     if (m_playing) {
         action(cmd::kPc)->setChecked(m_playing->playMode() == 0);
@@ -335,9 +355,12 @@ void MainWindow::updateTitle()
     const QString program = QString::fromUtf8(kProgramTitle.data(), qsizetype(kProgramTitle.size()));
     if (!m_session.isOpen()) {
         setWindowTitle(program);
+        setWindowModified(false);
         return;
     }
-    setWindowTitle(qtPath(m_session.projectFile().filename()) + QStringLiteral(" - ") + program);
+    // "[*]" is where Qt shows the unsaved-changes mark, as every desktop expects.
+    setWindowTitle(qtPath(m_session.projectFile().filename()) + QStringLiteral("[*] - ") + program);
+    setWindowModified(m_session.document().isModified());
 }
 
 void MainWindow::updateRecentMenu()
@@ -399,7 +422,10 @@ fs::path MainWindow::startFolder(const std::string& remembered) const
     const fs::path folder = pathFromUtf8(remembered);
     if (!remembered.empty() && fs::is_directory(folder, ec)) return folder;
     if (m_session.isOpen()) return m_session.projectFolder();
-    return m_options.programFolder;
+    // Never the program's own folder: a user's projects belong with their documents.
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!documents.isEmpty() && fs::is_directory(stdPath(documents), ec)) return stdPath(documents);
+    return stdPath(QDir::homePath());
 }
 
 // ---- Commands
@@ -731,6 +757,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
+    keepLayout();
     sessionChanged();
     event->accept();
 }

@@ -141,6 +141,9 @@ private:
     void createWorkspace();
     void loadSettings();
     void saveSettings();
+    // The frame's size, place, toolbars and docks, as the settings keep them.
+    void restoreLayout();
+    void keepLayout();
     void treeChanged();
     void updateTitle();
     void updateRecentMenu();

@@ -126,6 +126,8 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
     readText(*settings, names::kLastSection, names::kProjectPath, loaded.lastProjectPath);
     readText(*settings, names::kLastSection, names::kFilePath, loaded.lastFilePath);
     readText(*settings, names::kLastSection, names::kExternalEditor, loaded.externalEditor);
+    readText(*settings, names::kWindowSection, names::kGeometry, loaded.windowGeometry);
+    readText(*settings, names::kWindowSection, names::kLayout, loaded.windowLayout);
     for (int port = 0; port < kBoardPorts; ++port)
         readText(*settings, names::kBoardSection, std::string(names::kBoardPortPrefix) + std::to_string(port),
                  loaded.boardPorts[std::size_t(port)]);
@@ -167,6 +169,8 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     settings->setValue(keyOf(names::kLastSection, names::kProjectPath), qText(lastProjectPath));
     settings->setValue(keyOf(names::kLastSection, names::kFilePath), qText(lastFilePath));
     settings->setValue(keyOf(names::kLastSection, names::kExternalEditor), qText(externalEditor));
+    settings->setValue(keyOf(names::kWindowSection, names::kGeometry), qText(windowGeometry));
+    settings->setValue(keyOf(names::kWindowSection, names::kLayout), qText(windowLayout));
     for (int port = 0; port < kBoardPorts; ++port) {
         const QString key = keyOf(names::kBoardSection, std::string(names::kBoardPortPrefix) + std::to_string(port));
         if (boardPorts[std::size_t(port)].empty())

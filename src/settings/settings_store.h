@@ -42,6 +42,10 @@ inline constexpr std::string_view kFilePath = "FilePath";
 // The external sound editor chosen in the "DLL Setting" dialog.
 inline constexpr std::string_view kExternalEditor = "ExternalEditor";
 inline constexpr std::string_view kRecentSection = "Recent Project File List";
+// Where the frame, its toolbars and its docks were, as Qt describes them (base64).
+inline constexpr std::string_view kWindowSection = "Window";
+inline constexpr std::string_view kGeometry = "Geometry";
+inline constexpr std::string_view kLayout = "Layout";
 // The serial device of each board port: Board/Port0, Board/Port1...
 inline constexpr std::string_view kBoardSection = "Board";
 inline constexpr std::string_view kBoardPortPrefix = "Port";
@@ -68,6 +72,8 @@ struct SettingsStore {
     std::string externalEditor; // full path of the editor program; empty when none chosen
     std::vector<std::string> recentProjects; // most recent first, at most 5
     std::array<std::string, kBoardPorts> boardPorts; // the device chosen for each board port; empty: the default
+    std::string windowGeometry; // base64 of the frame's saved geometry; empty: the default size
+    std::string windowLayout;   // base64 of its toolbars' and docks' saved state
 
     // Every value found replaces the one held; a missing value keeps it. A
     // missing or empty "Multiple" gives exactly 1.0. Fails, changing nothing,

@@ -70,7 +70,10 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     ASSERT_TRUE(m_frame->session().isOpen());
     const fs::path project = m_dir / "Demo" / "Demo.ptp";
     EXPECT_EQ(filesTree(*m_frame), std::vector<std::string>{"Demo"});
-    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Demo.ptp - Kestrelon"));
+    // The title carries the unsaved-changes mark where Qt shows it.
+    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("Demo.ptp[*] - Kestrelon"));
+    const bool modifiedWhenNew = m_frame->session().document().isModified();
+    EXPECT_EQ(m_frame->isWindowModified(), modifiedWhenNew);
 
     // Nothing selected: nowhere to add to.
     m_frame->updateCommands();
@@ -92,6 +95,7 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
 
     const std::vector<std::string> tree{"Demo", "  Greetings", "    hts1a.wav", "    hts2a.wav", "  cross.wav"};
     EXPECT_EQ(filesTree(*m_frame), tree);
+    EXPECT_TRUE(m_frame->isWindowModified());
 
     // Clicks in the view reach the selection: two files picked with the
     // view's own multi-select.
@@ -127,6 +131,38 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     m_frame->updateCommands();
     m_frame->runCommand(cmd::kRecentFirst);
     EXPECT_EQ(m_port.texts().back(), msg::kProjectIsOpen);
+}
+
+// The frame comes back at the size the user left it, with the Workspace
+// closed when it was closed.
+TEST_F(FrameSession, TheWindowsSizeAndDocksComeBackAtTheNextStart)
+{
+    m_frame->show();
+    m_frame->resize(820, 610);
+    m_frame->action(cmd::kWorkspace)->trigger(); // the menu entry, unticked: hides it
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(m_frame->workspaceBar()->isHidden());
+    EXPECT_TRUE(m_frame->close());
+    m_frame.reset();
+
+    FrameOptions options;
+    options.programFolder = m_dir / "program";
+    options.configFolder = m_dir / "config";
+    options.port = &m_port;
+    options.chooser = &m_chooser;
+    m_frame = std::make_unique<MainWindow>(options);
+    EXPECT_EQ(m_frame->size(), QSize(820, 610));
+    EXPECT_TRUE(m_frame->workspaceBar()->isHidden());
+    EXPECT_FALSE(m_frame->action(cmd::kWorkspace)->isChecked());
+
+    // With the Workspace back, the frame still goes down to 800 pixels.
+    m_frame->show();
+    m_frame->action(cmd::kWorkspace)->trigger();
+    m_frame->resize(800, 600);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(m_frame->workspaceBar()->isHidden());
+    EXPECT_EQ(m_frame->width(), 800);
+    EXPECT_TRUE(m_port.texts().empty());
 }
 
 } // namespace

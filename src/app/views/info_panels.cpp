@@ -31,7 +31,10 @@ InfoPanels::InfoPanels(QWidget* parent) : QWidget(parent)
         for (const auto& [field, label] : rows) {
             auto* value = new QLabel(group);
             value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-            value->setMinimumWidth(120);
+            // A long name must not hold the window wide: the text is cut at
+            // the panel's edge and shows whole in the tool tip.
+            value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+            value->setMinimumWidth(60);
             m_values[field] = value;
             auto* caption = new QLabel(tr(label), group);
             form->addRow(caption, value);
