@@ -114,6 +114,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     // A batch started from the list holds Save, Close and the other commands until it ends.
     connect(m_view, &MainView::busyChanged, this, &MainWindow::updateCommands);
     connect(m_view, &MainView::compareBitRatesRequested, this, [this] { runCommand(cmd::kCompareBitRates); });
+    connect(m_view, &MainView::finished, this, [this](const QString& what) { statusBar()->showMessage(what); });
     connect(m_view, &MainView::rowsChanged, this, [this] {
         updateTitle();
         updateCommands();
@@ -527,7 +528,8 @@ bool MainWindow::openProject(const fs::path& file)
 
 void MainWindow::onSaveProject()
 {
-    m_session.saveProject();
+    if (m_session.saveProject())
+        statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
     updateTitle();
 }
 
@@ -535,7 +537,9 @@ void MainWindow::onSaveProjectAs()
 {
     const auto chosen = m_chooser->projectToSave(startFolder(m_settings.lastProjectPath));
     if (!chosen) return;
-    if (m_session.saveProjectAs(*chosen)) sessionChanged();
+    if (!m_session.saveProjectAs(*chosen)) return;
+    sessionChanged();
+    statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
 }
 
 void MainWindow::onCloseProject()

@@ -224,6 +224,10 @@ inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopy
 // The quality measures kept beside the project, after the file's path.
 inline constexpr std::string_view kQualityNotWritten = " could not be written: the quality measures were not kept !";
 
+// Clear: a row's results go, so it asks first.
+inline constexpr std::string_view kClearQuestion =
+    "Clear the encode and decode results of the selected item(s)?\nThey can be made again by encoding.";
+
 // Encode Info
 inline constexpr std::string_view kRowNotEncoded = "This item has not been encoded yet !";
 

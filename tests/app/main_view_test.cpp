@@ -243,8 +243,14 @@ TEST_F(ViewTest, EncodeInfoReadsTheEncodedFileAndClearEmptiesTheRowsResults)
     EXPECT_EQ(speech, "100 byte");
     EXPECT_TRUE(port.texts().empty());
 
+    // Clear asks first: No keeps the results.
     selectShownRows(view, {0, 1});
+    port.queue(Answer::No);
     view.clearSelected();
+    EXPECT_EQ(cell(view, 0, ListColumn::EncodeSize), "148");
+    port.queue(Answer::Yes);
+    view.clearSelected();
+    EXPECT_EQ(port.texts(), std::vector<std::string>(2, std::string(msg::kClearQuestion)));
     EXPECT_EQ(cell(view, 0, ListColumn::EncodeSize), "");
     EXPECT_EQ(view.panels()->text(InfoPanels::EncodeSize), "");
     EXPECT_TRUE(fs::exists(project / "SAF1.tmp")); // the saved project still names it
@@ -333,6 +339,9 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
     // The frame hears when the batch starts and ends.
     std::vector<bool> busy;
     QObject::connect(&view, &MainView::busyChanged, [&] { busy.push_back(session.busy()); });
+    // What the status bar is told after each batch.
+    QStringList said;
+    QObject::connect(&view, &MainView::finished, [&](const QString& what) { said << what; });
     // Pressed as soon as the first row's progress lets the window breathe.
     QString title;
     QTimer::singleShot(0, [&] {
@@ -355,5 +364,6 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheBatchBeforeTheNextRow)
     view.decodeSelected();
     EXPECT_FALSE(cell(view, 0, ListColumn::DecodeSize).isEmpty());
     EXPECT_EQ(cell(view, 1, ListColumn::DecodePlay), QStringLiteral("\u25B6"));
+    EXPECT_EQ(said, QStringList({"Encoded 1 row (stopped, 1 not reached)", "Encoded 2 rows", "Decoded 2 rows"}));
 }
 #endif

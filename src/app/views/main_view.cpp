@@ -517,12 +517,33 @@ void MainView::runBatch(bool encode)
         encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
     host.releaseAlgorithm();
     setBusy(false);
+    emit finished(batchSummary(batch, encode));
     if (decoding && batch.count(RowOutcome::Done) > 0)
         keepQuality();
     // The table of sources' sizes is made again once per batch, for every row's rate.
     m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
     m_waveFacts.clear();
     rowsRewritten();
+}
+
+QString MainView::batchSummary(const BatchResult& batch, bool encode)
+{
+    const int done = int(batch.count(RowOutcome::Done));
+    const int failed = int(batch.count(RowOutcome::Failed) + batch.count(RowOutcome::Unreadable));
+    const int passed = int(batch.count(RowOutcome::Invalid));
+    const int notReached = int(batch.count(RowOutcome::NotReached));
+    const auto rows = [](int n) { return QString::number(n) + (n == 1 ? QStringLiteral(" row") : QStringLiteral(" rows")); };
+    QString text = (encode ? tr("Encoded ") : tr("Decoded ")) + rows(done);
+    QStringList notes;
+    if (failed > 0)
+        notes << tr("%1 failed").arg(failed);
+    if (passed > 0)
+        notes << tr("%1 passed over: not a body, algorithm and bit rate there is").arg(passed);
+    if (batch.stopped)
+        notes << tr("stopped, %1 not reached").arg(notReached);
+    if (!notes.isEmpty())
+        text += QStringLiteral(" (") + notes.join(QStringLiteral(", ")) + QLatin1Char(')');
+    return text;
 }
 
 void MainView::rowsRewritten()
@@ -562,6 +583,8 @@ void MainView::clearSelected()
     if (!readyForCommand())
         return;
     MainList shown = shownList();
+    if (shown.selectedCount() == 0 || m_port.ask(msg::kClearQuestion, Buttons::YesNo) != Answer::Yes)
+        return;
     if (shown.clearSelectedResults(*m_session) > 0)
         rowsRewritten();
 }
@@ -633,6 +656,11 @@ void MainView::runExport(bool all)
         writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, options.addHeader, m_lastFirmware, m_port);
     if (!firmware.ok)
         m_port.showMessage(firmware.error + " !");
+    const int files = int(outcome.exported.size());
+    emit finished(tr("Exported %1 %2 to %3")
+                      .arg(files)
+                      .arg(files == 1 ? tr("file") : tr("files"))
+                      .arg(QString::fromStdString(utf8FromPath(outcome.indexFile.parent_path()))));
 }
 
 void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)

@@ -41,6 +41,7 @@ class RecordSortProxy;
 class RecordTableModel;
 class RecordingPort;
 class UserPort;
+struct BatchResult;
 struct EngineEnvironment;
 struct LastEncodeSetting;
 struct SettingsStore;
@@ -125,6 +126,9 @@ public slots:
     void showPlaying(const std::string& rowKey, int column, bool paused);
 
 signals:
+    // What a batch or an export came to, for the status bar: "Encoded 4
+    // rows (1 failed)", "Exported 7 files to DIR".
+    void finished(const QString& what);
     // "Compare Bit Rates..." was chosen from the list's pop-up menu.
     void compareBitRatesRequested();
     // A play cell with something to play was clicked: the row and its column.
@@ -157,6 +161,8 @@ private:
     void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
+    // The status bar's words for what a batch came to.
+    static QString batchSummary(const BatchResult& batch, bool encode);
     void setBusy(bool busy);
     void runExport(bool all);
     std::optional<int> currentSourceRow() const;
