@@ -6,6 +6,7 @@
 #include "common/user_port.h"
 #include "project/project_document.h"
 #include "project/project_file_reader.h"
+#include "wave/wave_file.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -229,6 +230,10 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
         return refuse(AddFileOutcome::Refused, msg::kInvalidCharacters);
     if (name.size() > kMaxFileName)
         return refuse(AddFileOutcome::Refused, cannotAdd(msg::kFileNameTooLongSuffix));
+    // A file that is no wave would make rows that never encode: it is refused
+    // here, with the reason, before anything is copied.
+    if (WaveFile wave; !wave.load(chosen, WaveRead::FactsOnly))
+        return refuse(AddFileOutcome::Refused, cannotAdd("!\n" + wave.error()));
 
     ProjectItem* here = nullptr;
     bool elsewhere = false;

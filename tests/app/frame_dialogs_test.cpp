@@ -7,6 +7,7 @@
 
 #include "common/messages.h"
 #include "project/workspace_tree.h"
+#include "wave/wave_file.h"
 #include "support/files.h"
 
 #include <QCheckBox>
@@ -136,7 +137,7 @@ TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
     // editor that is not there.
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Edit"));
     m_frame->sessionChanged();
-    test::writeBytes(m_dir / "src" / "my a.wav", "RIFF");
+    test::writeBytes(m_dir / "src" / "my a.wav", wav16Bytes(std::vector<std::int16_t>(80, 3), 8000));
     const auto added = m_frame->workspaceTree()->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "my a.wav"});
     ASSERT_EQ(added.size(), 1u);
     m_frame->workspaceBar()->selectItems({added[0].item});

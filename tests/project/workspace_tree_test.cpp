@@ -117,6 +117,25 @@ TEST_F(WorkspaceTreeTest, AddFilesCopiesIntoFilesAndRefusesANameUsedInAnotherFol
     fs::create_directories(project / "Files" / "blocked.wav");
     EXPECT_EQ(addOne(TreeTarget::topLevel(), speech("blocked.wav", "cross.wav")).outcome, AddFileOutcome::CopyFailed);
     EXPECT_EQ(document.itemCount(), items);
+
+    // Text renamed ".wav", and a recording cut short of what its header
+    // promises: refused with the name and the reason, left where they were,
+    // and nothing of them in Files.
+    const fs::path text = temp / "chosen" / "notes.wav";
+    writeBytes(text, "these are notes, not sound\n");
+    const fs::path cut = temp / "chosen" / "cut.wav";
+    const std::string whole = readBytes(kSpeech / "hts1a.wav");
+    writeBytes(cut, whole.substr(0, whole.size() / 2));
+    EXPECT_EQ(addOne(TreeTarget::topLevel(), text).outcome, AddFileOutcome::Refused);
+    EXPECT_EQ(port.texts().back(), "Can not add the file \"notes.wav\"!\nnotes.wav is not a readable wave file !");
+    EXPECT_EQ(addOne(TreeTarget::topLevel(), cut).outcome, AddFileOutcome::Refused);
+    EXPECT_EQ(port.texts().back(),
+              "Can not add the file \"cut.wav\"!\ncut.wav is damaged: it holds less sound than its header says !");
+    EXPECT_EQ(readBytes(text), "these are notes, not sound\n");
+    EXPECT_EQ(readBytes(cut), whole.substr(0, whole.size() / 2));
+    EXPECT_FALSE(fs::exists(project / "Files" / "notes.wav"));
+    EXPECT_FALSE(fs::exists(project / "Files" / "cut.wav"));
+    EXPECT_EQ(document.itemCount(), items);
 }
 
 TEST_F(WorkspaceTreeTest, SameNameInTheFolderAsksAndYesKeepsThePreviousCopyInTemp)
