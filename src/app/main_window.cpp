@@ -192,6 +192,7 @@ void MainWindow::createWorkspace()
     resizeDocks({m_workspace}, {170}, Qt::Horizontal);
     connect(m_workspace, &WorkspaceBar::selectionChanged, this, &MainWindow::updateCommands);
     connect(m_workspace, &WorkspaceBar::sourceActivated, this, [this] { runCommand(cmd::kShowProperty); });
+    connect(m_workspace, &WorkspaceBar::filesDropped, this, &MainWindow::addDroppedFiles);
     connect(m_workspace, &QDockWidget::visibilityChanged, this,
             [this](bool) { action(cmd::kWorkspace)->setChecked(!m_workspace->isHidden()); });
 }
@@ -391,6 +392,9 @@ void MainWindow::sessionChanged()
         m_tree->onChanged = [this] { treeChanged(); };
         m_workspace->setProject(m_tree.get(), &m_session.document(),
                                 qtPath(m_session.projectFile().stem()), &m_companions.algorithms());
+        // Add Files and Add Folder work at once: the project's root is where
+        // they go until the user picks another node.
+        m_workspace->selectItems({}, /*root=*/true);
     }
     updateTitle();
     updateRecentMenu();
@@ -571,6 +575,15 @@ void MainWindow::onAddFiles()
     if (chosen.empty()) return;
     m_settings.lastFilePath = utf8FromPath(chosen.front().parent_path());
     m_tree->addFiles(*target, chosen);
+}
+
+void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs::path>& files)
+{
+    // As Add Files, with every check and question, but for what was dropped.
+    if (!m_tree || m_session.busy()) return;
+    m_settings.lastFilePath = utf8FromPath(files.front().parent_path());
+    m_tree->addFiles(target, files);
+    updateCommands();
 }
 
 void MainWindow::onAddFolder()

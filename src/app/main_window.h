@@ -14,6 +14,7 @@
 #include "playback/project_companions.h"
 #include "project/project_session.h"
 #include "project/recent_projects.h"
+#include "project/workspace_tree.h"
 #include "settings/settings_store.h"
 
 #include <QMainWindow>
@@ -123,6 +124,7 @@ public slots:
     void onSplitterBar();
     void onShowWaveform();
     void onCompareBitRates();
+    void addDroppedFiles(const TreeTarget& target, const std::vector<std::filesystem::path>& files);
     void onPlaySentence();
     void closeWaveWindows();
     void onAutoDecode();

@@ -1,17 +1,21 @@
 #include "app/workspace_bar.h"
 
+#include "app/file_chooser.h"
 #include "plugins/algorithm_registry.h"
 #include "project/project_document.h"
 
 #include <QApplication>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QMimeData>
 #include <QStandardItemModel>
 #include <QStyle>
 #include <QTabWidget>
 #include <QTimer>
 #include <QTreeView>
 #include <QTreeWidget>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -50,6 +54,9 @@ WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Worksp
     m_filesView->setEditTriggers(QAbstractItemView::EditKeyPressed);
     m_filesView->setContextMenuPolicy(Qt::CustomContextMenu);
     m_filesView->setUniformRowHeights(true);
+    // Wave files dragged from a file manager are added where they are dropped.
+    m_filesView->setAcceptDrops(true);
+    m_filesView->viewport()->installEventFilter(this);
 
     m_algorithmsView = new QTreeWidget;
     m_algorithmsView->setObjectName(QStringLiteral("AlgorithmsTree"));
@@ -91,6 +98,48 @@ WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Worksp
 }
 
 QSize WorkspaceBar::sizeHint() const { return {170, 150}; }
+
+std::optional<TreeTarget> WorkspaceBar::dropTarget(const QPoint& at) const
+{
+    if (!m_tree)
+        return std::nullopt;
+    const QModelIndex index = m_filesView->indexAt(at);
+    if (!index.isValid() || index.data(kRootRole).toBool())
+        return TreeTarget::topLevel();
+    return m_tree->targetFor(itemOf(index));
+}
+
+bool WorkspaceBar::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != m_filesView->viewport())
+        return QDockWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto* drag = static_cast<QDropEvent*>(event);
+        const bool files = drag->mimeData()->hasUrls() && dropTarget(drag->position().toPoint());
+        files ? drag->acceptProposedAction() : drag->ignore();
+        return true;
+    }
+    case QEvent::Drop: {
+        auto* drop = static_cast<QDropEvent*>(event);
+        const std::optional<TreeTarget> target = dropTarget(drop->position().toPoint());
+        std::vector<std::filesystem::path> files;
+        for (const QUrl& url : drop->mimeData()->urls())
+            if (url.isLocalFile())
+                files.push_back(stdPath(url.toLocalFile()));
+        if (!target || files.empty()) {
+            drop->ignore();
+            return true;
+        }
+        drop->acceptProposedAction();
+        emit filesDropped(*target, files);
+        return true;
+    }
+    default:
+        return QDockWidget::eventFilter(watched, event);
+    }
+}
 
 void WorkspaceBar::setProject(WorkspaceTree* tree, const ProjectDocument* document, const QString& projectName,
                               const std::vector<AlgoRegEntry>* algorithms)

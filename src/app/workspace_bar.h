@@ -9,6 +9,7 @@
 #include <QDockWidget>
 #include <QIcon>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -65,12 +66,18 @@ public:
 
     QSize sizeHint() const override;
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 signals:
     void selectionChanged();
+    // Files dropped on the Files tree: onto a folder (or a source, for its
+    // folder) or the root and the empty space below it (the top level).
+    void filesDropped(const kestrelon::TreeTarget& target, const std::vector<std::filesystem::path>& files);
     // A source node was double-clicked.
     void sourceActivated(ProjectItem* source);
 
 private:
+    std::optional<TreeTarget> dropTarget(const QPoint& at) const;
     void addChildren(QStandardItem* parent, const std::vector<ProjectItem*>& items);
     void restoreView(QStandardItem* node);
     void takeSelectionFromView();

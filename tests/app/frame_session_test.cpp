@@ -9,10 +9,14 @@
 
 #include "common/messages.h"
 #include "project/workspace_tree.h"
+#include "support/files.h"
 
+#include <QDropEvent>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QStandardItemModel>
 #include <QTreeView>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -75,11 +79,13 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     const bool modifiedWhenNew = m_frame->session().document().isModified();
     EXPECT_EQ(m_frame->isWindowModified(), modifiedWhenNew);
 
-    // Nothing selected: nowhere to add to.
+    // A new project starts with its root chosen: adding works at once.
     m_frame->updateCommands();
+    EXPECT_TRUE(m_frame->workspaceBar()->rootSelected());
+    EXPECT_TRUE(m_frame->action(cmd::kAddFiles)->isEnabled());
+    // With nothing selected there is nowhere to add to; the root stands for the top level.
+    m_frame->workspaceBar()->selectItems({});
     EXPECT_FALSE(m_frame->action(cmd::kAddFiles)->isEnabled());
-
-    // The root stands for the top level.
     m_frame->workspaceBar()->selectItems({}, /*root=*/true);
     EXPECT_TRUE(m_frame->action(cmd::kAddFiles)->isEnabled());
     test::whenModal<AddFolderDialog>([](AddFolderDialog* dialog) {
@@ -163,6 +169,47 @@ TEST_F(FrameSession, TheWindowsSizeAndDocksComeBackAtTheNextStart)
     EXPECT_FALSE(m_frame->workspaceBar()->isHidden());
     EXPECT_EQ(m_frame->width(), 800);
     EXPECT_TRUE(m_port.texts().empty());
+}
+
+// Files dragged from a file manager: dropped on a folder they go into it,
+// below the nodes they go to the top level, and each passes the checks of
+// Add Files.
+TEST_F(FrameSession, WaveFilesDroppedOnTheTreeAreAddedWhereTheyFall)
+{
+    ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Drop"));
+    m_frame->sessionChanged();
+    test::whenModal<AddFolderDialog>([](AddFolderDialog* dialog) {
+        dialog->nameEdit()->setText(QStringLiteral("Greetings"));
+        dialog->accept();
+    });
+    m_frame->runCommand(cmd::kAddFolder);
+    m_frame->show();
+    QTreeView* view = m_frame->workspaceBar()->filesView();
+    view->expandAll();
+    QCoreApplication::processEvents();
+
+    const fs::path notes = m_dir / "notes.wav";
+    test::writeBytes(notes, "words, not sound");
+    const auto drop = [&](const QPoint& at, const std::vector<fs::path>& files) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const fs::path& file : files) urls << QUrl::fromLocalFile(qtPath(file));
+        data.setUrls(urls);
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view->viewport(), &enter);
+        QDropEvent dropped(QPointF(at), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view->viewport(), &dropped);
+        return enter.isAccepted() && dropped.isAccepted();
+    };
+    const QModelIndex greetings = m_frame->workspaceBar()->filesModel()->item(0)->child(0)->index();
+    EXPECT_TRUE(drop(view->visualRect(greetings).center(), {kWaves / "hts1a.wav", notes}));
+    EXPECT_TRUE(drop(QPoint(5, view->viewport()->height() - 5), {kWaves / "cross.wav"}));
+
+    EXPECT_EQ(filesTree(*m_frame), (std::vector<std::string>{"Drop", "  Greetings", "    hts1a.wav", "  cross.wav"}));
+    ASSERT_FALSE(m_port.texts().empty());
+    EXPECT_EQ(m_port.texts().back(), "Can not add the file \"notes.wav\"!\nnotes.wav is not a readable wave file !");
+    EXPECT_FALSE(fs::exists(m_dir / "Drop" / "Files" / "notes.wav"));
+    EXPECT_TRUE(m_frame->isWindowModified());
 }
 
 } // namespace
