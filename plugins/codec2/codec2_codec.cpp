@@ -174,7 +174,8 @@ private:
                 frame[i] = start + i < samples.size() ? samples[start + i] : 0;
             codec2_encode(state.get(), packed.data(), frame.data());
             writer.append(packed.data(), mode->bitsPerFrame);
-            progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames));
+            if (!progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames)))
+                return false;
         }
         payload = writer.take();
         return true;
@@ -211,7 +212,8 @@ private:
             for (std::size_t i = 0; i < frameLength; ++i, ++produced)
                 if (produced >= lag && samples.size() < sampleCount)
                     samples.push_back(frame[i]);
-            progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames));
+            if (!progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames)))
+                return false;
         }
         return samples.size() == sampleCount;
     }

@@ -27,8 +27,8 @@ private:
         payload.reserve(samples.size());
         for (std::size_t i = 0; i < samples.size(); ++i) {
             payload.push_back(static_cast<char>(muLawFromSample(samples[i])));
-            if ((i + 1) % kChunk == 0)
-                progress(i + 1, samples.size());
+            if ((i + 1) % kChunk == 0 && !progress(i + 1, samples.size()))
+                return false;
         }
         progress(samples.size(), samples.size());
         return true;
@@ -45,8 +45,8 @@ private:
         samples.reserve(sampleCount);
         for (std::size_t i = 0; i < sampleCount; ++i) {
             samples.push_back(sampleFromMuLaw(static_cast<std::uint8_t>(payload[i])));
-            if ((i + 1) % kChunk == 0)
-                progress(i + 1, sampleCount);
+            if ((i + 1) % kChunk == 0 && !progress(i + 1, sampleCount))
+                return false;
         }
         progress(sampleCount, sampleCount);
         return true;

@@ -111,7 +111,8 @@ private:
             speex_encode_int(encoder.get(), frame, &bits);
             if (static_cast<std::uint64_t>(bits.nbBits) != (f + 1) * static_cast<std::uint64_t>(frameBits))
                 return false;
-            progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames));
+            if (!progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames)))
+                return false;
         }
         payload.assign(size, '\0');
         if (size > 0 && speex_bits_write(&bits, payload.data(), static_cast<int>(size)) != static_cast<int>(size))
@@ -159,7 +160,8 @@ private:
             for (std::size_t i = 0; i < kFrameLength; ++i, ++produced)
                 if (produced >= kLag && samples.size() < sampleCount)
                     samples.push_back(frame[i]);
-            progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames));
+            if (!progress(static_cast<std::size_t>(f + 1), static_cast<std::size_t>(frames)))
+                return false;
         }
         return samples.size() == sampleCount;
     }

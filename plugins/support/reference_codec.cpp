@@ -33,7 +33,8 @@ std::string fileName(const std::string& path)
 
 // Drives the host's progress bar over 0..100 and tells the main window about
 // every percent gained, so a long file shows steady progress and a short one
-// does not flood the host with messages.
+// does not flood the host with messages. The host is asked whether to stop
+// at each percent: it takes a Stop click while the bar moves.
 class Progress {
 public:
     Progress(sdk::HostWindow bar, std::function<void()> step) : m_bar(bar), m_step(std::move(step))
@@ -42,22 +43,26 @@ public:
         m_bar.setPosition(0);
     }
 
-    void at(int percent)
+    // False once the host asked to stop.
+    bool at(int percent)
     {
         percent = std::clamp(percent, 0, 100);
-        if (percent <= m_position)
-            return;
-        m_position = percent;
-        m_bar.setPosition(percent);
-        m_step();
+        if (percent > m_position) {
+            m_position = percent;
+            m_bar.setPosition(percent);
+            m_step();
+            m_stopped = m_stopped || m_bar.shouldStop();
+        }
+        return !m_stopped;
     }
+    bool stopped() const { return m_stopped; }
 
     // A function that maps a coder's done/total onto low..high percent.
     ProgressFunction span(int low, int high)
     {
         return [this, low, high](std::size_t done, std::size_t total) {
             const double part = total == 0 ? 1.0 : std::min(1.0, double(done) / double(total));
-            at(low + static_cast<int>((high - low) * part));
+            return at(low + static_cast<int>((high - low) * part));
         };
     }
 
@@ -65,6 +70,7 @@ private:
     sdk::HostWindow m_bar;
     std::function<void()> m_step;
     int m_position = 0;
+    bool m_stopped = false;
 };
 
 // Messages of the event-file reader ("Invalid data!") are the host's to show
@@ -219,8 +225,6 @@ uint16_t ReferenceCodec::encode(const std::string& wavePath, const std::string& 
     if (sourceRate < m_body.sampleRateMin || sourceRate > m_body.sampleRateMax)
         return fail(fileName(wavePath) + text(msg::kCodecSourceRateMiddle) + m_identity.name +
                     text(msg::kCodecSourceRateSuffix));
-    progress.at(20);
-
     SpeechEventList events;
     if (!eventFile().empty()) {
         const std::filesystem::path eventPath = pathFromUtf8(eventFile());
@@ -233,7 +237,10 @@ uint16_t ReferenceCodec::encode(const std::string& wavePath, const std::string& 
     const std::string block = eventBlockBytes(eventsAtRate(events, sourceRate, mode.workingRate, samples.size()));
 
     std::string payload;
-    if (!encodePayload(samples, mode, progress.span(20, 95), payload, error))
+    const bool coded = progress.at(20) && encodePayload(samples, mode, progress.span(20, 95), payload, error);
+    if (progress.stopped())
+        return sdk::Stopped;
+    if (!coded)
         return fail(error);
     if (payload.size() != payloadSize(samples.size(), mode))
         return fail(m_identity.name + text(msg::kCodecLibraryFailed));
@@ -289,11 +296,13 @@ uint16_t ReferenceCodec::decode(const std::string& encodedPath, const std::strin
     const std::uint64_t sampleCount = header->field30;
     if (payload.size() != payloadSize(sampleCount, *mode))
         return fail(damaged);
-    progress.at(10);
 
     std::vector<std::int16_t> samples;
-    if (!decodePayload(payload, static_cast<std::size_t>(sampleCount), *mode, progress.span(10, 90), samples) ||
-        samples.size() != sampleCount)
+    const bool decoded = progress.at(10) && decodePayload(payload, static_cast<std::size_t>(sampleCount), *mode,
+                                                          progress.span(10, 90), samples);
+    if (progress.stopped())
+        return sdk::Stopped;
+    if (!decoded || samples.size() != sampleCount)
         return fail(damaged);
     if (!writeWav16(pathFromUtf8(wavePath), samples, mode->workingRate))
         return fail(text(msg::kCodecCanNotWrite) + fileName(wavePath) + text(msg::kCodecSuffix));

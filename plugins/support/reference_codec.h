@@ -53,7 +53,8 @@ struct CodecIdentity {
 };
 
 // Called by a payload coder as it goes: `done` of `total` units finished.
-using ProgressFunction = std::function<void(std::size_t done, std::size_t total)>;
+// False when the host asked to stop: the coder returns at once.
+using ProgressFunction = std::function<bool(std::size_t done, std::size_t total)>;
 
 class ReferenceCodec : public sdk::Codec {
 public:

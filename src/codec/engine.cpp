@@ -165,6 +165,12 @@ BatchResult CodecEngine::runBatch(MainList& list, const std::function<RowOutcome
         if (!list.isSelected(row))
             continue;
         result.rows[row] = work(list.rows()[row]);
+        // A row cut short by Stop failed only because it was asked to: it
+        // keeps its earlier results and counts as not reached.
+        if (result.rows[row] == RowOutcome::Failed && stopRequested()) {
+            result.rows[row] = RowOutcome::NotReached;
+            result.stopped = true;
+        }
         changed = changed || result.rows[row] == RowOutcome::Done;
     }
     m_env.session.setBusy(false);

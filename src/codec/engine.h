@@ -53,7 +53,7 @@ enum class RowOutcome {
     Invalid,     // body / algorithm / bit rate not a valid combination: passed over silently
     Unreadable,  // the source wave is missing or not loadable (encode), or nothing was encoded yet (decode)
     Failed,      // the codec or the file work failed; the row keeps its old results
-    NotReached,  // the batch was stopped before this row
+    NotReached,  // the batch was stopped before this row, or in it (the row keeps its earlier results)
 };
 
 struct BatchResult {

@@ -8,8 +8,13 @@
 namespace kestrelon {
 
 ProgressBarWindow::ProgressBarWindow(UserPort& port)
-    : m_port(port), m_window{sizeof(kestrelon_host_window), this, &setRange, &setPosition, nullptr, nullptr}
+    : m_port(port), m_window{sizeof(kestrelon_host_window), this, &setRange, &setPosition, nullptr, nullptr, &shouldStop}
 {
+}
+
+int32_t ProgressBarWindow::shouldStop(void* context)
+{
+    return static_cast<ProgressBarWindow*>(context)->m_port.stopRequested() ? 1 : 0;
 }
 
 void ProgressBarWindow::setRange(void* context, int32_t low, int32_t high)
@@ -23,7 +28,7 @@ void ProgressBarWindow::setPosition(void* context, int32_t position)
 }
 
 ProgressTextWindow::ProgressTextWindow(UserPort& port)
-    : m_port(port), m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, &setText, nullptr}
+    : m_port(port), m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, &setText, nullptr, nullptr}
 {
 }
 
@@ -33,7 +38,8 @@ void ProgressTextWindow::setText(void* context, const char* utf8)
 }
 
 MainHostWindow::MainHostWindow(StepListener onStep)
-    : m_onStep(std::move(onStep)), m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, nullptr, &postMessage}
+    : m_onStep(std::move(onStep)),
+      m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, nullptr, &postMessage, nullptr}
 {
 }
 

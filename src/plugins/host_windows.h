@@ -29,6 +29,8 @@ public:
 private:
     static void setRange(void* context, int32_t low, int32_t high);
     static void setPosition(void* context, int32_t position);
+    // The codec asks between blocks of frames: a Stop clicked in the progress window.
+    static int32_t shouldStop(void* context);
 
     UserPort& m_port;
     kestrelon_host_window m_window;

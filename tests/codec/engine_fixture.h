@@ -43,10 +43,12 @@ class EnginePort : public ScriptedPort {
 public:
     void beginProgress(std::string_view title) override { titles.emplace_back(title); }
     void endProgress() override { ++ended; }
+    void setProgressPosition(int position) override { furthest = std::max(furthest, position); }
     bool stopRequested() override { return stop && stop(); }
 
     std::vector<std::string> titles;
     int ended = 0;
+    int furthest = 0; // the highest progress position a codec reported
     std::function<bool()> stop;
 };
 

@@ -226,6 +226,35 @@ TEST_F(EngineTest, AStopRequestEndsTheBatchBeforeTheNextRow)
     EXPECT_FALSE(session->busy());
 }
 
+// Stop asked part-way through a codec's frames: each frame-wise reference
+// codec stops there, writes nothing, and its row keeps what it had.
+TEST_F(EngineTest, AStopPartWayThroughTheFramesEndsTheCodecAndKeepsTheRowAsItWas)
+{
+    ProjectItem* source = addSource(kSpeech / "hts1a.wav");
+    const std::vector<std::pair<std::string, std::string>> codecs = {
+        {"Codec2", "3200"}, {"Speex", "8000"}, {"MuLaw", "64000"}};
+    for (const auto& [name, rate] : codecs) {
+        install(name);
+        addRecord(source, name, rate);
+    }
+    ASSERT_TRUE(encodeRows({0, 1, 2}).allDone());
+    std::vector<EditInfoRecord> before = source->records();
+    const auto filesBefore = tempFiles(tempFolder());
+    for (std::size_t row = 0; row < codecs.size(); ++row) {
+        SCOPED_TRACE(codecs[row].first);
+        port.furthest = 0;
+        port.stop = [this] { return port.furthest >= 40; };
+        const BatchResult result = encodeRows({row});
+        EXPECT_TRUE(result.stopped);
+        EXPECT_EQ(result.rows[row], RowOutcome::NotReached);
+        EXPECT_LT(port.furthest, 90); // it stopped, it did not run to the end
+        EXPECT_EQ(source->records()[row].encodeName, before[row].encodeName);
+        EXPECT_EQ(source->records()[row].encodeSize, before[row].encodeSize);
+        EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
+    }
+    EXPECT_TRUE(port.texts().empty());
+}
+
 TEST_F(EngineTest, AnInterimFileLostFromTempIsBroughtBackFromBesideTheProjectFile)
 {
     ProjectItem* source = addSource(kSpeech / "hts1a.wav");

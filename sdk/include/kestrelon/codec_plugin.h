@@ -34,6 +34,9 @@ typedef uint32_t kestrelon_result;
 #define KESTRELON_RESULT_FAILED 5u
 #define KESTRELON_RESULT_ERROR 0x8000u
 #define KESTRELON_RESULT_SILENT_ERROR 0x8005u
+/* The operation stopped because the host asked (kestrelon_should_stop): told
+ * as the silent failure, so a host of any minor version shows nothing. */
+#define KESTRELON_RESULT_STOPPED KESTRELON_RESULT_SILENT_ERROR
 
 /* Parameter ids of set_parameter, and what the host passes. */
 #define KESTRELON_PARAM_BODY_FILE 0     /* full path of the codec's ".bdy" file */

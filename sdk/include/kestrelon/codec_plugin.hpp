@@ -45,6 +45,8 @@ public:
     {
         if (m_window && m_window->post_message) m_window->post_message(m_window->context, message, 0, 0);
     }
+    // True once the person asked the running operation to stop.
+    bool shouldStop() const { return kestrelon_should_stop(m_window) != 0; }
 
 private:
     const kestrelon_host_window* m_window;
@@ -55,6 +57,7 @@ enum Result : uint16_t {
     Ok = KESTRELON_RESULT_OK,
     Failed = KESTRELON_RESULT_FAILED,
     ErrorWithText = 0x8001, // the text comes from errorText()
+    Stopped = KESTRELON_RESULT_STOPPED, // the host asked to stop; nothing was written
 };
 
 class Codec : public kestrelon_codec {

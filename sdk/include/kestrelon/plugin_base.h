@@ -27,6 +27,9 @@ extern "C" {
  * the version it was built against into its object; the host refuses objects
  * of a version it does not know. */
 #define KESTRELON_PLUGIN_ABI_VERSION 1u
+/* Additions that keep every slot and field where it was. Minor 1: a host
+ * window may carry should_stop (see below). */
+#define KESTRELON_PLUGIN_ABI_MINOR 1u
 
 /* A slot the host never calls. It stays in the table so later slots keep their
  * offsets; plug-ins leave it null. */
@@ -51,7 +54,19 @@ typedef struct kestrelon_host_window {
     /* Posts a notification to the window, e.g. the progress message whose
      * number the host gives a codec as parameter 2. */
     void (*post_message)(void* context, uint32_t message, uintptr_t wparam, intptr_t lparam);
+    /* Minor 1: non-zero once the person asked the running encode or decode to
+     * stop. A codec asks it between blocks of frames and, when told, stops,
+     * writes nothing and returns KESTRELON_RESULT_STOPPED. Present only when
+     * struct_size covers it: use kestrelon_should_stop(). */
+    int32_t (*should_stop)(void* context);
 } kestrelon_host_window;
+
+/* Whether the host asked to stop; 0 for a host that cannot be asked. */
+static inline int32_t kestrelon_should_stop(const kestrelon_host_window* window)
+{
+    return window && window->struct_size >= offsetof(kestrelon_host_window, should_stop) + sizeof(window->should_stop) &&
+           window->should_stop && window->should_stop(window->context);
+}
 
 #ifdef __cplusplus
 }

@@ -540,10 +540,11 @@ QString MainView::batchSummary(const BatchResult& batch, bool encode)
     if (passed > 0)
         notes << tr("%1 passed over: not a body, algorithm and bit rate there is").arg(passed);
     if (batch.stopped)
-        notes << tr("stopped, %1 not reached").arg(notReached);
+        notes << tr("%1 not reached").arg(notReached);
     if (!notes.isEmpty())
         text += QStringLiteral(" (") + notes.join(QStringLiteral(", ")) + QLatin1Char(')');
-    return text;
+    // What the person asked for comes first: the batch did stop.
+    return batch.stopped ? tr("Stopped: ") + text.left(1).toLower() + text.mid(1) : text;
 }
 
 void MainView::rowsRewritten()
