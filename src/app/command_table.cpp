@@ -75,6 +75,7 @@ constexpr std::array kExtraTable = {
     CommandRow{kPlaySentence, "Play Sentence", "M", Upd::Yes, "Play the play list as a sentence"},
     CommandRow{kCompareBitRates, "Compare &Bit Rates...", "", Upd::Yes,
                "Weigh the size of the selected sources against their quality at every bit rate"},
+    CommandRow{kAbout, "&About Kestrelon", "", Upd::No, "The program's version, its libraries and where it lives"},
 };
 
 bool isToggle(int id)
@@ -133,6 +134,7 @@ bool commandEnabled(int id, const FrameState& s)
     case kActionToolbar:
     case kStandardToolbar:
     case kHelp:
+    case kAbout:
     case kSplitterBarKey:
     case kAutoDecode:
     case kExit:

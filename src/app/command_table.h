@@ -74,6 +74,7 @@ inline constexpr int kPause = 33003;
 inline constexpr int kPlayLooped = 33004;
 inline constexpr int kPlaySentence = 33005;
 inline constexpr int kCompareBitRates = 33006;
+inline constexpr int kAbout = 33007;
 } // namespace cmd
 
 // Whether a command has an enabling rule of its own ("Upd"): Yes, No (always

@@ -5,6 +5,7 @@
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/body_information_dialog.h"
 #include "app/dialogs/dll_setting_dialog.h"
+#include "app/dialogs/manual_window.h"
 #include "app/dialogs/new_project_dialog.h"
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/external_editor.h"
@@ -18,6 +19,7 @@
 #include "codec/row_decoded_wave.h"
 #include "app/workspace_bar.h"
 #include "common/messages.h"
+#include "common/version.h"
 #include "common/paths.h"
 #include "project/workspace_tree.h"
 
@@ -34,6 +36,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTimer>
+#include <QMessageBox>
 #include <QStandardPaths>
 #include <QToolBar>
 #include <QTreeView>
@@ -49,7 +52,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kProgramTitle = "Kestrelon";
-constexpr std::string_view kHelpFileName = "Kestrelon.chm";
+// The user manual's first page, made from docs/ at build time.
+constexpr std::string_view kManualIndex = "manual/index.html";
 // Often enough that the pane follows the key as it is pressed.
 constexpr int kCapsPollMilliseconds = 250;
 // A menu text may not show a path's "&" as a mnemonic.
@@ -227,7 +231,7 @@ void MainWindow::createMenus()
               kAutoDecode, kExternalEditor});
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
-    add(help, {kHelp});
+    add(help, {kHelp, kAbout});
 
     // The trees' pop-up menus.
     m_filesMenu = new QMenu(this);
@@ -463,6 +467,7 @@ void MainWindow::runCommand(int id)
         case kDllSetting: onDllSetting(); break;
         case kBodyInformation: onBodyInformation(); break;
         case kHelp: onHelp(); break;
+        case kAbout: onAbout(); break;
         case kExternalEditor: onExternalEditor(); break;
         case kSplitterBarKey: onSplitterBar(); break;
         case kShowWaveform: onShowWaveform(); break;
@@ -669,13 +674,31 @@ void MainWindow::onBodyInformation()
 
 void MainWindow::onHelp()
 {
-    const fs::path help = m_options.programFolder / std::string(kHelpFileName);
+    const fs::path manual = m_options.programFolder / pathFromUtf8(kManualIndex);
     std::error_code ec;
-    if (!fs::is_regular_file(help, ec)) {
-        m_port->showMessage(msg::kHelpNotFound);
+    if (!fs::is_regular_file(manual, ec)) {
+        m_port->showMessage(std::string(msg::kHelpNotFoundPrefix) + utf8FromPath(manual) +
+                            std::string(msg::kHelpNotFoundSuffix));
         return;
     }
-    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(help)));
+    if (!m_manual)
+        m_manual = new ManualWindow(manual, this);
+    m_manual->show();
+    m_manual->raise();
+}
+
+void MainWindow::onAbout()
+{
+    const QString text =
+        tr("<h3>Kestrelon %1</h3>"
+           "<p>A workbench for turning recorded speech into data for speech-playback chips.</p>"
+           "<p>Program folder: <tt>%2</tt></p>"
+           "<p>Built with Qt %3 (LGPL 3), libsndfile (LGPL 2.1), zstd (BSD), SDL 2 (zlib licence), "
+           "Codec 2 (LGPL 2.1), Speex (BSD) and nlohmann/json (MIT). Their licences are installed with them "
+           "in /usr/share/doc.</p>")
+            .arg(QString::fromUtf8(kProgramVersion.data(), qsizetype(kProgramVersion.size())),
+                 qtPath(m_options.programFolder).toHtmlEscaped(), QString::fromLatin1(qVersion()));
+    QMessageBox::about(this, tr("About Kestrelon"), text);
 }
 
 void MainWindow::onExternalEditor()

@@ -38,6 +38,7 @@ class MainView;
 class PlayCommands;
 class QtUserPort;
 class WorkspaceBar;
+class ManualWindow;
 class WaveWindow;
 class WorkspaceTree;
 
@@ -124,6 +125,7 @@ public slots:
     void onSplitterBar();
     void onShowWaveform();
     void onCompareBitRates();
+    void onAbout();
     void addDroppedFiles(const TreeTarget& target, const std::vector<std::filesystem::path>& files);
     void onPlaySentence();
     void closeWaveWindows();
@@ -159,6 +161,7 @@ private:
     RecentProjects m_recent;
     std::unique_ptr<QtUserPort> m_ownPort;
     std::vector<QPointer<WaveWindow>> m_waveWindows; // open waveform windows of the project
+    QPointer<ManualWindow> m_manual;                   // the user manual, once F1 opened it
     UserPort* m_port;
     std::unique_ptr<FileChooser> m_ownChooser;
     FileChooser* m_chooser;

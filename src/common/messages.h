@@ -8,7 +8,9 @@ namespace kestrelon::msg {
 
 // Start-up and frame
 inline constexpr std::string_view kAlreadyRunning = "This program is already running!";
-inline constexpr std::string_view kHelpNotFound = "Not found help file \"Kestrelon.chm\" !";
+// The help file is named by the path looked for: "Not found help file "PATH" !".
+inline constexpr std::string_view kHelpNotFoundPrefix = "Not found help file \"";
+inline constexpr std::string_view kHelpNotFoundSuffix = "\" !";
 inline constexpr std::string_view kExternalEditorMissing = "The external editor has not existed!";
 inline constexpr std::string_view kKeycodeError = "The keycode is error !";
 

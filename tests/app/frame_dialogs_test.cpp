@@ -1,4 +1,5 @@
 #include "app/dialogs/add_folder_dialog.h"
+#include "app/dialogs/manual_window.h"
 #include "app/dialogs/new_project_dialog.h"
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/main_window.h"
@@ -6,6 +7,7 @@
 #include "app_support.h"
 
 #include "common/messages.h"
+#include "common/version.h"
 #include "project/workspace_tree.h"
 #include "wave/wave_file.h"
 #include "support/files.h"
@@ -13,7 +15,9 @@
 #include <QCheckBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QTextBrowser>
 
 #include <gtest/gtest.h>
 
@@ -130,8 +134,10 @@ TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
 
 TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
 {
+    // The message names the file looked for.
     m_frame->runCommand(cmd::kHelp);
-    EXPECT_EQ(m_port.texts(), std::vector<std::string>{std::string(msg::kHelpNotFound)});
+    EXPECT_EQ(m_port.texts(), std::vector<std::string>{"Not found help file \"" +
+                                                       (m_dir / "program" / "manual" / "index.html").string() + "\" !"});
 
     // A project with one selected source whose name holds a blank, and an
     // editor that is not there.
@@ -154,6 +160,41 @@ TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
     m_frame->runCommand(cmd::kExternalEditor);
     EXPECT_EQ(test::readBytes(record), "1|" + (m_dir / "Edit" / "Files" / "my a.wav").string());
 }
+
+#ifdef KESTRELON_PROGRAM_DIR
+// The manual made from docs/ beside the built program: F1 shows its first
+// page, its links lead to the other pages; About names the version, the
+// libraries and the program folder.
+TEST(FrameHelp, F1ShowsTheManualAndAboutSaysWhatAndWhere)
+{
+    const test::TempDir dir;
+    test::ScriptedPort port;
+    test::ScriptedChooser chooser;
+    const fs::path program = KESTRELON_PROGRAM_DIR;
+    MainWindow frame(FrameOptions{program, dir / "config", &port, &chooser});
+    frame.runCommand(cmd::kHelp);
+    const auto manuals = frame.findChildren<ManualWindow*>();
+    ASSERT_EQ(manuals.size(), 1u);
+    QTextBrowser* page = manuals.front()->browser();
+    EXPECT_TRUE(page->toPlainText().startsWith(QStringLiteral("Kestrelon user manual")));
+    EXPECT_TRUE(page->toPlainText().contains(QStringLiteral("A first project")));
+    page->setSource(QUrl(QStringLiteral("quality.html")));
+    EXPECT_TRUE(page->toPlainText().contains(QStringLiteral("Segmental SNR")));
+    frame.runCommand(cmd::kHelp); // the same window again, not a second one
+    EXPECT_EQ(frame.findChildren<ManualWindow*>().size(), 1u);
+
+    QString about;
+    test::whenModal<QMessageBox>([&](QMessageBox* box) {
+        about = box->text();
+        box->accept();
+    });
+    frame.runCommand(cmd::kAbout);
+    EXPECT_TRUE(about.contains(QString::fromStdString(std::string(kProgramVersion))));
+    EXPECT_TRUE(about.contains(QString::fromStdString(program.string())));
+    EXPECT_TRUE(about.contains(QStringLiteral("libsndfile")));
+    EXPECT_TRUE(port.texts().empty());
+}
+#endif
 
 } // namespace
 } // namespace kestrelon

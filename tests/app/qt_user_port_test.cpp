@@ -62,7 +62,7 @@ TEST(QtUserPort, QuestionsShowTheTextTheCaptionAndTheButtonsAsked)
 
     seen = {};
     answerBox(seen, QStringLiteral("OK"));
-    port.showMessage(msg::kHelpNotFound);
+    port.showMessage(msg::kSaveBeforeClose);
     EXPECT_EQ(seen.text, QStringLiteral("Not found help file \"Kestrelon.chm\" !"));
 }
 

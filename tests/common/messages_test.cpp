@@ -20,7 +20,8 @@ struct Text {
 // The texts users of the program know, exactly as they have always read.
 const Text kKnownTexts[] = {
     TEXT(kAlreadyRunning, "This program is already running!"),
-    TEXT(kHelpNotFound, "Not found help file \"Kestrelon.chm\" !"),
+    TEXT(kHelpNotFoundPrefix, "Not found help file \""),
+    TEXT(kHelpNotFoundSuffix, "\" !"),
     TEXT(kExternalEditorMissing, "The external editor has not existed!"),
     TEXT(kKeycodeError, "The keycode is error !"),
     TEXT(kInvalidData, "Invalid data!"),
