@@ -62,8 +62,8 @@ TEST(QtUserPort, QuestionsShowTheTextTheCaptionAndTheButtonsAsked)
 
     seen = {};
     answerBox(seen, QStringLiteral("OK"));
-    port.showMessage(msg::kSaveBeforeClose);
-    EXPECT_EQ(seen.text, QStringLiteral("Not found help file \"Kestrelon.chm\" !"));
+    port.showMessage("Not found help file \"/opt/manual/index.html\" !");
+    EXPECT_EQ(seen.text, QStringLiteral("Not found help file \"/opt/manual/index.html\" !"));
 }
 
 TEST(QtUserPort, StopOnTheProgressWindowIsSeenByTheBatch)
