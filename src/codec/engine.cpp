@@ -134,7 +134,7 @@ bool CodecEngine::stopRequested()
 
 BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 {
-    return runBatch(list, [&](const ListRow& row) {
+    return runBatch(list, "Encoding", [&](const ListRow& row) {
         RowOutcome outcome = encodeRow(row);
         if (outcome == RowOutcome::Done && autoDecode)
             outcome = decodeRow(row);
@@ -144,11 +144,14 @@ BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 
 BatchResult CodecEngine::decodeSelected(MainList& list)
 {
-    return runBatch(list, [&](const ListRow& row) { return decodeRow(row); });
+    return runBatch(list, "Decoding", [&](const ListRow& row) { return decodeRow(row); });
 }
 
-BatchResult CodecEngine::runBatch(MainList& list, const std::function<RowOutcome(const ListRow&)>& work)
+BatchResult CodecEngine::runBatch(MainList& list, std::string_view doing,
+                                  const std::function<RowOutcome(const ListRow&)>& work)
 {
+    const std::size_t count = list.selectedCount();
+    std::size_t reached = 0;
     BatchResult result;
     result.rows.assign(list.size(), RowOutcome::NotSelected);
     m_env.session.setBusy(true);
@@ -164,6 +167,8 @@ BatchResult CodecEngine::runBatch(MainList& list, const std::function<RowOutcome
         }
         if (!list.isSelected(row))
             continue;
+        m_env.port.setBatchItem(std::string(doing) + " " + std::to_string(++reached) + " of " + std::to_string(count) +
+                                ": " + list.rows()[row].record().fileName);
         result.rows[row] = work(list.rows()[row]);
         // A row cut short by Stop failed only because it was asked to: it
         // keeps its earlier results and counts as not reached.

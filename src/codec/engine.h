@@ -92,7 +92,8 @@ public:
     std::filesystem::path sourceWavePath(const ProjectItem& source) const;
 
 private:
-    BatchResult runBatch(MainList& list, const std::function<RowOutcome(const ListRow&)>& work);
+    // `doing` names the work for the person: "Encoding 2 of 4: hts1a.wav".
+    BatchResult runBatch(MainList& list, std::string_view doing, const std::function<RowOutcome(const ListRow&)>& work);
     RowOutcome encodeRow(const ListRow& row);
     RowOutcome decodeRow(const ListRow& row);
     bool stopRequested();

@@ -35,6 +35,8 @@ public:
     virtual void setProgressRange(int low, int high) {}
     virtual void setProgressPosition(int position) {}
     virtual void setProgressText(std::string_view text) {}
+    // Where a batch is: "Encoding 2 of 4: hts1a.wav".
+    virtual void setBatchItem(std::string_view text) {}
     virtual void endProgress() {}
     // True once the person asked the running batch to stop.
     virtual bool stopRequested() { return false; }

@@ -15,6 +15,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -271,43 +272,53 @@ TEST(DllSettingDialog, RemoveKeepsAlgosAndRegistryInStepAndTheEditorMustRun)
     EXPECT_EQ(editor, program.string());
 }
 
-TEST(ProgressDialog, ShowsTheBatchAndStopHoldsUntilTheNextBatch)
+TEST(ProgressDialog, ShowsALongBatchAndStopHoldsUntilTheNextBatch)
 {
     ProgressDialog dialog;
     ScriptedPort inner;
-    ProgressPort port(inner, dialog);
-    port.beginProgress("ImaAdpcm Encoding ......");
-    EXPECT_TRUE(dialog.isVisible());
+    std::optional<ProgressPort> port(std::in_place, inner, dialog);
+    port->beginProgress("ImaAdpcm Encoding ......");
+    port->setBatchItem("Encoding 2 of 4: hts1a.wav");
+    EXPECT_FALSE(dialog.isVisible()); // work that ends soon never flashes a window
     EXPECT_EQ(dialog.windowTitle(), "ImaAdpcm Encoding ......");
-    port.setProgressRange(0, 50);
-    port.setProgressPosition(25);
+    EXPECT_EQ(dialog.batchLine()->text(), "Encoding 2 of 4: hts1a.wav");
+    port->setProgressRange(0, 50);
+    // Work that goes on shows the window at a progress report.
+    for (int i = 0; i < 500 && !dialog.isVisible(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        port->setProgressPosition(i % 50);
+    }
+    EXPECT_TRUE(dialog.isVisible());
+    port->setProgressPosition(25);
     EXPECT_EQ(dialog.bar()->value(), 25);
-    EXPECT_FALSE(port.stopRequested());
+    EXPECT_FALSE(port->stopRequested());
 
     dialog.stopButton()->click();
-    EXPECT_TRUE(port.stopRequested());
+    EXPECT_TRUE(port->stopRequested());
     EXPECT_FALSE(dialog.stopButton()->isEnabled());
     // Closing the window during a batch asks it to stop instead of hiding it.
     dialog.close();
     EXPECT_TRUE(dialog.isVisible());
-    port.endProgress();
-    EXPECT_FALSE(dialog.isVisible());
-    EXPECT_TRUE(port.stopRequested()); // the engine reads it after the row's progress ends
-    // The next batch's port starts without it.
-    ProgressPort next(inner, dialog);
-    EXPECT_FALSE(next.stopRequested());
-    dialog.requestStop(); // no batch running: nothing to stop
-    EXPECT_FALSE(next.stopRequested());
-
-    port.beginProgress("ImaAdpcm Decoding ......");
-    EXPECT_FALSE(port.stopRequested());
-    EXPECT_EQ(dialog.bar()->value(), 0);
-    port.endProgress();
-
+    port->endProgress();
+    EXPECT_TRUE(dialog.isVisible()); // between rows the window stays
+    EXPECT_TRUE(port->stopRequested()); // the engine reads it after the row's progress ends
     // Messages pass through to the inner port.
     inner.queue(Answer::Yes);
-    EXPECT_EQ(port.ask("sure?", Buttons::YesNo), Answer::Yes);
+    EXPECT_EQ(port->ask("sure?", Buttons::YesNo), Answer::Yes);
     EXPECT_EQ(inner.texts(), std::vector<std::string>{"sure?"});
+    port.reset();
+    EXPECT_FALSE(dialog.isVisible()); // the batch is over
+
+    // The next batch starts without the stop, and with no row named yet.
+    ProgressPort next(inner, dialog);
+    EXPECT_FALSE(next.stopRequested());
+    EXPECT_TRUE(dialog.batchLine()->text().isEmpty());
+    dialog.requestStop(); // no row running: nothing to stop
+    EXPECT_FALSE(next.stopRequested());
+    next.beginProgress("ImaAdpcm Decoding ......");
+    EXPECT_FALSE(next.stopRequested());
+    EXPECT_EQ(dialog.bar()->value(), 0);
+    next.endProgress();
 }
 
 TEST(PropertyDialog, OnlyThePlainExportNameChangesTheRecord)

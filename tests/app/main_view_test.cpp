@@ -356,13 +356,15 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults
     const std::set<std::string> before = tempFiles();
 
     // Pressed as soon as the first row's progress lets the window breathe.
-    QString title;
+    QString title, where;
     QTimer::singleShot(0, [&] {
         title = view.progressDialog()->windowTitle();
+        where = view.progressDialog()->batchLine()->text();
         view.progressDialog()->stopButton()->click();
     });
     view.encodeSelected();
     EXPECT_EQ(title, "ImaAdpcm Encoding ......");
+    EXPECT_EQ(where, "Encoding 1 of 2: a.wav");
     EXPECT_FALSE(view.progressDialog()->isVisible());
     EXPECT_EQ(busy, (std::vector<bool>{true, false, true, false}));
     EXPECT_EQ(sources[0]->records()[0].encodeName, first.encodeName);

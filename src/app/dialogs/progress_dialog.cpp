@@ -19,6 +19,7 @@ QString qText(std::string_view text)
 
 ProgressDialog::ProgressDialog(QWidget* parent)
     : QDialog(parent)
+    , m_item(new QLabel(this))
     , m_text(new QLabel(this))
     , m_bar(new QProgressBar(this))
     , m_stop(new QPushButton(tr("Stop"), this))
@@ -33,6 +34,7 @@ ProgressDialog::ProgressDialog(QWidget* parent)
     buttons->addStretch();
     buttons->addWidget(m_stop);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_item);
     layout->addWidget(m_text);
     layout->addWidget(m_bar);
     layout->addLayout(buttons);
@@ -49,14 +51,44 @@ void ProgressDialog::begin(std::string_view title)
     m_bar->setRange(0, 100);
     m_bar->setValue(0);
     m_stop->setEnabled(true);
+    if (!m_since.isValid())
+        m_since.start();
+    pump();
+}
+
+void ProgressDialog::showWhenLong()
+{
+    if (isVisible() || !m_since.isValid() || m_since.elapsed() < kShowAfterMs)
+        return;
     if (parentWidget()) {
-        // Centred on the window that started the batch.
+        // Centred on the window that started the work.
         adjustSize();
         const QRect outer = parentWidget()->window()->frameGeometry();
         move(outer.center() - rect().center());
     }
     show();
     raise();
+}
+
+void ProgressDialog::startBatch()
+{
+    clearStop();
+    m_inBatch = true;
+    m_since.invalidate();
+    m_item->clear();
+}
+
+void ProgressDialog::finishBatch()
+{
+    m_inBatch = false;
+    m_since.invalidate();
+    m_item->clear();
+    hide();
+}
+
+void ProgressDialog::setBatchItem(std::string_view text)
+{
+    m_item->setText(qText(text));
     pump();
 }
 
@@ -81,8 +113,11 @@ void ProgressDialog::setText(std::string_view text)
 void ProgressDialog::end()
 {
     m_running = false;
-    hide();
-    pump();
+    // In a batch the window waits for the next row; alone, the run is over.
+    if (!m_inBatch) {
+        m_since.invalidate();
+        hide();
+    }
 }
 
 void ProgressDialog::requestStop()
@@ -115,8 +150,10 @@ void ProgressDialog::pump()
 {
     // Only while the window is up: a batch that pumps before begin() could
     // otherwise run a queued command of the frame in the middle of a row.
-    if (m_running)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    if (!m_running)
+        return;
+    showWhenLong();
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
 } // namespace kestrelon

@@ -9,6 +9,7 @@
 #include "common/user_port.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 
 #include <string_view>
 
@@ -23,10 +24,17 @@ class ProgressDialog : public QDialog {
 public:
     explicit ProgressDialog(QWidget* parent = nullptr);
 
-    // Shows the window (modal to the application, not blocking) with `title`,
-    // an empty text and the bar at 0 of 0..100. A stop request of an earlier
-    // run is forgotten.
+    // Starts a run with `title`, an empty text and the bar at 0 of 0..100. A
+    // stop request of an earlier run is forgotten. The window (modal to the
+    // application, not blocking) shows once the run, or the batch it is part
+    // of, has lasted kShowAfter: short work never flashes a window.
     void begin(std::string_view title);
+    static constexpr int kShowAfterMs = 300;
+    // A batch of runs, one per row: the window stays up from row to row and
+    // says which row it is on ("Encoding 2 of 4: hts1a.wav").
+    void startBatch();
+    void finishBatch();
+    void setBatchItem(std::string_view text);
     void setRange(int low, int high);
     void setPosition(int position);
     void setText(std::string_view text);
@@ -46,6 +54,7 @@ public:
     QPushButton* stopButton() const { return m_stop; }
     QProgressBar* bar() const { return m_bar; }
     QLabel* textLine() const { return m_text; }
+    QLabel* batchLine() const { return m_item; }
 
 protected:
     // Closing the window during a batch asks it to stop; it never just vanishes.
@@ -54,12 +63,16 @@ protected:
 
 private:
     void pump();
+    void showWhenLong();
 
+    QLabel* m_item;
     QLabel* m_text;
     QProgressBar* m_bar;
     QPushButton* m_stop;
     bool m_stopRequested = false;
     bool m_running = false;
+    bool m_inBatch = false;
+    QElapsedTimer m_since; // since the run, or the batch, began
 };
 
 // A port that shows messages and questions through `inner` and progress in
@@ -67,7 +80,10 @@ private:
 class ProgressPort : public UserPort {
 public:
     // A new port starts a new batch: an earlier stop request is forgotten.
-    ProgressPort(UserPort& inner, ProgressDialog& dialog) : m_inner(inner), m_dialog(dialog) { m_dialog.clearStop(); }
+    ProgressPort(UserPort& inner, ProgressDialog& dialog) : m_inner(inner), m_dialog(dialog) { m_dialog.startBatch(); }
+    ~ProgressPort() override { m_dialog.finishBatch(); }
+    ProgressPort(const ProgressPort&) = delete;
+    ProgressPort& operator=(const ProgressPort&) = delete;
 
     void showMessage(std::string_view text) override { m_inner.showMessage(text); }
     Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) override
@@ -83,6 +99,7 @@ public:
     void setProgressRange(int low, int high) override { m_dialog.setRange(low, high); }
     void setProgressPosition(int position) override { m_dialog.setPosition(position); }
     void setProgressText(std::string_view text) override { m_dialog.setText(text); }
+    void setBatchItem(std::string_view text) override { m_dialog.setBatchItem(text); }
     void endProgress() override { m_dialog.end(); }
     bool stopRequested() override { return m_dialog.stopRequested() || m_inner.stopRequested(); }
 
