@@ -222,7 +222,8 @@ int main(int argc, char** argv)
 
     // The progress window while a batch runs.
     selectRows(frame, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
-    for (int at : {5, 40, 120})
+    // It shows once the batch has run 300 ms.
+    for (int at : {350, 500, 800})
         QTimer::singleShot(at, [&, at] {
             save(frame.mainView()->progressDialog(), out, QStringLiteral("20-progress-%1ms.png").arg(at));
         });

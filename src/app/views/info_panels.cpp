@@ -26,7 +26,7 @@ InfoPanels::InfoPanels(QWidget* parent) : QWidget(parent)
         auto* group = new QGroupBox(title, this);
         auto* form = new QFormLayout(group);
         form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+        form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
         form->setRowWrapPolicy(QFormLayout::DontWrapRows);
         for (const auto& [field, label] : rows) {
             auto* value = new QLabel(group);
