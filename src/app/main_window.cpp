@@ -118,6 +118,11 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     // A batch started from the list holds Save, Close and the other commands until it ends.
     connect(m_view, &MainView::busyChanged, this, &MainWindow::updateCommands);
     connect(m_view, &MainView::compareBitRatesRequested, this, [this] { runCommand(cmd::kCompareBitRates); });
+    connect(m_view, &MainView::startChosen, this, [this](const QString& link) {
+        if (link == QLatin1String("new")) runCommand(cmd::kNewProject);
+        else if (link == QLatin1String("open")) runCommand(cmd::kOpenProject);
+        else if (link.startsWith(QLatin1String("recent:"))) runCommand(cmd::kRecentFirst + link.mid(7).toInt());
+    });
     connect(m_view, &MainView::finished, this, [this](const QString& what) { statusBar()->showMessage(what); });
     connect(m_view, &MainView::rowsChanged, this, [this] {
         updateTitle();
@@ -380,6 +385,10 @@ void MainWindow::updateRecentMenu()
                             : QStringLiteral("Recent File"));
         entry->setToolTip(used ? QString::fromStdString(m_recent.entries()[std::size_t(index)]) : QString());
     }
+    QStringList recent;
+    for (std::size_t index = 0; index < m_recent.size(); ++index)
+        recent << QString::fromStdString(m_recent.entries()[index]);
+    m_view->showRecentProjects(recent);
 }
 
 void MainWindow::sessionChanged()

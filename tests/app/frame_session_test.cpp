@@ -4,6 +4,7 @@
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/new_project_dialog.h"
 #include "app/main_window.h"
+#include "app/views/main_view.h"
 #include "app/workspace_bar.h"
 #include "app_support.h"
 
@@ -12,6 +13,7 @@
 #include "support/files.h"
 
 #include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QStandardItemModel>
@@ -137,6 +139,18 @@ TEST_F(FrameSession, NewProjectFoldersAndWavesShowInTheFilesTree)
     m_frame->updateCommands();
     m_frame->runCommand(cmd::kRecentFirst);
     EXPECT_EQ(m_port.texts().back(), msg::kProjectIsOpen);
+
+    // With no project open the view says how to begin and offers the recent
+    // projects; a click on one opens it.
+    m_frame->runCommand(cmd::kCloseProject);
+    QLabel* start = m_frame->mainView()->startPage();
+    EXPECT_TRUE(start->isVisibleTo(m_frame->mainView()));
+    EXPECT_TRUE(start->text().contains(QStringLiteral("href=\"new\"")));
+    EXPECT_TRUE(start->text().contains(qtPath(project)));
+    emit start->linkActivated(QStringLiteral("recent:0"));
+    ASSERT_TRUE(m_frame->session().isOpen());
+    EXPECT_FALSE(start->isVisibleTo(m_frame->mainView()));
+    EXPECT_EQ(filesTree(*m_frame), tree);
 }
 
 // The frame comes back at the size the user left it, with the Workspace

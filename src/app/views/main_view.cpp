@@ -26,6 +26,8 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QLabel>
+#include <QStackedLayout>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMenu>
@@ -123,10 +125,22 @@ MainView::MainView(UserPort& port, QWidget* parent)
     applyListSettings();
     m_table->installEventFilter(new DeleteKeyFilter(this));
 
-    auto* layout = new QVBoxLayout(this);
+    // With no project open the view says how to begin instead of showing
+    // empty panels and an empty list.
+    m_start = new QLabel(this);
+    m_start->setAlignment(Qt::AlignCenter);
+    m_start->setTextFormat(Qt::RichText);
+    m_start->setWordWrap(true);
+    connect(m_start, &QLabel::linkActivated, this, &MainView::startChosen);
+    auto* work = new QWidget(this);
+    auto* layout = new QVBoxLayout(work);
     layout->setContentsMargins(4, 4, 4, 4);
     layout->addWidget(m_panels);
     layout->addWidget(m_table, 1);
+    m_pages = new QStackedLayout(this);
+    m_pages->addWidget(m_start);
+    m_pages->addWidget(work);
+    showRecentProjects({});
 
     buildContextMenu();
     connect(m_table, &QWidget::customContextMenuRequested, this,
@@ -321,8 +335,24 @@ void MainView::storeColumnScale()
     m_settings->columnScale = static_cast<float>(total) / static_cast<float>(kBaseWidthSum);
 }
 
+void MainView::showRecentProjects(const QStringList& recent)
+{
+    QString text = tr("<h2>No project is open</h2>"
+                      "<p><a href=\"new\">New Project...</a> (Ctrl+N) makes a project folder; drop WAV files "
+                      "on its Files tree to begin.</p>"
+                      "<p><a href=\"open\">Open Project...</a> (Ctrl+O)</p>");
+    if (!recent.isEmpty()) {
+        text += tr("<p>Recent projects:</p>");
+        for (int i = 0; i < recent.size(); ++i)
+            text += QStringLiteral("<p><a href=\"recent:%1\">%2</a></p>").arg(i).arg(recent[i].toHtmlEscaped());
+    }
+    text += tr("<p>F1 opens the user manual.</p>");
+    m_start->setText(text);
+}
+
 void MainView::refresh()
 {
+    m_pages->setCurrentIndex(hasProject() ? 1 : 0);
     m_algorithmFacts.clear();
     m_waveFacts.clear();
     m_originalSizes.clear();

@@ -26,6 +26,8 @@
 #include <vector>
 
 class QAction;
+class QLabel;
+class QStackedLayout;
 class QMenu;
 class QTableView;
 
@@ -121,6 +123,9 @@ public slots:
     // the play cell that shows the state (idle clears it).
     static std::string rowKey(const ListRow& row);
     std::optional<ListRow> currentListRow() const;
+    // The recent projects the empty view offers, most recent first.
+    void showRecentProjects(const QStringList& recent);
+    QLabel* startPage() const { return m_start; }
     // The sources of the selected rows, each once, in the list's order.
     std::vector<ProjectItem*> selectedSources() const;
     void showPlaying(const std::string& rowKey, int column, bool paused);
@@ -129,6 +134,8 @@ signals:
     // What a batch or an export came to, for the status bar: "Encoded 4
     // rows (1 failed)", "Exported 7 files to DIR".
     void finished(const QString& what);
+    // A link of the empty view: "new", "open" or "recent:N".
+    void startChosen(const QString& link);
     // "Compare Bit Rates..." was chosen from the list's pop-up menu.
     void compareBitRatesRequested();
     // A play cell with something to play was clicked: the row and its column.
@@ -185,6 +192,8 @@ private:
     int m_playingColumn = -1;
     bool m_playingPaused = false;
     InfoPanels* m_panels;
+    QLabel* m_start = nullptr;         // what to do with no project open
+    QStackedLayout* m_pages = nullptr; // that, or the panels and the list
     ProgressDialog* m_progress;
     QMenu* m_menu = nullptr;
     std::vector<QAction*> m_contextActions;
