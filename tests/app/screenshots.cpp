@@ -2,6 +2,7 @@
 // look at them. app_screenshots OUTDIR PROJECT.ptp
 #include "app/compare/compare_rates_dialog.h"
 #include "app/dialogs/add_folder_dialog.h"
+#include "app/dialogs/manual_window.h"
 #include "app/dialogs/new_project_dialog.h"
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/file_chooser.h"
@@ -201,6 +202,14 @@ int main(int argc, char** argv)
         sentence.show();
         QApplication::processEvents();
         save(&sentence, out, QStringLiteral("25-play-sentence.png"));
+    }
+
+    // The user manual, as F1 opens it.
+    frame.runCommand(cmd::kHelp);
+    if (const auto manuals = frame.findChildren<ManualWindow*>(); !manuals.empty()) {
+        QApplication::processEvents();
+        save(manuals.front(), out, QStringLiteral("27-manual.png"));
+        manuals.front()->close();
     }
 
     // Compare Bit Rates on two sources after a real sweep, a point chosen.
