@@ -323,8 +323,8 @@ TEST_F(ViewTest, ExportDialogValuesDriveTheExportOfSelectedOrAllRows)
 TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults)
 {
     const fs::path programFolder = KESTRELON_PROGRAM_DIR;
-    for (const char* name : {"a.wav", "b.wav"})
-        writeBytes(project / "Files" / name, wav16Bytes(std::vector<std::int16_t>(160000, 700), 8000));
+    writeBytes(project / "Files" / "a.wav", wav16Bytes(std::vector<std::int16_t>(160000, 700), 8000));
+    writeBytes(project / "Files" / "b.wav", wav16Bytes(std::vector<std::int16_t>(320000, 700), 16000));
     open({{"a.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""},
           {"b.wav", "KS-1 Voice", "ImaAdpcm", "32000", "", "", "", "", ""}});
     BodySettings bodies;
@@ -338,6 +338,11 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults
     view.setEnvironment(&bodies, &registry, programFolder);
     attach(view);
     view.selectAll();
+
+    // A row whose recording is not at the codec's rate says so.
+    EXPECT_EQ(view.table()->model()->index(0, 1).data(Qt::ToolTipRole).toString(), "");
+    EXPECT_EQ(view.table()->model()->index(1, 1).data(Qt::ToolTipRole).toString(),
+              "Recorded at 16000 Hz; ImaAdpcm works at 8000 Hz, so it is resampled when encoded.");
 
     // The frame hears when each batch starts and ends, and what it came to.
     std::vector<bool> busy;

@@ -98,9 +98,27 @@ void InfoPanels::show(const QString& fileName, const std::optional<WaveFacts>& w
         set(AlgoSampleRate, algorithm->sampleRate);
         set(AlgoResolution, algorithm->resolution);
     }
+    // What the codec will do to the recording, where it differs from it.
+    if (wave && algorithm) {
+        const QString note = codecNote(*wave, *algorithm);
+        m_values[FileSampleRate]->setToolTip(note.isEmpty() ? m_values[FileSampleRate]->text() : note);
+        m_values[FileChannels]->setToolTip(note.isEmpty() ? m_values[FileChannels]->text() : note);
+    }
     set(EncodeSize, withUnit(record.encodeSize, " byte"));
     set(DecodeSize, withUnit(record.decodeSize, " byte"));
     set(CompressionRate, withUnit(record.compressionRate, " %"));
+}
+
+QString InfoPanels::codecNote(const WaveFacts& wave, const AlgorithmFacts& algorithm)
+{
+    QStringList notes;
+    if (!algorithm.sampleRate.empty() && wave.sampleRate != algorithm.sampleRate)
+        notes << tr("Recorded at %1; %2 works at %3, so it is resampled when encoded.")
+                     .arg(QString::fromStdString(wave.sampleRate), QString::fromStdString(algorithm.name),
+                          QString::fromStdString(algorithm.sampleRate));
+    if (wave.channels != "Mono")
+        notes << tr("%1: its channels are mixed into one when encoded.").arg(QString::fromStdString(wave.channels));
+    return notes.join(QLatin1Char('\n'));
 }
 
 void InfoPanels::clear()

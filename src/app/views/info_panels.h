@@ -47,6 +47,9 @@ public:
     void show(const QString& fileName, const std::optional<WaveFacts>& wave, const QString& algorithmName,
               const std::optional<AlgorithmFacts>& algorithm, const EditInfoRecord& record);
     // No current row.
+    // What the codec does to a recording that is not as it works ("Recorded
+    // at 44100 Hz; ImaAdpcm works at 8000 Hz, ..."); empty when nothing.
+    static QString codecNote(const WaveFacts& wave, const AlgorithmFacts& algorithm);
     void clear();
 
     QString text(Field field) const;

@@ -100,6 +100,11 @@ MainView::MainView(UserPort& port, QWidget* parent)
 {
     m_proxy->setSourceModel(m_model);
     m_model->setQuality(&m_quality);
+    m_model->setToolTips([this](const ListRow& row) {
+        const std::optional<WaveFacts> wave = waveFacts(*row.source);
+        const std::optional<AlgorithmFacts> algorithm = algorithmFacts(row.record().algoName);
+        return wave && algorithm ? InfoPanels::codecNote(*wave, *algorithm) : QString();
+    });
     m_table->setModel(m_proxy);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::ExtendedSelection);

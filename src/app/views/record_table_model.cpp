@@ -188,6 +188,11 @@ QVariant RecordTableModel::data(const QModelIndex& index, int role) const
         return display(row, index.column());
     case kSortRole:
         return sortValue(row, index.row(), index.column());
+    case Qt::ToolTipRole:
+        if (m_toolTip)
+            if (const QString tip = m_toolTip(row); !tip.isEmpty())
+                return tip;
+        return {};
     case Qt::TextAlignmentRole: {
         const SortKind kind = sortKindOf(index.column());
         if (kind == SortKind::Number)

@@ -9,6 +9,8 @@
 
 #include <QAbstractTableModel>
 
+#include <functional>
+
 namespace kestrelon {
 
 class RecordTableModel : public QAbstractTableModel {
@@ -33,6 +35,8 @@ public:
     // the play column, and whether it is paused.
     void setPlayingCell(int row, int column, bool paused);
 
+    // A row's tool tip, from whoever knows its recording and codec.
+    void setToolTips(std::function<QString(const ListRow&)> toolTip) { m_toolTip = std::move(toolTip); }
     // Where the quality columns read their measures; none shows empty cells.
     void setQuality(const QualityFile* quality) { m_quality = quality; }
 
@@ -62,6 +66,7 @@ private:
 
     MainList m_list;
     const QualityFile* m_quality = nullptr;
+    std::function<QString(const ListRow&)> m_toolTip;
     int m_playingRow = -1;
     int m_playingColumn = -1;
     bool m_playingPaused = false;
