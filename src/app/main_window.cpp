@@ -403,6 +403,7 @@ void MainWindow::sessionChanged()
         m_tree = std::make_unique<WorkspaceTree>(m_session.document(), m_session.projectFolder(),
                                                  m_session.deletionList(), *m_port);
         m_tree->onChanged = [this] { treeChanged(); };
+        m_tree->setCopyRecord(&m_session.copiedIn());
         m_workspace->setProject(m_tree.get(), &m_session.document(),
                                 qtPath(m_session.projectFile().stem()), &m_companions.algorithms());
         // Add Files and Add Folder work at once: the project's root is where

@@ -245,6 +245,7 @@ bool ProjectSession::saveProject()
         return false;
     }
     m_unsavedWork.clear();
+    m_copiedIn.clear(); // the saved project names them now
     m_newProject = false;
     deleteListedFiles(m_deletionList, folder);
     m_deletionList.clear();
@@ -308,6 +309,7 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
         return false;
     }
     m_unsavedWork.clear();
+    m_copiedIn.clear(); // the project saved under its new name names them
 
     const fs::path oldFileName = m_projectFile.filename();
     m_projectFile = target;
@@ -344,6 +346,7 @@ bool ProjectSession::closeProject()
         m_port.showMessage(msg::kCannotCloseWait);
         return false;
     }
+    bool declined = false; // the changes are dropped
     if (m_document->isModified()) {
         const Answer answer = m_port.ask(msg::kSaveBeforeClose, Buttons::YesNoCancel);
         if (answer == Answer::Cancel)
@@ -352,6 +355,7 @@ bool ProjectSession::closeProject()
         // changes the user asked to keep.
         if (answer == Answer::Yes && !saveProject())
             return false;
+        declined = answer == Answer::No;
     }
 
     const fs::path folder = projectFolder();
@@ -382,6 +386,8 @@ bool ProjectSession::closeProject()
     }
     deleteListedFiles(m_deletionList, folder);
     deleteListedFiles(m_temporaryFiles, folder);
+    if (declined)
+        deleteListedFiles(m_copiedIn, folder);
     discard();
     return true;
 }
@@ -453,6 +459,7 @@ void ProjectSession::discard()
     m_projectFile.clear();
     m_newProject = false;
     m_deletionList.clear();
+    m_copiedIn.clear();
     m_temporaryFiles.clear();
     m_droppedAtSave.clear();
     enterFolder(m_programFolder);

@@ -76,6 +76,9 @@ public:
     // item). Only files inside the project folder are ever deleted; a relative
     // entry is relative to the project folder.
     std::vector<std::filesystem::path>& deletionList() { return m_deletionList; }
+    // Wave files copied into Files since the project was last saved: a close
+    // without saving removes them, as the saved project does not name them.
+    std::vector<std::filesystem::path>& copiedIn() { return m_copiedIn; }
     // Files of the saved project that the open one no longer needs (the
     // results of a cleared row, the decoded wave of a re-encoded one):
     // deleted by the next Save or Save As, which writes a project file that
@@ -131,6 +134,7 @@ private:
     bool m_busy = false;
     bool m_newProject = false;
     std::vector<std::filesystem::path> m_deletionList;
+    std::vector<std::filesystem::path> m_copiedIn;
     std::vector<std::filesystem::path> m_temporaryFiles;
     std::vector<std::filesystem::path> m_droppedAtSave;
     std::vector<std::filesystem::path> m_unsavedWork;

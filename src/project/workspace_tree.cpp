@@ -273,6 +273,8 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
         fs::create_directories(filesFolder(), ec);
         if (!copyWhole(chosen, target))
             return refuse(AddFileOutcome::CopyFailed, cannotAdd(msg::kCopyFailedSuffix));
+        if (m_copiedIn)
+            m_copiedIn->push_back(target);
     }
     keepOffDeletionList(target);
 

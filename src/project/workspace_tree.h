@@ -67,6 +67,9 @@ public:
 
     // Called after every change, once per command.
     std::function<void()> onChanged;
+    // Where the copies Add Files makes into Files are noted, for a close
+    // without saving to take away again; none keeps no note.
+    void setCopyRecord(std::vector<std::filesystem::path>* copiedIn) { m_copiedIn = copiedIn; }
 
     TreeSelection& selection() { return m_selection; }
     const TreeSelection& selection() const { return m_selection; }
@@ -112,6 +115,7 @@ private:
     ProjectDocument& m_document;
     std::filesystem::path m_projectFolder;
     std::vector<std::filesystem::path>& m_deletionList;
+    std::vector<std::filesystem::path>* m_copiedIn = nullptr;
     UserPort& m_port;
     TreeSelection m_selection;
 };

@@ -226,5 +226,29 @@ TEST_F(FrameSession, WaveFilesDroppedOnTheTreeAreAddedWhereTheyFall)
     EXPECT_TRUE(m_frame->isWindowModified());
 }
 
+// Closing without saving takes away the copies this session made into Files
+// that the saved project does not name, never a file the user chose where
+// it lay, nor one a save has named since.
+TEST_F(FrameSession, CloseWithoutSavingRemovesTheCopiesTheSessionMade)
+{
+    ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Keep"));
+    ASSERT_TRUE(m_frame->session().saveProject());
+    m_frame->sessionChanged();
+    const fs::path files = m_dir / "Keep" / "Files";
+    fs::create_directories(files);
+    fs::copy_file(kWaves / "hts2a.wav", files / "inplace.wav");
+
+    addWaves({kWaves / "hts1a.wav"});
+    m_frame->runCommand(cmd::kSaveProject); // hts1a.wav is the project's now
+    addWaves({kWaves / "cross.wav", files / "inplace.wav"});
+    EXPECT_TRUE(fs::exists(files / "cross.wav"));
+    m_port.queue(Answer::No);
+    m_frame->runCommand(cmd::kCloseProject);
+    ASSERT_FALSE(m_frame->session().isOpen());
+    EXPECT_FALSE(fs::exists(files / "cross.wav"));
+    EXPECT_TRUE(fs::exists(files / "hts1a.wav"));
+    EXPECT_TRUE(fs::exists(files / "inplace.wav"));
+}
+
 } // namespace
 } // namespace kestrelon
