@@ -76,6 +76,8 @@ constexpr std::array kExtraTable = {
     CommandRow{kCompareBitRates, "Compare &Bit Rates...", "", Upd::Yes,
                "Weigh the size of the selected sources against their quality at every bit rate"},
     CommandRow{kAbout, "&About Kestrelon", "", Upd::No, "The program's version, its libraries and where it lives"},
+    CommandRow{kUndo, "&Undo", "Ctrl+Z", Upd::Yes, "Take back the last edit of the project"},
+    CommandRow{kRedo, "&Redo", "Ctrl+Shift+Z", Upd::Yes, "Make the edit taken back again"},
 };
 
 bool isToggle(int id)
@@ -152,6 +154,10 @@ bool commandEnabled(int id, const FrameState& s)
     case kAddFiles:
     case kAddFolder:
         return projectIdle && s.hasTarget;
+    case kUndo:
+        return projectIdle && s.canUndo;
+    case kRedo:
+        return projectIdle && s.canRedo;
     case kDeleteAll:
         return projectIdle && !s.filesTreeEmpty;
     case kDeleteFolderFiles:

@@ -75,6 +75,8 @@ inline constexpr int kPlayLooped = 33004;
 inline constexpr int kPlaySentence = 33005;
 inline constexpr int kCompareBitRates = 33006;
 inline constexpr int kAbout = 33007;
+inline constexpr int kUndo = 33008;
+inline constexpr int kRedo = 33009;
 } // namespace cmd
 
 // Whether a command has an enabling rule of its own ("Upd"): Yes, No (always
@@ -126,6 +128,8 @@ struct FrameState {
     bool capsLock = false;          // known only where the platform tells it
     bool playerLoaded = false;      // the PC player plug-in
     bool playing = false;           // something plays (or is paused)
+    bool canUndo = false;           // the project's history has a step back
+    bool canRedo = false;           // ... or one forward again
 };
 
 // The enabling rule of command `id`: project commands need an open project

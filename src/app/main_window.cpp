@@ -13,6 +13,7 @@
 #include "app/playback/play_commands.h"
 #include "app/playback/play_sentence_dialog.h"
 #include "app/qt_user_port.h"
+#include "app/undo/project_undo.h"
 #include "app/waveform/wave_window.h"
 #include "app/views/main_view.h"
 #include "bodies/body_settings.h"
@@ -109,7 +110,9 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_commands = new CommandTable(this);
     connect(m_commands, &CommandTable::triggered, this, &MainWindow::runCommand);
 
+    m_undo = new ProjectUndo(m_session, *m_port, this);
     m_view = new MainView(*m_port);
+    m_view->setUndo(m_undo);
     m_view->setEnvironment(m_bodies, &m_companions.algorithms(), m_options.programFolder);
     m_view->setSettings(&m_settings);
     m_view->setSession(&m_session);
@@ -136,6 +139,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_playing = new PlayCommands(*m_port, m_session, *m_view, *statusBar(), this);
     m_playing->setPlayMode(m_settings.playMode);
     connect(m_playing, &PlayCommands::stateChanged, this, &MainWindow::updateCommands);
+    connectUndo();
     resize(1000, 700);
     restoreLayout();
     sessionChanged();
@@ -222,7 +226,7 @@ void MainWindow::createMenus()
     add(file, {0, kExit});
 
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
-    add(edit, {kAddFiles, kAddFolder, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles, kDeleteAll, 0,
+    add(edit, {kUndo, kRedo, 0, kAddFiles, kAddFolder, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles, kDeleteAll, 0,
                kSelectAllTree, kShowProperty});
 
     QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
@@ -338,6 +342,8 @@ FrameState MainWindow::frameState() const
     state.capsLock = capsLockOn().value_or(false);
     state.playerLoaded = m_playing && m_playing->playerLoaded();
     state.playing = m_playing && m_playing->playing();
+    state.canUndo = m_undo->canUndo();
+    state.canRedo = m_undo->canRedo();
     return state;
 }
 
@@ -346,6 +352,9 @@ void MainWindow::updateCommands()
     // Every command and view change passes here: the title's mark follows.
     updateTitle();
     m_commands->update(frameState());
+    // Qt's convention: the menu names the step ("&Undo Delete Files").
+    action(cmd::kUndo)->setText(m_undo->canUndo() ? tr("&Undo %1").arg(m_undo->undoText()) : tr("&Undo"));
+    action(cmd::kRedo)->setText(m_undo->canRedo() ? tr("&Redo %1").arg(m_undo->redoText()) : tr("&Redo"));
     if (m_playing) {
         action(cmd::kPc)->setChecked(m_playing->playMode() == 0);
         action(cmd::kTargetBoard)->setChecked(m_playing->playMode() == 1);
@@ -410,10 +419,26 @@ void MainWindow::sessionChanged()
         // they go until the user picks another node.
         m_workspace->selectItems({}, /*root=*/true);
     }
+    m_undo->forget(); // its steps were another project's, or the one saved under the old name
     updateTitle();
     updateRecentMenu();
     refreshViews();
     emit projectChanged();
+}
+
+void MainWindow::connectUndo()
+{
+    m_workspace->setUndo(m_undo);
+    connect(m_undo, &ProjectUndo::historyChanged, this, &MainWindow::updateCommands);
+    // The project's items are made anew: nothing may keep pointing at the old ones.
+    connect(m_undo, &ProjectUndo::aboutToRestore, this, [this] {
+        m_playing->stop();
+        if (m_tree) m_tree->selection().forgetItems();
+    });
+    connect(m_undo, &ProjectUndo::restored, this, [this] {
+        treeChanged();
+        m_workspace->selectItems({}, /*root=*/true);
+    });
 }
 
 void MainWindow::treeChanged()
@@ -466,6 +491,8 @@ void MainWindow::runCommand(int id)
         case kSaveProject: onSaveProject(); break;
         case kSaveProjectAs: onSaveProjectAs(); break;
         case kCloseProject: onCloseProject(); break;
+        case kUndo: m_undo->undo(); break;
+        case kRedo: m_undo->redo(); break;
         case kAddFiles: onAddFiles(); break;
         case kAddFolder: onAddFolder(); break;
         case kDeleteAll: onDeleteAll(); break;
@@ -547,8 +574,10 @@ bool MainWindow::openProject(const fs::path& file)
 
 void MainWindow::onSaveProject()
 {
-    if (m_session.saveProject())
-        statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
+    if (!m_session.saveProject()) return updateTitle();
+    // The save deleted the files the project let go of: no step can bring them back.
+    m_undo->forget();
+    statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
     updateTitle();
 }
 
@@ -589,7 +618,18 @@ void MainWindow::onAddFiles()
     const std::vector<fs::path> chosen = m_chooser->waveFiles(startFolder(m_settings.lastFilePath));
     if (chosen.empty()) return;
     m_settings.lastFilePath = utf8FromPath(chosen.front().parent_path());
-    m_tree->addFiles(*target, chosen);
+    addFilesRecorded(*target, chosen);
+}
+
+void MainWindow::addFilesRecorded(const TreeTarget& target, const std::vector<fs::path>& files)
+{
+    bool overwrote = false;
+    m_undo->record(tr("Add Files"), [&] {
+        for (const AddedFile& added : m_tree->addFiles(target, files))
+            overwrote = overwrote || added.outcome == AddFileOutcome::Overwritten;
+    });
+    // The overwritten wave's old samples are not the project's to give back.
+    if (overwrote) m_undo->forget();
 }
 
 void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs::path>& files)
@@ -597,7 +637,7 @@ void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs:
     // As Add Files, with every check and question, but for what was dropped.
     if (!m_tree || m_session.busy()) return;
     m_settings.lastFilePath = utf8FromPath(files.front().parent_path());
-    m_tree->addFiles(target, files);
+    addFilesRecorded(target, files);
     updateCommands();
 }
 
@@ -607,30 +647,30 @@ void MainWindow::onAddFolder()
     if (!m_tree || !target) return;
     AddFolderDialog dialog(this);
     if (dialog.exec() != QDialog::Accepted) return;
-    m_tree->addFolder(*target, dialog.folderName());
+    m_undo->record(tr("Add Folder"), [&] { m_tree->addFolder(*target, dialog.folderName()); });
 }
 
 void MainWindow::onDeleteAll()
 {
-    if (m_tree) m_tree->deleteAll();
+    if (m_tree) m_undo->record(tr("Delete All"), [this] { m_tree->deleteAll(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolderFiles()
 {
-    if (m_tree) m_tree->deleteFolderFiles();
+    if (m_tree) m_undo->record(tr("Delete Folder Files"), [this] { m_tree->deleteFolderFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFiles()
 {
-    if (m_tree) m_tree->deleteFiles();
+    if (m_tree) m_undo->record(tr("Delete Files"), [this] { m_tree->deleteFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolders()
 {
-    if (m_tree) m_tree->deleteFolders();
+    if (m_tree) m_undo->record(tr("Delete Folder"), [this] { m_tree->deleteFolders(); });
     m_workspace->filesView()->setFocus();
 }
 

@@ -36,6 +36,7 @@ class BodySettings;
 class FileChooser;
 class MainView;
 class PlayCommands;
+class ProjectUndo;
 class QtUserPort;
 class WorkspaceBar;
 class ManualWindow;
@@ -149,6 +150,9 @@ private:
     void restoreLayout();
     void keepLayout();
     void treeChanged();
+    void connectUndo();
+    // Add Files and a drop: one step of the history, unless a wave was overwritten.
+    void addFilesRecorded(const TreeTarget& target, const std::vector<std::filesystem::path>& files);
     void updateTitle();
     void updateRecentMenu();
     void updateCapsIndicator();
@@ -177,6 +181,7 @@ private:
     QLabel* m_capsIndicator = nullptr;
     MainView* m_view = nullptr;
     PlayCommands* m_playing = nullptr;
+    ProjectUndo* m_undo = nullptr;
     QMenu* m_filesMenu = nullptr;
     QMenu* m_algorithmsMenu = nullptr;
 };

@@ -1,6 +1,7 @@
 #include "app/workspace_bar.h"
 
 #include "app/file_chooser.h"
+#include "app/undo/project_undo.h"
 #include "plugins/algorithm_registry.h"
 #include "project/project_document.h"
 
@@ -276,7 +277,11 @@ void WorkspaceBar::renamed(QStandardItem* node)
         if (!m_tree || !m_document) return;
         const std::vector<ProjectItem*> live = filesTreeOrder(*m_document);
         if (std::find(live.begin(), live.end(), item) == live.end()) return;
-        if (m_tree->renameFolder(item, newName) != CommandOutcome::Done)
+        CommandOutcome outcome = CommandOutcome::NothingToDo;
+        const auto rename = [&] { outcome = m_tree->renameFolder(item, newName); };
+        if (m_undo) m_undo->record(tr("Rename Folder"), rename);
+        else rename();
+        if (outcome != CommandOutcome::Done)
             refreshFiles(); // a refused name goes back to the folder's own
     });
 }

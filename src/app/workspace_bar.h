@@ -25,6 +25,8 @@ namespace kestrelon {
 
 struct AlgoRegEntry;
 
+class ProjectUndo;
+
 class WorkspaceBar : public QDockWidget {
     Q_OBJECT
 public:
@@ -58,6 +60,8 @@ public:
 
     void setFilesMenu(QMenu* menu) { m_filesMenu = menu; }
     void setAlgorithmsMenu(QMenu* menu) { m_algorithmsMenu = menu; }
+    // Where a folder's new name is kept as a step of the history.
+    void setUndo(ProjectUndo* undo) { m_undo = undo; }
 
     QTabWidget* tabs() const { return m_tabs; }
     QTreeView* filesView() const { return m_filesView; }
@@ -87,6 +91,7 @@ private:
     static ProjectItem* itemOf(const QModelIndex& index);
 
     WorkspaceTree* m_tree = nullptr;
+    ProjectUndo* m_undo = nullptr;
     const ProjectDocument* m_document = nullptr;
     QString m_projectName;
     const std::vector<AlgoRegEntry>* m_algorithms = nullptr;

@@ -99,10 +99,12 @@ std::size_t MainList::clearSelectedResults(ProjectSession& session)
 {
     const fs::path temp = session.tempFolder();
     const fs::path project = session.projectFolder();
-    // The working copy goes now; the copy a Save put beside the project file
-    // goes with the next Save, since the saved project file still names it.
+    // The working copy goes now (set aside, for an undo to bring back); the
+    // copy a Save put beside the project file goes with the next Save, since
+    // the saved project file still names it.
     const auto drop = [&](const fs::path& name) {
-        removeQuietly(temp / name);
+        if (!session.setAside(temp / name))
+            removeQuietly(temp / name);
         session.dropAtSave(project / name.filename());
     };
     std::size_t cleared = 0;
@@ -151,8 +153,10 @@ void MainList::removeRows(const std::vector<std::size_t>& doomed, ProjectSession
             // Save or Close, like every other file the project lets go of.
             if (withEventFiles && session.isOpen() && isPlainFileName(record.encodeName)) {
                 const std::string eventName = utf8FromPath(pathFromUtf8(record.encodeName).stem()) + ".evt";
+                const fs::path working = session.tempFolder() / "evt" / pathFromUtf8(eventName);
+                if (!session.setAside(working))
+                    removeQuietly(working);
                 std::error_code ec;
-                fs::remove(session.tempFolder() / "evt" / pathFromUtf8(eventName), ec);
                 const fs::path besideProject = session.projectFolder() / pathFromUtf8(eventName);
                 if (fs::exists(fs::symlink_status(besideProject, ec)))
                     session.deletionList().push_back(besideProject);

@@ -226,6 +226,11 @@ inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopy
 // The quality measures kept beside the project, after the file's path.
 inline constexpr std::string_view kQualityNotWritten = " could not be written: the quality measures were not kept !";
 
+// Undo and Redo.
+inline constexpr std::string_view kUndoProjectChanged =
+    "The project has changed since that step (by an encode, a decode or a save), so it cannot be taken back.";
+inline constexpr std::string_view kUndoFilesNotMoved = "These files could not be moved back into place:";
+
 // Clear: a row's results go, so it asks first.
 inline constexpr std::string_view kClearQuestion =
     "Clear the encode and decode results of the selected item(s)?\nThey can be made again by encoding.";

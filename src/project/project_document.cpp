@@ -1,6 +1,7 @@
 #include "project/project_document.h"
 
 #include "common/file_io.h"
+#include "common/recording_port.h"
 #include "project/project_file_reader.h"
 #include "project/project_file_writer.h"
 
@@ -82,6 +83,17 @@ bool ProjectDocument::openBytes(std::string_view bytes, const std::filesystem::p
         return false;
     m_path = path;
     return true;
+}
+
+void ProjectDocument::restore(std::string_view text)
+{
+    const std::filesystem::path path = m_path;
+    const std::uint32_t flags = m_flags;
+    RecordingPort keepEverySource([](std::string_view, Buttons, std::string_view) { return Answer::Cancel; });
+    clear();
+    readProjectFile(*this, textModeFromBytes(text), path, keepEverySource);
+    m_path = path;
+    m_flags = flags;
 }
 
 bool ProjectDocument::save(const std::filesystem::path& path)

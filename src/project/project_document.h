@@ -68,6 +68,11 @@ public:
     // file, whose folder the sources are looked for in.
     bool openBytes(std::string_view bytes, const std::filesystem::path& path, UserPort& port);
 
+    // The content again from text serialize() gave, path kept: what Undo and
+    // Redo put back. No source is dropped for a missing wave file, and nothing
+    // is asked: the text described this project a moment ago.
+    void restore(std::string_view text);
+
     // Writes the whole file. Success stores `path` and clears the modified flag;
     // failure (the file cannot be written, or would be too large to read back)
     // changes nothing.

@@ -251,6 +251,7 @@ bool ProjectSession::saveProject()
     m_deletionList.clear();
     deleteListedFiles(m_droppedAtSave, folder);
     m_droppedAtSave.clear();
+    m_setAside.clear(); // with Temp
     deleteFolderReporting(tempFolder(), folder);
     recreateTempFolder(folder);
     return true;
@@ -320,6 +321,7 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     rebase(m_droppedAtSave, oldFolder, newFolder);
     deleteListedFiles(m_droppedAtSave, newFolder);
     m_droppedAtSave.clear();
+    m_setAside.clear(); // with the old Temp
     enterFolder(newFolder); // a current folder cannot be deleted everywhere
     deleteFolderReporting(oldTemp, oldFolder);
     // The old folder of a never-saved project goes, unless the new project,
@@ -462,6 +464,7 @@ void ProjectSession::discard()
     m_copiedIn.clear();
     m_temporaryFiles.clear();
     m_droppedAtSave.clear();
+    m_setAside.clear();
     enterFolder(m_programFolder);
 }
 

@@ -12,6 +12,7 @@
 // algorithm registry), N/Temp (working files) and N/Temp/evt.
 #include "common/folder_lock.h"
 #include "project/project_document.h"
+#include "project/project_state.h"
 
 #include <chrono>
 #include <filesystem>
@@ -96,6 +97,21 @@ public:
     const std::vector<std::filesystem::path>& temporaryFiles() const { return m_temporaryFiles; }
     void markModified() { m_document->setModified(true); }
 
+    // Instead of deleting a working file in the project folder, a command that
+    // an undo may take back moves it to Temp/undo (under its place in the
+    // folder), where it stays until the next Save or Close removes Temp.
+    // False, with the file left where it is, when it cannot be moved.
+    bool setAside(const std::filesystem::path& file);
+
+    // The project as Undo and Redo see it, and the way back to such a moment:
+    // the document is read again from the text (every source kept, asked
+    // nothing), the session's notes replaced, and files set aside since (or
+    // copied in since) moved out of the way, those set aside no longer moved
+    // back. The project is marked modified. Files that could not be moved are
+    // returned, and stay where they are.
+    ProjectState state() const;
+    std::vector<std::filesystem::path> restore(const ProjectState& state);
+
     // New Project after the dialog's checks (checkNewProject): closes the open
     // project, makes LOCATION/NAME with Temp, Files and Algos, and starts an
     // empty, unsaved project there. The project file is written by the first Save.
@@ -138,6 +154,7 @@ private:
     std::vector<std::filesystem::path> m_temporaryFiles;
     std::vector<std::filesystem::path> m_droppedAtSave;
     std::vector<std::filesystem::path> m_unsavedWork;
+    std::vector<std::filesystem::path> m_setAside;
     int m_tempTries = kTempFolderTries;
     std::chrono::milliseconds m_tempWait = kTempFolderWait;
 };

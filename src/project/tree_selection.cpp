@@ -131,6 +131,12 @@ void TreeSelection::clear()
     m_focus = m_anchor = nullptr;
 }
 
+void TreeSelection::forgetItems()
+{
+    clear();
+    m_collapsed.clear();
+}
+
 void TreeSelection::selectOnly(const std::vector<ProjectItem*>& items)
 {
     clear();

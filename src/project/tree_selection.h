@@ -44,6 +44,9 @@ public:
     void selectOnly(const std::vector<ProjectItem*>& items);
     // Forgets nodes that are no longer in the tree.
     void prune();
+    // Forgets every node, collapsed ones too: for when all items are about
+    // to be made anew (an undo), and a new item might take an old address.
+    void forgetItems();
 
     bool isSelected(const ProjectItem* item) const;
     bool empty() const { return items().empty(); }

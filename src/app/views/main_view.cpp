@@ -1,5 +1,6 @@
 #include "app/views/main_view.h"
 
+#include "app/undo/project_undo.h"
 #include "app/dialogs/algorithm_info_dialog.h"
 #include "app/dialogs/encode_info_dialog.h"
 #include "app/dialogs/encode_setting_dialog.h"
@@ -503,18 +504,22 @@ void MainView::deleteSelected()
 {
     if (!readyForCommand())
         return;
-    MainList shown = shownList();
-    if (shown.deleteSelected(m_port, *m_session))
-        refresh();
+    recorded(tr("Delete"), [this] {
+        MainList shown = shownList();
+        if (shown.deleteSelected(m_port, *m_session))
+            refresh();
+    });
 }
 
 void MainView::deleteAll()
 {
     if (!readyForCommand())
         return;
-    MainList shown = shownList();
-    if (shown.deleteAll(m_port, *m_session))
-        refresh();
+    recorded(tr("Delete All"), [this] {
+        MainList shown = shownList();
+        if (shown.deleteAll(m_port, *m_session))
+            refresh();
+    });
 }
 
 void MainView::encodeSelected()
@@ -552,6 +557,7 @@ void MainView::runBatch(bool encode)
         encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
     host.releaseAlgorithm();
     setBusy(false);
+    forgetHistory();
     emit finished(batchSummary(batch, encode));
     if (decoding && batch.count(RowOutcome::Done) > 0)
         keepQuality();
@@ -582,6 +588,20 @@ QString MainView::batchSummary(const BatchResult& batch, bool encode)
     return batch.stopped ? tr("Stopped: ") + text.left(1).toLower() + text.mid(1) : text;
 }
 
+void MainView::recorded(const QString& text, const std::function<void()>& edit)
+{
+    if (m_undo)
+        m_undo->record(text, edit);
+    else
+        edit();
+}
+
+void MainView::forgetHistory()
+{
+    if (m_undo)
+        m_undo->forgetIfChanged();
+}
+
 void MainView::rowsRewritten()
 {
     m_model->recordsChanged();
@@ -594,12 +614,14 @@ void MainView::showProperty()
     const std::optional<int> row = currentSourceRow();
     if (!row || !readyForCommand())
         return;
-    PropertyDialog dialog(m_model->listRow(*row).record(), m_port, this);
-    if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
-        m_session->markModified();
-        m_model->recordChanged(*row);
-        emit rowsChanged();
-    }
+    recorded(tr("Property"), [&] {
+        PropertyDialog dialog(m_model->listRow(*row).record(), m_port, this);
+        if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
+            m_session->markModified();
+            m_model->recordChanged(*row);
+            emit rowsChanged();
+        }
+    });
 }
 
 void MainView::showEncodeInfo()
@@ -621,8 +643,10 @@ void MainView::clearSelected()
     MainList shown = shownList();
     if (shown.selectedCount() == 0 || m_port.ask(msg::kClearQuestion, Buttons::YesNo) != Answer::Yes)
         return;
-    if (shown.clearSelectedResults(*m_session) > 0)
-        rowsRewritten();
+    recorded(tr("Clear"), [&] {
+        if (shown.clearSelectedResults(*m_session) > 0)
+            rowsRewritten();
+    });
 }
 
 void MainView::duplicateSelected()
@@ -759,6 +783,7 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
     const bool decoding = m_settings && m_settings->autoDecode != 0;
     command(environment, chooser, last, decoding);
     host.releaseAlgorithm();
+    forgetHistory();
     if (decoding)
         keepQuality();
     if (m_settings) {

@@ -48,6 +48,8 @@ struct EngineEnvironment;
 struct LastEncodeSetting;
 struct SettingsStore;
 
+class ProjectUndo;
+
 class MainView : public QWidget {
     Q_OBJECT
 public:
@@ -59,6 +61,9 @@ public:
     // The open project, or null. Call refresh() after a project was opened,
     // closed or its rows changed elsewhere.
     void setSession(ProjectSession* session);
+    // Where the list's edits are kept as steps of the history (Delete, Delete
+    // All, Clear, Property), and which encode and decode empty; may be null.
+    void setUndo(ProjectUndo* undo) { m_undo = undo; }
     // The body settings, the project's algorithm registry (the companion
     // files' list) and the program folder the shipped codecs lie under. The
     // engine, Add Encode Data and the Encode Setting dialog need them.
@@ -168,6 +173,11 @@ private:
     void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
+    // Runs `edit` as one step of the history, when there is one.
+    void recorded(const QString& text, const std::function<void()>& edit);
+    // After a command that writes or deletes files no step can restore: the
+    // history goes when the command changed the project.
+    void forgetHistory();
     // The status bar's words for what a batch came to.
     static QString batchSummary(const BatchResult& batch, bool encode);
     void setBusy(bool busy);
@@ -180,6 +190,7 @@ private:
 
     UserPort& m_port;
     ProjectSession* m_session = nullptr;
+    ProjectUndo* m_undo = nullptr;
     BodySettings* m_bodies = nullptr;
     std::vector<AlgoRegEntry>* m_registry = nullptr;
     std::filesystem::path m_programFolder;
