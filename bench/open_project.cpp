@@ -4,8 +4,15 @@
 // window (offscreen unless QT_QPA_PLATFORM says otherwise) and stops the clock
 // once the window has been drawn; the best of three runs is printed.
 //
+// Then, in the open project, one undoable edit (Delete Files of one source),
+// its Undo, and for scale the window's own Refresh (Ctrl+R) of the same
+// project: an edit keeps the project's state before and after it, so its cost
+// is set beside what redrawing the views already costs.
+//
 //     open_project [N...]
 #include "app/main_window.h"
+#include "app/workspace_bar.h"
+#include "project/workspace_tree.h"
 #include "bodies/body_settings.h"
 #include "common/platform.h"
 #include "common/recording_port.h"
@@ -61,6 +68,15 @@ fs::path makeProject(const fs::path& root, int sources)
     return folder / "P.ptp";
 }
 
+template <typename F>
+double timed(F&& work)
+{
+    const auto start = Clock::now();
+    work();
+    QApplication::processEvents();
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -78,10 +94,11 @@ int main(int argc, char** argv)
     BodySettings bodies;
     bodies.load(program / "KestrelonBodySetting.dat", program, port);
 
-    std::printf("%8s %12s %14s\n", "sources", "open+paint", "ms per source");
+    std::printf("%8s %12s %14s %12s %12s %12s %14s\n", "sources", "open+paint", "ms per source", "refresh",
+                "delete 1", "undo", "delete/refresh");
     for (const int n : sizes) {
         const fs::path ptp = makeProject(root, n);
-        double best = 1e9;
+        double best = 1e9, refresh = 0, edit = 0, undo = 0;
         for (int run = 0; run < 3; ++run) {
             MainWindow frame(FrameOptions{program, root / "config", &port, nullptr}, &bodies);
             frame.resize(1280, 800);
@@ -95,9 +112,18 @@ int main(int argc, char** argv)
             QApplication::processEvents();
             frame.grab();
             best = std::min(best, std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+            if (run == 0) {
+                refresh = timed([&] { frame.runCommand(cmd::kRefreshKey); });
+                frame.workspaceBar()->selectItems(frame.workspaceTree()->itemsWithId("p0.wav"));
+                port.setPolicy([](std::string_view, Buttons, std::string_view) { return Answer::Yes; });
+                edit = timed([&] { frame.runCommand(cmd::kDeleteFiles); });
+                undo = timed([&] { frame.runCommand(cmd::kUndo); });
+                port.setPolicy([](std::string_view, Buttons, std::string_view) { return Answer::No; });
+            }
             frame.runCommand(cmd::kCloseProject);
         }
-        std::printf("%8d %10.1f ms %14.4f\n", n, best, best / n);
+        std::printf("%8d %10.1f ms %14.4f %9.1f ms %9.1f ms %9.1f ms %14.2f\n", n, best, best / n, refresh, edit, undo,
+                    edit / refresh);
     }
     fs::remove_all(root);
     return 0;
