@@ -9,6 +9,7 @@
 #include "common/messages.h"
 #include "common/version.h"
 #include "project/workspace_tree.h"
+#include "settings/settings_store.h"
 #include "wave/wave_file.h"
 #include "support/files.h"
 
@@ -105,6 +106,44 @@ TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
 }
 
 using FrameCommands = test::FrameFixture;
+
+TEST_F(FrameCommands, WindowSizeAndTheWorkspaceBarComeBackAtTheNextStart)
+{
+    const FrameOptions options{m_dir / "program", m_dir / "config", &m_port, &m_chooser};
+    m_frame->show();
+    m_frame->resize(820, 610);
+    m_frame->action(cmd::kWorkspace)->setChecked(false);
+    m_frame->runCommand(cmd::kWorkspace);
+    m_frame->workspaceBar()->setFloating(false);
+    ASSERT_FALSE(m_frame->workspaceBar()->isVisible());
+    ASSERT_TRUE(m_frame->close());
+    m_frame.reset();
+
+    MainWindow again(options);
+    again.show();
+    EXPECT_EQ(again.size(), QSize(820, 610));
+    EXPECT_FALSE(again.workspaceBar()->isVisible());
+    EXPECT_FALSE(again.action(cmd::kWorkspace)->isChecked()) << "the menu's tick follows the bar";
+
+    ASSERT_TRUE(again.close());
+}
+
+TEST_F(FrameCommands, ADamagedLayoutInTheSettingsIsPassedOver)
+{
+    const FrameOptions options{m_dir / "program", m_dir / "config", &m_port, &m_chooser};
+    const QSize fresh = m_frame->size();
+    m_frame.reset();
+    SettingsStore settings;
+    ASSERT_TRUE(settings.load(options.configFolder));
+    settings.windowGeometry = "bm90IGEgZ2VvbWV0cnk="; // base64, but not a window's geometry
+    settings.windowLayout = "%%%";
+    ASSERT_TRUE(settings.save(options.configFolder));
+
+    MainWindow again(options);
+    again.show();
+    EXPECT_EQ(again.size(), fresh);
+    EXPECT_TRUE(again.workspaceBar()->isVisible());
+}
 
 TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
 {
