@@ -8,6 +8,14 @@ void ConsolePort::showMessage(std::string_view text)
     m_err << text << '\n';
 }
 
+void ConsolePort::showFailure(std::string_view text, std::string_view reason)
+{
+    RecordingPort::showFailure(text, reason);
+    m_err << text << '\n';
+    if (!reason.empty())
+        m_err << "  " << reason << '\n';
+}
+
 Answer ConsolePort::ask(std::string_view text, Buttons buttons, std::string_view caption)
 {
     const Answer answer = RecordingPort::ask(text, buttons, caption);

@@ -12,6 +12,7 @@ public:
     ConsolePort(Policy policy, std::ostream& err) : RecordingPort(std::move(policy)), m_err(err) {}
 
     void showMessage(std::string_view text) override;
+    void showFailure(std::string_view text, std::string_view reason) override;
     Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) override;
 
 private:

@@ -37,6 +37,8 @@ Json messagesJson(const RecordingPort& port)
     Json list = Json::array();
     for (const ShownMessage& shown : port.messages()) {
         Json item = {{"text", shown.text}};
+        if (!shown.reason.empty())
+            item["reason"] = shown.reason;
         if (shown.answer)
             item["answer"] = std::string(answerName(*shown.answer));
         list.push_back(std::move(item));

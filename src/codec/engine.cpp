@@ -68,8 +68,7 @@ std::string sizeText(std::uintmax_t size)
 bool copyWhole(const fs::path& from, const fs::path& to, UserPort& port)
 {
     if (const CopyOutcome copied = copyFilesStaged({{from, to}}); !copied.ok) {
-        port.showMessage(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(from) + std::string(msg::kCopyTo) +
-                         utf8FromPath(to) + std::string(msg::kCanNotCopySuffix));
+        showCopyFailure(port, copied, msg::kCanNotCopySuffix);
         return false;
     }
     return true;
@@ -306,8 +305,11 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     } else {
         removeQuietly(eventCopy); // events removed from the source since the last encode
     }
-    if (!WaveFile().load(wave)) // the codec reads the file itself; this only proves it loads
+    // The codec reads the file itself; this only proves it loads, and says why not.
+    if (WaveFile source; !source.load(wave)) {
+        port.showFailure(utf8FromPath(wave) + std::string(msg::kSourceUnreadableSuffix), source.error());
         return RowOutcome::Unreadable;
+    }
 
     const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate);
     // The events are handed over before the encode, which is the call that carries them.

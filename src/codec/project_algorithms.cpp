@@ -10,6 +10,7 @@
 #include "project/project_session.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 
 namespace kestrelon {
@@ -46,12 +47,6 @@ void addOrRefreshEntry(std::vector<AlgoRegEntry>& registry, const std::string& n
         entry->path = path;
     else
         registry.push_back({name, path});
-}
-
-void showCopyFailure(UserPort& port, const FileCopy& failed)
-{
-    port.showMessage(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(failed.from) + std::string(msg::kCopyTo) +
-                     utf8FromPath(failed.to) + std::string(msg::kAlgorithmNotAddedSuffix));
 }
 
 } // namespace
@@ -115,11 +110,11 @@ bool bringAlgorithmIntoProject(ProjectSession& session, std::vector<AlgoRegEntry
         plan.push_back({resolved(bodyFileOf(shipped)), body});
     for (const FileCopy& copy : plan)
         if (!isRegularFile(copy.from)) {
-            showCopyFailure(port, copy);
+            showCopyFailure(port, {false, copy, std::generic_category().message(ENOENT)}, msg::kAlgorithmNotAddedSuffix);
             return false;
         }
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(port, copied.failed);
+        showCopyFailure(port, copied, msg::kAlgorithmNotAddedSuffix);
         return false;
     }
 
@@ -172,7 +167,7 @@ AddAlgorithmOutcome addAlgorithmToProject(ProjectSession& session, std::vector<A
         plan.push_back(copy);
     }
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(port, copied.failed);
+        showCopyFailure(port, copied, msg::kAlgorithmNotAddedSuffix);
         return AddAlgorithmOutcome::Refused;
     }
 

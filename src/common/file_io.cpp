@@ -16,24 +16,30 @@ namespace kestrelon {
 
 ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes)
 {
+    const auto failed = [](ReadStatus status, int error) {
+        return ReadResult{status, {}, std::generic_category().message(error)};
+    };
     std::error_code ec;
     const auto status = std::filesystem::status(path, ec);
     if (ec || !std::filesystem::exists(status))
-        return {ReadStatus::Missing, {}};
+        return failed(ReadStatus::Missing, ec && ec.value() != ENOENT ? ec.value() : ENOENT);
     if (std::filesystem::is_directory(status))
-        return {ReadStatus::Unreadable, {}};
+        return failed(ReadStatus::Unreadable, EISDIR);
     const auto size = std::filesystem::file_size(path, ec);
-    if (ec || size > maxBytes)
-        return {ReadStatus::Unreadable, {}};
+    if (ec)
+        return failed(ReadStatus::Unreadable, ec.value());
+    if (size > maxBytes)
+        return failed(ReadStatus::Unreadable, EFBIG);
 
+    errno = 0;
     std::ifstream in(path, std::ios::binary);
     if (!in)
-        return {ReadStatus::Unreadable, {}};
+        return failed(ReadStatus::Unreadable, errno != 0 ? errno : EACCES);
     std::string bytes(static_cast<size_t>(size), '\0');
     in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (in.bad() || static_cast<uintmax_t>(in.gcount()) != size)
-        return {ReadStatus::Unreadable, {}};
-    return {ReadStatus::Ok, std::move(bytes)};
+        return failed(ReadStatus::Unreadable, errno != 0 ? errno : EIO);
+    return {ReadStatus::Ok, std::move(bytes), {}};
 }
 
 namespace {

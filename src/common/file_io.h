@@ -25,6 +25,7 @@ enum class ReadStatus { Ok, Missing, Unreadable };
 struct ReadResult {
     ReadStatus status = ReadStatus::Missing;
     std::string bytes;
+    std::string reason; // the system's reason when the file could not be read
 };
 
 ReadResult readFile(const std::filesystem::path& path, std::uintmax_t maxBytes = kMaxTextFileBytes);

@@ -451,9 +451,9 @@ std::string IniDocument::serialize() const
     return out;
 }
 
-bool IniDocument::save(const std::filesystem::path& path) const
+bool IniDocument::save(const std::filesystem::path& path, std::string* why) const
 {
-    return writeFileAtomically(path, serialize());
+    return writeFileAtomically(path, serialize(), why);
 }
 
 } // namespace kestrelon

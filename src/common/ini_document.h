@@ -65,7 +65,7 @@ public:
     bool setInt(std::string_view section, std::string_view key, long long value);
 
     std::string serialize() const;
-    bool save(const std::filesystem::path& path) const;
+    bool save(const std::filesystem::path& path, std::string* why = nullptr) const;
 
 private:
     // A line keeps no text of its own: it is a view into one of two buffers,

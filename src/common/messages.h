@@ -226,6 +226,9 @@ inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopy
 // The quality measures kept beside the project, after the file's path.
 inline constexpr std::string_view kQualityNotWritten = " could not be written: the quality measures were not kept !";
 
+// A source the encode cannot read: its name here, the reason after.
+inline constexpr std::string_view kSourceUnreadableSuffix = " could not be read, so it was not encoded !";
+
 // Undo and Redo.
 inline constexpr std::string_view kUndoProjectChanged =
     "The project has changed since that step (by an encode, a decode or a save), so it cannot be taken back.";

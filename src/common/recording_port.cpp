@@ -21,6 +21,11 @@ void RecordingPort::showMessage(std::string_view text)
     m_messages.push_back({std::string(text), {}, std::nullopt});
 }
 
+void RecordingPort::showFailure(std::string_view text, std::string_view reason)
+{
+    m_messages.push_back({std::string(text), {}, std::nullopt, std::string(reason)});
+}
+
 Answer RecordingPort::ask(std::string_view text, Buttons buttons, std::string_view caption)
 {
     const Answer answer = m_policy(text, buttons, caption);

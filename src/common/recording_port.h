@@ -14,6 +14,7 @@ struct ShownMessage {
     std::string text;
     std::string caption;
     std::optional<Answer> answer; // set for questions only
+    std::string reason;           // the system's reason, for failures that know one
 };
 
 class RecordingPort : public UserPort {
@@ -23,6 +24,7 @@ public:
     explicit RecordingPort(Policy policy);
 
     void showMessage(std::string_view text) override;
+    void showFailure(std::string_view text, std::string_view reason) override;
     Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) override;
 
     const std::vector<ShownMessage>& messages() const { return m_messages; }

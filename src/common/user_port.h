@@ -21,6 +21,10 @@ public:
 
     // A message box with only an OK button.
     virtual void showMessage(std::string_view text) = 0;
+    // A failure: the program's own text, then the system's reason for it
+    // ("No space left on device"). By default the reason follows on a line
+    // of its own; a script gets it apart. An empty reason adds nothing.
+    virtual void showFailure(std::string_view text, std::string_view reason);
     // A question; `caption` is empty for the program's standard caption.
     virtual Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) = 0;
 

@@ -1,6 +1,7 @@
 #include "playback/project_companions.h"
 
 #include "common/messages.h"
+#include "common/paths.h"
 #include "playback/play_list_file.h"
 
 #include <system_error>
@@ -31,7 +32,7 @@ void ProjectCompanionFiles::load(const fs::path& projectFile)
     loadAlgorithmRegistry(projectFile.parent_path(), m_algorithms, m_port);
 }
 
-bool ProjectCompanionFiles::saveTo(const fs::path& projectFile)
+bool ProjectCompanionFiles::saveTo(const fs::path& projectFile, std::string& why)
 {
     const bool savingAs = projectFile != m_projectFile;
     if (!savePlayList(playListPathFor(projectFile), m_playList))
@@ -39,7 +40,10 @@ bool ProjectCompanionFiles::saveTo(const fs::path& projectFile)
     const fs::path folder = projectFile.parent_path();
     std::error_code ec;
     fs::create_directories(algorithmRegistryPath(folder).parent_path(), ec);
-    const bool registryWritten = saveAlgorithmRegistry(folder, m_algorithms);
+    const fs::path registry = algorithmRegistryPath(folder);
+    const bool registryWritten = saveAlgorithmRegistry(folder, m_algorithms, &why);
+    if (!registryWritten)
+        why = utf8FromPath(registry) + ": " + why;
     m_projectFile = projectFile;
     return registryWritten;
 }

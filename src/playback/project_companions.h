@@ -38,7 +38,7 @@ public:
     // error" when saving the project it was loaded for or last saved to,
     // "Error in save set file!" when saving under a new name) and the
     // registry, making the Algos folder when it is missing.
-    bool saveTo(const std::filesystem::path& projectFile) override;
+    bool saveTo(const std::filesystem::path& projectFile, std::string& why) override;
     void clear() override;
 
     PlayList& playList() { return m_playList; }

@@ -46,7 +46,8 @@ bool loadAlgorithmRegistry(const std::filesystem::path& projectFolder, std::vect
     return true;
 }
 
-bool saveAlgorithmRegistry(const std::filesystem::path& projectFolder, const std::vector<AlgoRegEntry>& entries)
+bool saveAlgorithmRegistry(const std::filesystem::path& projectFolder, const std::vector<AlgoRegEntry>& entries,
+                           std::string* why)
 {
     IniDocument doc;
     doc.setInt("COUNT", "Count", static_cast<long long>(entries.size()));
@@ -54,7 +55,7 @@ bool saveAlgorithmRegistry(const std::filesystem::path& projectFolder, const std
         doc.setString(itemSection(i), "algorithm", entries[i].name);
         doc.setString(itemSection(i), "Path", entries[i].path);
     }
-    return doc.save(algorithmRegistryPath(projectFolder));
+    return doc.save(algorithmRegistryPath(projectFolder), why);
 }
 
 bool pruneAndSaveAlgorithmRegistry(const std::filesystem::path& projectFolder, std::vector<AlgoRegEntry>& entries)

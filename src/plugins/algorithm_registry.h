@@ -28,8 +28,9 @@ std::filesystem::path algorithmLibraryPath(const std::filesystem::path& projectF
 // through `port` and reads as 0.
 bool loadAlgorithmRegistry(const std::filesystem::path& projectFolder, std::vector<AlgoRegEntry>& entries,
                            UserPort& port);
-// Writes `entries` as the whole file.
-bool saveAlgorithmRegistry(const std::filesystem::path& projectFolder, const std::vector<AlgoRegEntry>& entries);
+// Writes `entries` as the whole file; the system's reason in `why` when it cannot.
+bool saveAlgorithmRegistry(const std::filesystem::path& projectFolder, const std::vector<AlgoRegEntry>& entries,
+                           std::string* why = nullptr);
 // Drops the entries whose library is missing from the Algos folder, then
 // writes the file.
 bool pruneAndSaveAlgorithmRegistry(const std::filesystem::path& projectFolder, std::vector<AlgoRegEntry>& entries);

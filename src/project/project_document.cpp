@@ -6,6 +6,8 @@
 #include "project/project_file_writer.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 #include <unordered_set>
 
 namespace kestrelon {
@@ -64,10 +66,12 @@ std::vector<ProjectItem*> ProjectDocument::topLevelFiles() const
     return top;
 }
 
-bool ProjectDocument::open(const std::filesystem::path& path, UserPort& port)
+bool ProjectDocument::open(const std::filesystem::path& path, UserPort& port, std::string* why)
 {
     ReadResult file = readFile(path, kMaxProjectFileBytes);
     if (file.status != ReadStatus::Ok) {
+        if (why)
+            *why = file.reason;
         clear();
         m_flags = 0;
         return false;
@@ -96,10 +100,15 @@ void ProjectDocument::restore(std::string_view text)
     m_flags = flags;
 }
 
-bool ProjectDocument::save(const std::filesystem::path& path)
+bool ProjectDocument::save(const std::filesystem::path& path, std::string* why)
 {
     const std::string bytes = serialize();
-    if (bytes.size() > kMaxProjectFileBytes || !writeFileAtomically(path, bytes))
+    if (bytes.size() > kMaxProjectFileBytes) {
+        if (why)
+            *why = std::generic_category().message(EFBIG);
+        return false;
+    }
+    if (!writeFileAtomically(path, bytes, why))
         return false;
     m_path = path;
     setModified(false);

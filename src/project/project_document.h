@@ -63,7 +63,8 @@ public:
     // Replaces the content with the Files tree of the project file at `path`.
     // A source whose wave file is missing is asked about through `port`.
     // Success stores `path`; failure keeps what was read so far.
-    bool open(const std::filesystem::path& path, UserPort& port);
+    // `why` (when given) gets the system's reason when the file cannot be read.
+    bool open(const std::filesystem::path& path, UserPort& port, std::string* why = nullptr);
     // The same from the file's bytes in memory; `path` still names the project
     // file, whose folder the sources are looked for in.
     bool openBytes(std::string_view bytes, const std::filesystem::path& path, UserPort& port);
@@ -75,8 +76,8 @@ public:
 
     // Writes the whole file. Success stores `path` and clears the modified flag;
     // failure (the file cannot be written, or would be too large to read back)
-    // changes nothing.
-    bool save(const std::filesystem::path& path);
+    // changes nothing and puts the reason in `why` when given.
+    bool save(const std::filesystem::path& path, std::string* why = nullptr);
     // The bytes save() writes.
     std::string serialize() const;
 

@@ -2,9 +2,12 @@
 
 #include "common/fault_points.h"
 #include "common/file_io.h"
+#include "common/messages.h"
 #include "common/paths.h"
+#include "common/user_port.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <atomic>
 #include <string>
 #include <system_error>
@@ -187,6 +190,38 @@ void planTreeCopy(std::vector<FileCopy>& plan, const fs::path& fromFolder, const
     plan.insert(plan.end(), found.begin(), found.end());
 }
 
+namespace {
+
+// Why `copy` cannot be staged at all, or empty when it can be tried.
+std::string whyNotCopyable(const FileCopy& copy, const fs::file_status& target)
+{
+    if (!isRegularFileEntry(copy.from))
+        return std::generic_category().message(ENOENT);
+    if (fs::is_directory(target))
+        return std::generic_category().message(EISDIR);
+    std::error_code ec;
+    fs::create_directories(copy.to.parent_path(), ec);
+    if (!fs::is_directory(copy.to.parent_path()))
+        return ec ? ec.message() : std::generic_category().message(ENOTDIR);
+    return {};
+}
+
+// Copies `from` to `part` and flushes it; the system's reason when it fails.
+std::string copyAndSync(const FileCopy& copy, const fs::path& part)
+{
+    std::error_code ec;
+    fs::copy_file(copy.from, part, fs::copy_options::overwrite_existing, ec);
+    if (ec)
+        return ec.message();
+    if (injectedFault(FaultPoint::Write, copy.to))
+        return std::generic_category().message(ENOSPC);
+    if (!syncToDisk(part))
+        return std::generic_category().message(errno);
+    return {};
+}
+
+} // namespace
+
 StageOutcome stageCopies(const std::vector<FileCopy>& plan)
 {
     static std::atomic<unsigned> counter{0};
@@ -195,26 +230,17 @@ StageOutcome stageCopies(const std::vector<FileCopy>& plan)
         const fs::file_status target = entryStatus(copy.to);
         if (fs::exists(target) && samePath(copy.from, copy.to))
             continue;
-        bool ok = isRegularFileEntry(copy.from) && !fs::is_directory(target);
-        std::error_code ec;
-        if (ok) {
-            fs::create_directories(copy.to.parent_path(), ec);
-            ok = fs::is_directory(copy.to.parent_path(), ec);
-        }
         fs::path part = copy.to;
         part += ".kestrelon-copy-" + std::to_string(counter++) + ".part";
-        if (ok) {
-            fs::copy_file(copy.from, part, fs::copy_options::overwrite_existing, ec);
-            ok = !ec && !injectedFault(FaultPoint::Write, copy.to) && syncToDisk(part);
-            if (ok)
-                outcome.staged.push_back({part, copy});
-            else
-                fs::remove(part, ec);
-        }
-        if (!ok) {
+        std::string reason = whyNotCopyable(copy, target);
+        if (reason.empty())
+            reason = copyAndSync(copy, part);
+        if (!reason.empty()) {
+            removeQuietly(part);
             abandonStagedCopies(outcome.staged, 0);
-            return {false, copy, {}};
+            return {false, copy, reason, {}};
         }
+        outcome.staged.push_back({part, copy});
     }
     return outcome;
 }
@@ -227,7 +253,7 @@ CopyOutcome placeStagedCopies(const std::vector<StagedCopy>& staged)
         fs::rename(staged[i].part, staged[i].copy.to, ec);
         if (ec) {
             abandonStagedCopies(staged, i);
-            return {false, staged[i].copy};
+            return {false, staged[i].copy, ec.message()};
         }
     }
     for (const StagedCopy& copy : staged) syncToDisk(copy.copy.to.parent_path());
@@ -246,8 +272,15 @@ CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
 {
     const StageOutcome staged = stageCopies(plan);
     if (!staged.ok)
-        return {false, staged.failed};
+        return {false, staged.failed, staged.reason};
     return placeStagedCopies(staged.staged);
+}
+
+void showCopyFailure(UserPort& port, const CopyOutcome& outcome, std::string_view suffix)
+{
+    port.showFailure(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(outcome.failed.from) + std::string(msg::kCopyTo) +
+                         utf8FromPath(outcome.failed.to) + std::string(suffix),
+                     outcome.reason);
 }
 
 std::size_t removeStaleParts(const fs::path& folder)

@@ -6,10 +6,13 @@
 // them has been made.
 #include <chrono>
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace kestrelon {
+
+class UserPort;
 
 // The absolute, lexically normal form of `path` ("a/./b/../c" -> "<cwd>/a/c").
 std::filesystem::path absoluteNormal(const std::filesystem::path& path);
@@ -68,8 +71,12 @@ void planTreeCopy(std::vector<FileCopy>& plan, const std::filesystem::path& from
 
 struct CopyOutcome {
     bool ok = true;
-    FileCopy failed; // the copy that could not be made, when !ok
+    FileCopy failed;    // the copy that could not be made, when !ok
+    std::string reason; // the system's reason for it
 };
+
+// "Can not copy FROM to TO" and `suffix`, with the copy's reason.
+void showCopyFailure(UserPort& port, const CopyOutcome& outcome, std::string_view suffix);
 
 // Makes the planned copies in two steps: first every source is copied to a
 // fresh file beside its target (target folders are made when missing); only
@@ -88,6 +95,7 @@ struct StagedCopy {
 struct StageOutcome {
     bool ok = true;
     FileCopy failed;                 // when !ok; nothing is left staged then
+    std::string reason;              // the system's reason, when !ok
     std::vector<StagedCopy> staged;  // when ok, in plan order, flushed to the disk
 };
 StageOutcome stageCopies(const std::vector<FileCopy>& plan);

@@ -115,10 +115,10 @@ bool ProjectSession::newProject(const std::string& location, const std::string& 
     if (m_companions)
         m_companions->clear();
     enterFolder(folder);
-    if (!makeWorkingFolders(folder, nullptr)) {
+    if (std::string why; !makeWorkingFolders(folder, nullptr, &why)) {
         enterFolder(m_programFolder);
         deleteFolderTree(folder, folder);
-        m_port.showMessage(text(msg::kCanNotCreatePrefix, folder, msg::kCanNotCreateFolderSuffix));
+        m_port.showFailure(text(msg::kCanNotCreatePrefix, folder, msg::kCanNotCreateFolderSuffix), why);
         discard();
         return false;
     }
@@ -152,8 +152,8 @@ bool ProjectSession::openProject(const fs::path& path)
     // A save cut short is finished or undone before anything reads the folder.
     recoverInterruptedSave(file);
     auto document = std::make_unique<ProjectDocument>();
-    if (!document->open(file, m_port)) {
-        m_port.showMessage(msg::kOpenProjectFailed);
+    if (std::string why; !document->open(file, m_port, &why)) {
+        m_port.showFailure(msg::kOpenProjectFailed, why);
         return false;
     }
     m_document = std::move(document);
@@ -168,10 +168,10 @@ bool ProjectSession::openProject(const fs::path& path)
     enterFolder(folder);
     recoverAbandonedWork(folder);
     std::vector<fs::path> made;
-    if (!makeWorkingFolders(folder, &made)) {
+    if (std::string why; !makeWorkingFolders(folder, &made, &why)) {
         for (auto it = made.rbegin(); it != made.rend(); ++it)
             fs::remove(*it, ec); // only empty folders it has just made
-        m_port.showMessage(msg::kOpenProjectFailed);
+        m_port.showFailure(msg::kOpenProjectFailed, why);
         discard();
         return false;
     }
@@ -197,7 +197,7 @@ void ProjectSession::recoverAbandonedWork(const fs::path& folder)
     planCopiesByExtension(plan, temp, ".wav", folder / kFilesName);
     planCopiesByExtension(plan, temp, ".evt", folder / kFilesName);
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(copied.failed, msg::kCopyBackFailedSuffix);
+        showCopyFailure(m_port, copied, msg::kCopyBackFailedSuffix);
         return;
     }
     deleteFolderTree(temp, folder);
@@ -224,8 +224,8 @@ bool ProjectSession::saveProject()
     m_document->rebuildFilesList();
     // The companions go first: a registry and a play list that know more
     // than the project file are harmless, the other way round they are not.
-    if (m_companions && !m_companions->saveTo(m_projectFile)) {
-        m_port.showMessage(msg::kSaveProjectFailed);
+    if (std::string why; m_companions && !m_companions->saveTo(m_projectFile, why)) {
+        m_port.showFailure(msg::kSaveProjectFailed, why);
         return false;
     }
     const fs::path folder = projectFolder();
@@ -236,12 +236,12 @@ bool ProjectSession::saveProject()
     std::vector<FileCopy> plan;
     planWorkCopies(plan, tempFolder(), folder);
     const SaveCommitOutcome saved = commitSave(m_projectFile, m_document->serialize(), plan,
-                                               [&] { return m_document->save(m_projectFile); });
+                                               [&](std::string& why) { return m_document->save(m_projectFile, &why); });
     if (!saved.ok) {
         if (saved.copyFailed)
-            showCopyFailure(saved.failed, msg::kCopyBackFailedSuffix);
+            showCopyFailure(m_port, {false, saved.failed, saved.reason}, msg::kCopyBackFailedSuffix);
         else
-            m_port.showMessage(msg::kSaveProjectFailed);
+            m_port.showFailure(msg::kSaveProjectFailed, saved.reason);
         return false;
     }
     m_unsavedWork.clear();
@@ -299,14 +299,15 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     planCopiesByExtension(plan, oldTemp, ".evt", newFolder / kFilesName);
     planCopiesByExtension(plan, oldTemp / "evt", ".evt", newFolder);
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(copied.failed, msg::kSaveAsCopyFailedSuffix);
+        showCopyFailure(m_port, copied, msg::kSaveAsCopyFailedSuffix);
         return false;
     }
 
     m_document->rebuildFilesList();
     // The companions before the project file, as a Save writes them.
-    if ((m_companions && !m_companions->saveTo(target)) || !m_document->save(target)) {
-        m_port.showMessage(msg::kSaveProjectFailed);
+    std::string why;
+    if ((m_companions && !m_companions->saveTo(target, why)) || !m_document->save(target, &why)) {
+        m_port.showFailure(msg::kSaveProjectFailed, why);
         return false;
     }
     m_unsavedWork.clear();
@@ -375,7 +376,7 @@ bool ProjectSession::closeProject()
     planCopiesByExtension(plan, temp, ".evt", folder / kFilesName);
     planCopiesByExtension(plan, temp / "evt", ".evt", folder);
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(copied.failed, msg::kCopyBackFailedSuffix);
+        showCopyFailure(m_port, copied, msg::kCopyBackFailedSuffix);
         return false;
     }
 
@@ -394,21 +395,18 @@ bool ProjectSession::closeProject()
     return true;
 }
 
-void ProjectSession::showCopyFailure(const FileCopy& failed, std::string_view suffix)
-{
-    m_port.showMessage(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(failed.from) + std::string(msg::kCopyTo) +
-                       utf8FromPath(failed.to) + std::string(suffix));
-}
-
-bool ProjectSession::makeWorkingFolders(const fs::path& folder, std::vector<fs::path>* made)
+bool ProjectSession::makeWorkingFolders(const fs::path& folder, std::vector<fs::path>* made, std::string* why)
 {
     for (const std::string_view name : {kTempName, kFilesName, kAlgosName}) {
         const fs::path sub = folder / name;
         std::error_code ec;
         if (fs::is_directory(sub, ec)) // a link to a folder serves as well
             continue;
-        if (entryExists(sub) || !fs::create_directory(sub, ec) || ec)
+        if (entryExists(sub) || !fs::create_directory(sub, ec) || ec) {
+            if (why)
+                *why = utf8FromPath(sub) + ": " + (ec ? ec.message() : std::generic_category().message(EEXIST));
             return false;
+        }
         if (made)
             made->push_back(sub);
     }

@@ -36,8 +36,8 @@ public:
     // Save and Save As: the play list next to the project file (the project
     // path with the extension ".set") and the registry of that project's Algos.
     // False when the registry could not be written: the project's algorithms
-    // would be lost with it, so the save fails.
-    virtual bool saveTo(const std::filesystem::path& projectFile) = 0;
+    // would be lost with it, so the save fails, with the reason in `why`.
+    virtual bool saveTo(const std::filesystem::path& projectFile, std::string& why) = 0;
     // Close.
     virtual void clear() = 0;
 };
@@ -127,8 +127,9 @@ public:
     void setTempFolderRetry(int tries, std::chrono::milliseconds wait);
 
 private:
-    void showCopyFailure(const FileCopy& failed, std::string_view suffix);
-    bool makeWorkingFolders(const std::filesystem::path& folder, std::vector<std::filesystem::path>* made);
+    // Temp, Files and Algos in `folder`; the failing one and why in `why`.
+    bool makeWorkingFolders(const std::filesystem::path& folder, std::vector<std::filesystem::path>* made,
+                            std::string* why = nullptr);
     bool recreateTempFolder(const std::filesystem::path& folder);
     void deleteFolderReporting(const std::filesystem::path& folder, const std::filesystem::path& boundary);
     void enterFolder(const std::filesystem::path& folder);

@@ -45,21 +45,24 @@ std::string journalText(std::string_view projectText, const std::vector<StagedCo
 } // namespace
 
 SaveCommitOutcome commitSave(const fs::path& projectFile, std::string_view projectText,
-                             const std::vector<FileCopy>& work, const std::function<bool()>& writeProjectFile)
+                             const std::vector<FileCopy>& work,
+                             const std::function<bool(std::string& why)>& writeProjectFile)
 {
     const fs::path folder = projectFile.parent_path();
     const StageOutcome staged = stageCopies(work);
     if (!staged.ok)
-        return {false, true, staged.failed};
+        return {false, true, staged.failed, staged.reason};
     const fs::path journal = journalPath(projectFile);
-    if (!staged.staged.empty() && !writeFileAtomically(journal, journalText(projectText, staged.staged, folder))) {
+    std::string why;
+    if (!staged.staged.empty() &&
+        !writeFileAtomically(journal, journalText(projectText, staged.staged, folder), &why)) {
         abandonStagedCopies(staged.staged, 0);
-        return {false, false, {}};
+        return {false, false, {}, why};
     }
-    if (!writeProjectFile()) {
+    if (!writeProjectFile(why)) {
         abandonStagedCopies(staged.staged, 0);
         removeQuietly(journal);
-        return {false, false, {}};
+        return {false, false, {}, why};
     }
     // Committed. A copy that cannot be placed now is placed by the next open.
     if (placeStagedCopies(staged.staged).ok)

@@ -29,13 +29,15 @@ struct SaveCommitOutcome {
     bool ok = true;
     bool copyFailed = false; // a work file could not be staged (`failed` says which)
     FileCopy failed;
+    std::string reason;      // the system's reason for the failure
 };
 
 // Saves `projectText` to `projectFile` through `writeProjectFile` (the
-// commit), with `work` put in place as one change. Nothing has changed when
-// it fails before the commit.
+// commit, which puts its failure's reason in its argument), with `work` put
+// in place as one change. Nothing has changed when it fails before the commit.
 SaveCommitOutcome commitSave(const std::filesystem::path& projectFile, std::string_view projectText,
-                             const std::vector<FileCopy>& work, const std::function<bool()>& writeProjectFile);
+                             const std::vector<FileCopy>& work,
+                             const std::function<bool(std::string& why)>& writeProjectFile);
 
 // At open, before anything else touches the folder: finishes a save the
 // journal shows committed, or undoes one it shows not. False when there was

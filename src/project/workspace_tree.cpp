@@ -9,6 +9,7 @@
 #include "wave/wave_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <unordered_set>
 
 namespace kestrelon {
@@ -86,16 +87,19 @@ bool sameFileOnDisk(const fs::path& a, const fs::path& b)
     return fs::equivalent(a, b, ec) && !ec;
 }
 
-bool copyWhole(const fs::path& from, const fs::path& to)
+// False with the system's reason in `why` when the copy cannot be made.
+bool copyWhole(const fs::path& from, const fs::path& to, std::string& why)
 {
     ReadResult source = readFile(from, kMaxWaveBytes);
-    if (source.status != ReadStatus::Ok)
+    if (source.status != ReadStatus::Ok) {
+        why = source.reason;
         return false;
+    }
     std::error_code ec;
     if (fs::exists(to, ec))
         // A read-only copy left by another tool would refuse to be replaced on Windows.
         fs::permissions(to, fs::perms::owner_write, fs::perm_options::add, ec);
-    return writeFileAtomically(to, source.bytes);
+    return writeFileAtomically(to, source.bytes, &why);
 }
 
 // Every source in the subtree of `root`, `root` included.
@@ -211,8 +215,9 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
 {
     AddedFile result{chosen, utf8FromPath(chosen.filename())};
     const std::string& name = result.fileName;
+    std::string why; // the system's reason for a failed copy
     const auto refuse = [&](AddFileOutcome outcome, std::string_view text) {
-        m_port.showMessage(text);
+        m_port.showFailure(text, why);
         result.outcome = outcome;
         return result;
     };
@@ -223,8 +228,10 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
     };
 
     std::error_code ec;
-    if (name.empty() || !fs::is_regular_file(chosen, ec))
+    if (name.empty() || !fs::is_regular_file(chosen, ec)) {
+        why = std::generic_category().message(fs::is_directory(chosen, ec) ? EISDIR : ENOENT);
         return refuse(AddFileOutcome::CopyFailed, cannotAdd(msg::kCopyFailedSuffix));
+    }
     // On systems where "\" may stand in a file name it would split the model path.
     if (hasControlCharacter(name) || name.find('\\') != std::string::npos)
         return refuse(AddFileOutcome::Refused, msg::kInvalidCharacters);
@@ -255,10 +262,10 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
         const fs::path projectCopy = sourcePath(*here);
         if (sameFileOnDisk(chosen, projectCopy))
             return result; // Unchanged: nothing to replace
-        if (fs::exists(projectCopy, ec) && !backUpIntoTemp(projectCopy))
+        if (fs::exists(projectCopy, ec) && !backUpIntoTemp(projectCopy, why))
             return refuse(AddFileOutcome::CopyFailed, cannotAdd(msg::kCopyFailedSuffix));
         fs::create_directories(projectCopy.parent_path(), ec);
-        if (!copyWhole(chosen, projectCopy))
+        if (!copyWhole(chosen, projectCopy, why))
             return refuse(AddFileOutcome::CopyFailed, cannotAdd(msg::kCopyFailedSuffix));
         keepOffDeletionList(projectCopy);
         result.outcome = AddFileOutcome::Overwritten;
@@ -271,7 +278,7 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
     const fs::path target = filesFolder() / pathFromUtf8(name);
     if (!sameFileOnDisk(chosen, target)) {
         fs::create_directories(filesFolder(), ec);
-        if (!copyWhole(chosen, target))
+        if (!copyWhole(chosen, target, why))
             return refuse(AddFileOutcome::CopyFailed, cannotAdd(msg::kCopyFailedSuffix));
         if (m_copiedIn)
             m_copiedIn->push_back(target);
@@ -294,7 +301,7 @@ AddedFile WorkspaceTree::addFile(ProjectItem* folder, const fs::path& chosen)
 // The copy the project had until now goes into Temp, where Close puts it back
 // into Files unless the project was saved (Save empties Temp). The first backup
 // of a session is kept: it is the copy the saved project refers to.
-bool WorkspaceTree::backUpIntoTemp(const fs::path& projectCopy)
+bool WorkspaceTree::backUpIntoTemp(const fs::path& projectCopy, std::string& why)
 {
     std::error_code ec;
     fs::create_directories(tempFolder(), ec);
@@ -306,7 +313,7 @@ bool WorkspaceTree::backUpIntoTemp(const fs::path& projectCopy)
         const fs::path backup = tempFolder() / original.filename();
         if (fs::exists(backup, ec))
             continue;
-        if (!copyWhole(original, backup))
+        if (!copyWhole(original, backup, why))
             return false;
     }
     return true;

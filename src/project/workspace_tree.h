@@ -106,7 +106,7 @@ public:
 private:
     AddedFile addFile(ProjectItem* folder, const std::filesystem::path& chosen);
     bool copyIntoProject(const std::filesystem::path& chosen, const std::filesystem::path& target);
-    bool backUpIntoTemp(const std::filesystem::path& projectCopy);
+    bool backUpIntoTemp(const std::filesystem::path& projectCopy, std::string& why);
     void keepOffDeletionList(const std::filesystem::path& path);
     CommandOutcome removeItems(std::vector<ProjectItem*> doomed);
     bool askYes(std::string_view question);

@@ -7,6 +7,7 @@
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
+#include "project/project_folder_ops.h"
 #include "common/paths.h"
 #include "common/scratch_file.h"
 #include "common/user_port.h"
@@ -46,10 +47,11 @@ void showNotEncoded(UserPort& port, std::string_view name)
     port.showMessage("\"" + std::string(name) + "\"" + std::string(msg::kNotACorrectEncodedFile));
 }
 
-void showCanNotWrite(UserPort& port, const fs::path& target)
+void showCanNotWrite(UserPort& port, const fs::path& target, std::string_view why)
 {
-    port.showMessage(std::string(msg::kExportCanNotWritePrefix) + utf8FromPath(target) +
-                     std::string(msg::kExportCanNotWriteSuffix));
+    port.showFailure(std::string(msg::kExportCanNotWritePrefix) + utf8FromPath(target) +
+                         std::string(msg::kExportCanNotWriteSuffix),
+                     why);
 }
 
 // Step 2 of the dialog's OK: an existing folder is taken as it is; a missing
@@ -222,8 +224,8 @@ bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& i
         }
         bytes.remove_prefix(kEncodedHeaderSize);
     }
-    if (!writeFileAtomically(file.path, bytes)) {
-        showCanNotWrite(m_port, file.path);
+    if (std::string why; !writeFileAtomically(file.path, bytes, &why)) {
+        showCanNotWrite(m_port, file.path, why);
         return false;
     }
     file.bytes = bytes;
@@ -241,12 +243,11 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
     if (table == target)
         return true;
     const ReadResult text = readFile(events.path);
-    const auto showCanNotCopy = [&] {
-        m_port.showMessage(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(events.path) +
-                           std::string(msg::kCopyTo) + utf8FromPath(table) + std::string(msg::kCanNotCopySuffix));
+    const auto showCanNotCopy = [&](const std::string& reason) {
+        showCopyFailure(m_port, {false, {events.path, table}, reason}, msg::kCanNotCopySuffix);
     };
     if (text.status != ReadStatus::Ok) {
-        showCanNotCopy();
+        showCanNotCopy(text.reason);
         return false;
     }
     const auto written = m_tables.find(table);
@@ -257,8 +258,8 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
         return false;
     }
     if (written == m_tables.end()) {
-        if (!writeFileAtomically(table, text.bytes)) {
-            showCanNotCopy();
+        if (std::string why; !writeFileAtomically(table, text.bytes, &why)) {
+            showCanNotCopy(why);
             return false;
         }
         m_outcome.eventFiles.push_back(table);
@@ -369,8 +370,8 @@ ExportOutcome exportRows(const ProjectSession& session, const std::vector<ListRo
     }
 
     const fs::path index = folder / pathFromUtf8(kExportIndexFileName);
-    if (!writeFileAtomically(index, exportIndexText(visited))) {
-        port.showMessage(msg::kExportError);
+    if (std::string why; !writeFileAtomically(index, exportIndexText(visited), &why)) {
+        port.showFailure(msg::kExportError, utf8FromPath(index) + ": " + why);
         outcome.ok = false;
         return outcome;
     }

@@ -17,6 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <system_error>
+
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
@@ -194,8 +197,10 @@ TEST_F(FaultInjection, EverySavingCommandSurvivesAKillOrAFullDiskAtEveryWrite)
             if (std::find(isWrite.begin() + n - 1, isWrite.end(), true) != isWrite.end()) {
                 EXPECT_NE(full.exitCode, 0) << op.name << ", disk full from point " << n;
                 EXPECT_FALSE(full.err.empty()) << op.name << ", disk full from point " << n << ": nothing said";
-                // Every file is intact: a full disk is never called damage.
+                // Every file is intact: a full disk is never called damage, and it is named.
                 EXPECT_EQ(full.err.find("damaged"), std::string::npos) << op.name << ", point " << n << ": " << full.err;
+                EXPECT_NE(full.err.find(std::generic_category().message(ENOSPC)), std::string::npos)
+                    << op.name << ", point " << n << ": the reason is not said: " << full.err;
             } else {
                 EXPECT_EQ(full.exitCode, 0) << op.name << ", disk full from point " << n << ": " << full.err;
             }

@@ -86,6 +86,7 @@ public:
     ProgressPort& operator=(const ProgressPort&) = delete;
 
     void showMessage(std::string_view text) override { m_inner.showMessage(text); }
+    void showFailure(std::string_view text, std::string_view reason) override { m_inner.showFailure(text, reason); }
     Answer ask(std::string_view text, Buttons buttons, std::string_view caption = {}) override
     {
         return m_inner.ask(text, buttons, caption);
