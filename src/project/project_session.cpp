@@ -286,8 +286,11 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     if (!sameFolder && !lockFolder(newFolder, newLock))
         return false;
 
-    // The copies come before the project file: if one fails, no project file
-    // names files that are not there, and the open project stays the old one.
+    // The copies are staged before the project file and put in place with it,
+    // through the save journal: if one fails, no project file names files
+    // that are not there and the open project stays the old one; if the run
+    // ends half way, the next open of the new project finishes or undoes it,
+    // so a project the new one replaces is never left half old, half new.
     // Saved work first, then the newer work in Temp over it.
     std::vector<FileCopy> plan;
     planTreeCopy(plan, oldFolder / kAlgosName, newFolder / kAlgosName);
@@ -298,16 +301,19 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     planCopiesByExtension(plan, oldTemp, ".wav", newFolder / kFilesName);
     planCopiesByExtension(plan, oldTemp, ".evt", newFolder / kFilesName);
     planCopiesByExtension(plan, oldTemp / "evt", ".evt", newFolder);
-    if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
-        showCopyFailure(m_port, copied, msg::kSaveAsCopyFailedSuffix);
-        return false;
-    }
-
     m_document->rebuildFilesList();
     // The companions before the project file, as a Save writes them.
-    std::string why;
-    if ((m_companions && !m_companions->saveTo(target, why)) || !m_document->save(target, &why)) {
+    if (std::string why; m_companions && !m_companions->saveTo(target, why)) {
         m_port.showFailure(msg::kSaveProjectFailed, why);
+        return false;
+    }
+    const SaveCommitOutcome saved = commitSave(target, m_document->serialize(), plan,
+                                               [&](std::string& why) { return m_document->save(target, &why); });
+    if (!saved.ok) {
+        if (saved.copyFailed)
+            showCopyFailure(m_port, {false, saved.failed, saved.reason}, msg::kSaveAsCopyFailedSuffix);
+        else
+            m_port.showFailure(msg::kSaveProjectFailed, saved.reason);
         return false;
     }
     m_unsavedWork.clear();
