@@ -15,6 +15,10 @@
  *                          decode, check, begin-step, info, ranges, version,
  *                          description, extension, tag, event-file, temp-info
  *   error-text=TEXT        what get_error_text answers (nothing when absent)
+ *   crash[=NAME]           encode (of a wave whose path holds NAME, when given)
+ *                          and decode crash the process
+ *   hang[=NAME]            they never return, and never ask to stop
+ *   garbage                encode and decode succeed and write 7 bytes of nothing
  *
  * CODE is decimal or 0x-prefixed hex. Every call is appended as one line, its
  * name and arguments separated by tabs, to the file named by
@@ -25,9 +29,11 @@
 
 #include "failing_codec_io.h"
 
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #define FC_MODE_VARIABLE "KESTRELON_FAILING_CODEC"
 #define FC_POOL_SIZE 32
@@ -103,6 +109,15 @@ static int window_ok(const kestrelon_host_window* w)
     return w && w->struct_size >= sizeof(kestrelon_host_window);
 }
 
+/* Crashes or hangs when the mode says so for a call on `path`. */
+static void misbehave(const char* path)
+{
+    char name[FC_TEXT_SIZE];
+    if (find_item("crash", name, sizeof name) && (!name[0] || (path && strstr(path, name)))) raise(SIGSEGV);
+    if (find_item("hang", name, sizeof name) && (!name[0] || (path && strstr(path, name))))
+        for (;;) sleep(1);
+}
+
 static kestrelon_result fc_encode_slot(kestrelon_codec* c, const char* wave_path, const char* output_path,
                                        const kestrelon_host_window* bar, const kestrelon_host_window* text)
 {
@@ -111,6 +126,7 @@ static kestrelon_result fc_encode_slot(kestrelon_codec* c, const char* wave_path
     fc_log("encode", wave_path, output_path);
     result = mode_code("encode", KESTRELON_RESULT_OK);
     if (result != KESTRELON_RESULT_OK) return result;
+    misbehave(wave_path);
 
     if (window_ok(text) && text->set_text) text->set_text(text->context, "FailingCodec encoding");
     if (window_ok(bar) && bar->set_range) bar->set_range(bar->context, 0, 100);
@@ -141,8 +157,17 @@ static kestrelon_result fc_decode_slot(kestrelon_codec* c, const char* encoded_p
     fc_log("decode", encoded_path, wave_path);
     result = mode_code("decode", KESTRELON_RESULT_OK);
     if (result != KESTRELON_RESULT_OK) return result;
+    misbehave(NULL);
 
     if (window_ok(text) && text->set_text) text->set_text(text->context, "FailingCodec decoding");
+    if (find_item("garbage", NULL, 0)) { /* success, and no wave */
+        FILE* out = fopen(wave_path, "wb");
+        if (out) {
+            fwrite("garbage", 1, 7, out);
+            fclose(out);
+        }
+        return KESTRELON_RESULT_OK;
+    }
     status = fc_decode(encoded_path, wave_path);
     if (status != 0) {
         snprintf(self->last_error, sizeof self->last_error, "%s %s", encoded_path,

@@ -55,6 +55,7 @@ struct Context {
     // Where volumes are written back: the file above, falling back to the
     // user's copy when the program folder's file cannot be written.
     BodySettingsFiles bodySettingsFiles;
+    bool inProcess = false; // --in-process: codecs run in this process, not in a worker
 };
 
 struct Result {

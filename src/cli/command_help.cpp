@@ -98,6 +98,8 @@ constexpr std::string_view kGlobalOptions =
     "  --yes, --no, --cancel\n"
     "                     the answer to every question a command asks (--no by default)\n"
     "  --settings FILE    the body settings file to use instead of the program's\n"
+    "  --in-process       run codecs in this process rather than in a worker process\n"
+    "                     (for a debugger; a crashing codec then ends the command)\n"
     "  --help             this text; COMMAND --help describes one command\n"
     "  --version          the program's version\n"
     "\n"

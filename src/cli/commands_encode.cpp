@@ -5,6 +5,7 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
+#include "codec/codec_worker.h"
 #include "codec/engine.h"
 #include "codec/main_list.h"
 #include "codec/project_algorithms.h"
@@ -229,10 +230,10 @@ Result projectAddEncode(Context& ctx)
                 selected.push_back(item);
 
         MainHostWindow mainWindow;
-        CodecHost host(ctx.programFolder, ctx.port, mainWindow);
+        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, ctx.inProcess);
         QualityFile quality;
         quality.load(session.projectFile());
-        const EngineEnvironment env{session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder,
+        const EngineEnvironment env{session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder,
                                     decode ? &quality : nullptr};
         FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
         LastEncodeSetting last{*body, *algorithm, *bitRate, true};
@@ -297,10 +298,10 @@ Result runBatchCommand(Context& ctx, bool encoding)
             list.selectAll();
         }
         MainHostWindow mainWindow;
-        CodecHost host(ctx.programFolder, ctx.port, mainWindow);
+        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, ctx.inProcess);
         QualityFile quality;
         quality.load(session.projectFile());
-        CodecEngine engine({session, companions.algorithms(), bodies, host, ctx.port, ctx.programFolder, &quality});
+        CodecEngine engine({session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder, &quality});
         batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
         if (!encoding || decodeToo)
             keepQuality(quality, ctx.port);

@@ -67,6 +67,7 @@ int main(int argc, char** argv)
         if (answerFlags > 1)
             throw UsageError("--yes, --no and --cancel exclude each other");
         const std::optional<std::string> settings = global.takeOption("--settings");
+        const bool inProcess = global.takeFlag("--in-process");
 
         const std::vector<std::string> words = global.remaining();
         size_t used = 0;
@@ -86,7 +87,7 @@ int main(int argc, char** argv)
         const BodySettingsFiles bodyFiles =
             settings ? BodySettingsFiles{std::filesystem::absolute(pathFromUtf8(*settings)), {}}
                      : BodySettingsFiles::forProgram(programFolder, userConfigFolder());
-        Context context{args, port, blanket, json, programFolder, bodyFiles.inUse(), bodyFiles};
+        Context context{args, port, blanket, json, programFolder, bodyFiles.inUse(), bodyFiles, inProcess};
         Result result = command->run(context);
 
         if (json || command->printsJsonAlways) {

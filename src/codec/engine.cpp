@@ -425,6 +425,12 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         if (!codec->decode(unpacked.path(), wave.path(), bar.window(), text.window()))
             return RowOutcome::Failed;
     }
+    // A codec that says it succeeded has still to deliver a wave: a listener
+    // and the firmware's tests would otherwise meet noise as speech.
+    if (WaveFile facts; !facts.load(wave.path(), WaveRead::FactsOnly)) {
+        port.showFailure(record.algoName + std::string(msg::kDecodeNotAWave), facts.error());
+        return RowOutcome::Failed;
+    }
     std::error_code ec;
     const std::uintmax_t waveSize = fs::file_size(wave.path(), ec);
     if (ec)

@@ -10,6 +10,7 @@
 #include "codec/main_list.h"
 #include "codec/temp_names.h"
 #include "plugins/algorithm_registry.h"
+#include "plugins/codec_runner.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -25,7 +26,6 @@ namespace kestrelon {
 
 class BodySettings;
 struct BodyAlgoInfo;
-class CodecHost;
 class ProjectSession;
 class QualityFile;
 class UserPort;
@@ -37,7 +37,7 @@ struct EngineEnvironment {
     ProjectSession& session;
     std::vector<AlgoRegEntry>& registry;
     const BodySettings& bodies;
-    CodecHost& host;
+    CodecRunner& host; // in this process, or a worker's
     UserPort& port;
     // Where the body settings' PATHNAMEs are taken from.
     std::filesystem::path programFolder;

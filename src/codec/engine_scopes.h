@@ -3,7 +3,7 @@
 // scope: the codec loaded for the row, and the progress window with its
 // title. With these, a step can end at any line and still clean up.
 #include "common/user_port.h"
-#include "plugins/codec_host.h"
+#include "plugins/codec_runner.h"
 
 #include <filesystem>
 #include <string>
@@ -13,7 +13,7 @@ namespace kestrelon {
 
 class LoadedCodec {
 public:
-    LoadedCodec(CodecHost& host, const std::filesystem::path& library, const std::string& bitRate)
+    LoadedCodec(CodecRunner& host, const std::filesystem::path& library, const std::string& bitRate)
         : m_host(host), m_loaded(host.loadAlgorithmPath(library, bitRate))
     {
     }
@@ -23,10 +23,10 @@ public:
 
     // False when it did not load; the host has said why.
     explicit operator bool() const { return m_loaded; }
-    CodecHost* operator->() const { return &m_host; }
+    CodecRunner* operator->() const { return &m_host; }
 
 private:
-    CodecHost& m_host;
+    CodecRunner& m_host;
     bool m_loaded;
 };
 

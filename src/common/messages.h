@@ -229,6 +229,14 @@ inline constexpr std::string_view kQualityNotWritten = " could not be written: t
 // A source the encode cannot read: its name here, the reason after.
 inline constexpr std::string_view kSourceUnreadableSuffix = " could not be read, so it was not encoded !";
 
+// A codec run apart that ended without answering: "NAME" + text + "encoding FILE !".
+inline constexpr std::string_view kCodecStoppedWorking = " stopped working while ";
+inline constexpr std::string_view kCodecStoppedAnswering = " stopped answering while ";
+inline constexpr std::string_view kCodecWorkerMissing = "The codec worker could not be started: ";
+
+// A decode that claimed success: ALGO + this, then the wave reader's reason.
+inline constexpr std::string_view kDecodeNotAWave = " did not decode to a wave file !";
+
 // Undo and Redo.
 inline constexpr std::string_view kUndoProjectChanged =
     "The project has changed since that step (by an encode, a decode or a save), so it cannot be taken back.";

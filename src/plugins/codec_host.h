@@ -8,6 +8,7 @@
 // Every user-facing failure is shown through the UserPort given at
 // construction. Every call is made on the caller's thread, one at a time.
 #include "common/dynamic_library.h"
+#include "plugins/codec_runner.h"
 #include "kestrelon/codec_plugin.h"
 
 #include <cstdint>
@@ -36,7 +37,7 @@ std::string_view fixedBitRateOf(CodecFamily family);
 // in "_" stays as it is.
 std::string normalizeNamePart(std::string part);
 
-class CodecHost {
+class CodecHost : public CodecRunner {
 public:
     // `programFolder` becomes the current folder again whenever a codec is
     // released. `mainWindow` is handed to every codec as parameter 1 and must
@@ -44,7 +45,7 @@ public:
     CodecHost(std::filesystem::path programFolder, UserPort& port, MainHostWindow& mainWindow);
     // Releases whatever is loaded (and so restores the program folder as the
     // current folder).
-    ~CodecHost();
+    ~CodecHost() override;
     CodecHost(const CodecHost&) = delete;
     CodecHost& operator=(const CodecHost&) = delete;
 
@@ -60,11 +61,11 @@ public:
     // A library still loaded from before is unloaded WITHOUT destroying its
     // object first: that object is abandoned (leaked). Callers release a codec
     // when their work is done; the shortcut only bites a caller that forgets.
-    bool loadAlgorithmPath(const std::filesystem::path& path, std::string_view bitRate);
+    bool loadAlgorithmPath(const std::filesystem::path& path, std::string_view bitRate) override;
     // Destroys the object through the library's DelDllClassObject and unloads
     // the library, if one is loaded; in every case the program folder becomes
     // the current folder again. Always true.
-    bool releaseAlgorithm();
+    bool releaseAlgorithm() override;
 
     // Maps a result code to success and shows the error text of codes from
     // 0x8000 up (the codec's own text, or the code in lower-case hex when the
@@ -82,9 +83,9 @@ public:
     // no codec is loaded or the codec left the operation's slot empty;
     // otherwise the result code goes through checkResult.
     bool encode(const std::filesystem::path& wave, const std::filesystem::path& output,
-                const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText);
+                const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText) override;
     bool decode(const std::filesystem::path& encoded, const std::filesystem::path& wave,
-                const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText);
+                const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText) override;
     bool checkAlgorithm();
     // One step of a step-wise encode; the codec's result is not looked at, so
     // this is false only when the call could not be made.
@@ -96,12 +97,12 @@ public:
     // Not a result code: the value itself. False only when the call could not
     // be made.
     bool getFileValue(const std::filesystem::path& path, int32_t& value);
-    bool outputExtension(std::string& extension);
+    bool outputExtension(std::string& extension) override;
     // The tag exactly as the codec gives it; see normalizeNamePart.
-    bool outputTag(std::string& tag);
+    bool outputTag(std::string& tag) override;
     bool getDescription(std::string& description);
     bool setParameter(int32_t id, const std::string& value);
-    bool setEventFile(const std::filesystem::path& path);
+    bool setEventFile(const std::filesystem::path& path) override;
     bool getTempFileInfo(int32_t& value);
 
 private:

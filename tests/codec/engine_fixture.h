@@ -157,7 +157,7 @@ protected:
         registry.push_back({name, "Algos\\" + name + suffix});
     }
 
-    EngineEnvironment env() { return {*session, registry, bodies, *host, port, program()}; }
+    EngineEnvironment env() { return {*session, registry, bodies, runner ? *runner : *host, port, program()}; }
 
     // Encodes (or decodes) exactly the given rows of the main list.
     BatchResult encodeRows(const std::vector<size_t>& rows, bool autoDecode = false)
@@ -196,6 +196,7 @@ protected:
     MainHostWindow mainWindow;
     std::unique_ptr<ProjectSession> session;
     std::unique_ptr<CodecHost> host;
+    CodecRunner* runner = nullptr; // when set, the rows run through it rather than the host
 
 private:
     std::filesystem::path m_savedFolder;

@@ -208,6 +208,13 @@ TEST_F(EngineTest, AFailingCodecLeavesTheRowAsItWasAndNoFileBehind)
     EXPECT_EQ(source->records()[0].encodeName, before.encodeName);
     EXPECT_EQ(source->records()[0].encodeSize, before.encodeSize);
     EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
+
+    // A decode that claims success but writes no wave fails its row alike.
+    port.clear();
+    EXPECT_EQ(decodeRows({0}).rows[0], RowOutcome::Failed);
+    EXPECT_EQ(port.texts(), std::vector<std::string>{"FailingCodec did not decode to a wave file !"});
+    EXPECT_EQ(source->records()[0].decodeName, "");
+    EXPECT_EQ(tempFiles(tempFolder()), filesBefore);
 }
 
 TEST_F(EngineTest, AStopRequestEndsTheBatchBeforeTheNextRow)

@@ -12,6 +12,7 @@
 #include "app/views/record_sort_proxy.h"
 #include "app/views/record_table_model.h"
 #include "bodies/body_settings.h"
+#include "codec/codec_worker.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
 #include "codec/row_encoded_file.h"
@@ -550,12 +551,13 @@ void MainView::runBatch(bool encode)
     setBusy(true);
     ViewProgressPort port(m_port, *m_progress, *m_model);
     MainHostWindow window;
-    CodecHost host(m_programFolder, port, window);
-    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder, &m_quality});
+    // Plug-ins run in a worker process: one that crashes or hangs costs its row, not the workbench.
+    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, false);
+    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality});
     const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
     const BatchResult batch =
         encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
-    host.releaseAlgorithm();
+    codec->releaseAlgorithm();
     setBusy(false);
     forgetHistory();
     emit finished(batchSummary(batch, encode));
@@ -765,8 +767,8 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
                                  m_settings->applyAllFiles != 0};
     ProgressPort port(m_port, *m_progress);
     MainHostWindow window;
-    CodecHost host(m_programFolder, port, window);
-    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, host, port, m_programFolder, &m_quality};
+    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, false);
+    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality};
     EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
     EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;
     // These commands only add records or change them in place, so the rows
@@ -782,7 +784,7 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
         current = std::pair{m_model->listRow(*row).source, m_model->listRow(*row).recordIndex};
     const bool decoding = m_settings && m_settings->autoDecode != 0;
     command(environment, chooser, last, decoding);
-    host.releaseAlgorithm();
+    codec->releaseAlgorithm();
     forgetHistory();
     if (decoding)
         keepQuality();

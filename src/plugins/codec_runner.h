@@ -1,0 +1,31 @@
+#pragma once
+// What the engine asks of a codec for one row: load it at a bit rate, hand it
+// the row's events, encode or decode, and name its output. CodecHost does it
+// in this process; CodecWorker (one layer up) in a worker process of its own,
+// so that a plug-in that crashes or hangs costs a row, never the program.
+#include "kestrelon/plugin_base.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace kestrelon {
+
+class CodecRunner {
+public:
+    virtual ~CodecRunner() = default;
+
+    // False after saying why (or silently when the library made no object).
+    virtual bool loadAlgorithmPath(const std::filesystem::path& path, std::string_view bitRate) = 0;
+    virtual bool releaseAlgorithm() = 0;
+    virtual bool setEventFile(const std::filesystem::path& path) = 0;
+    // The windows are the caller's: progress and the stop question reach them.
+    virtual bool encode(const std::filesystem::path& wave, const std::filesystem::path& output,
+                        const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText) = 0;
+    virtual bool decode(const std::filesystem::path& encoded, const std::filesystem::path& wave,
+                        const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText) = 0;
+    virtual bool outputExtension(std::string& extension) = 0;
+    virtual bool outputTag(std::string& tag) = 0;
+};
+
+} // namespace kestrelon
