@@ -9,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -58,9 +60,13 @@ struct Context {
     bool inProcess = false; // --in-process: codecs run in this process, not in a worker
 };
 
+class SpooledArray;
+
 struct Result {
     bool ok = false;
     Json fields = Json::object(); // printed after "ok" and "messages"
+    // Fields too large to hold as a tree, printed in their places (spooled_array.h).
+    std::map<std::string, std::shared_ptr<SpooledArray>> spooled = {};
 };
 
 using CommandFunction = Result (*)(Context&);

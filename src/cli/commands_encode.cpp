@@ -5,6 +5,7 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
+#include "cli/spooled_array.h"
 #include "codec/codec_worker.h"
 #include "codec/engine.h"
 #include "codec/main_list.h"
@@ -94,16 +95,16 @@ Json rowJson(std::size_t index, const ListRow& row)
 }
 
 // The rows of the open project with their compression rates, as the list shows them.
-Json rowsJson(ProjectSession& session, const BatchResult* batch = nullptr)
+std::shared_ptr<SpooledArray> rowsJson(ProjectSession& session, const BatchResult* batch = nullptr)
 {
     MainList list = MainList::fromDocument(session.document());
     updateCompressionRates(list, originalSizesOf(session.document(), session.filesFolder()));
-    Json rows = Json::array();
+    auto rows = std::make_shared<SpooledArray>();
     for (std::size_t index = 0; index < list.size(); ++index) {
         Json row = rowJson(index, list.rows()[index]);
         if (batch && index < batch->rows.size() && batch->rows[index] != RowOutcome::NotSelected)
             row["outcome"] = outcomeName(batch->rows[index]);
-        rows.push_back(std::move(row));
+        rows->add(row);
     }
     return rows;
 }
@@ -212,7 +213,7 @@ Result projectAddEncode(Context& ctx)
     AddEncodeResult added;
     bool allEncoded = true;
     Json sources = Json::array();
-    Json rows = Json::array();
+    std::shared_ptr<SpooledArray> rows = std::make_shared<SpooledArray>();
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
         // The named sources (or all of them) as a selection of the Files tree, in tree order.
         const std::vector<ProjectItem*> order = filesTreeOrder(session.document());
@@ -258,7 +259,7 @@ Result projectAddEncode(Context& ctx)
     result.ok = result.ok && allEncoded;
     result.fields["sources"] = std::move(sources);
     result.fields["stopped"] = added.stopped;
-    result.fields["rows"] = std::move(rows);
+    setSpooledField(result, "rows", std::move(rows));
     std::size_t counts[4] = {};
     for (const AddedSource& source : added.sources)
         ++counts[static_cast<int>(source.outcome)];
@@ -283,7 +284,7 @@ Result runBatchCommand(Context& ctx, bool encoding)
         return finishCommand(ctx, Result{false}, error, {});
 
     BatchResult batch;
-    Json rows = Json::array();
+    std::shared_ptr<SpooledArray> rows = std::make_shared<SpooledArray>();
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
         MainList list = MainList::fromDocument(session.document());
         if (chosen) {
@@ -310,7 +311,7 @@ Result runBatchCommand(Context& ctx, bool encoding)
         return true;
     });
     result.ok = result.ok && batch.allDone();
-    result.fields["rows"] = std::move(rows);
+    setSpooledField(result, "rows", std::move(rows));
     const std::size_t done = batch.count(RowOutcome::Done);
     return finishCommand(ctx, std::move(result), error,
                   (encoding ? "encoded " : "decoded ") + std::to_string(done) + " row(s)");
@@ -322,12 +323,12 @@ Result projectDecode(Context& ctx) { return runBatchCommand(ctx, false); }
 Result projectList(Context& ctx)
 {
     const auto words = ctx.args.expect(1);
-    Json rows = Json::array();
+    std::shared_ptr<SpooledArray> rows = std::make_shared<SpooledArray>();
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
         rows = rowsJson(session);
         return true;
     });
-    result.fields["rows"] = std::move(rows);
+    setSpooledField(result, "rows", std::move(rows));
     return result;
 }
 

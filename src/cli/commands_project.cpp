@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 
 #include "cli/project_json.h"
+#include "cli/spooled_array.h"
 #include "cli/project_runner.h"
 #include "common/messages.h"
 #include "common/paths.h"
@@ -27,8 +28,9 @@ Result projectDump(Context& ctx)
     ctx.port.setPolicy([answer](std::string_view, Buttons buttons, std::string_view) { return answerFor(answer, buttons); });
 
     ProjectDocument project;
-    const bool ok = project.open(pathFromUtf8(words[0]), ctx.port);
-    return {ok, {{"modified", project.isModified()}, {"files", filesJson(project)}}};
+    Result result{project.open(pathFromUtf8(words[0]), ctx.port), {{"modified", project.isModified()}}};
+    setSpooledField(result, "files", filesJson(project));
+    return result;
 }
 
 Result projectRewrite(Context& ctx)
@@ -59,11 +61,14 @@ Result projectNew(Context& ctx)
     ProjectSession session(ctx.port, &companions, nullptr, std::filesystem::current_path(ec));
     bool ok = session.newProject(location, name) && session.saveProject();
     const std::filesystem::path file = session.projectFile();
-    Json files = filesJson(session.document());
+    std::shared_ptr<SpooledArray> files = filesJson(session.document());
     ok = session.closeProject() && ok;
     if (ok)
         printSummary(ctx, "created " + utf8FromPath(file));
-    return {ok, {{"files", std::move(files)}, {"project", utf8FromPath(file)}}};
+    Result result{ok};
+    setSpooledField(result, "files", std::move(files));
+    result.fields["project"] = utf8FromPath(file);
+    return result;
 }
 
 // Open, Save As with all its copies, close. An existing target is replaced

@@ -6,6 +6,7 @@
 #include "cli/cli_command.h"
 #include "cli/command_help.h"
 #include "cli/console_port.h"
+#include "cli/spooled_array.h"
 #include "common/paths.h"
 #include "common/platform.h"
 #include "common/version.h"
@@ -94,9 +95,7 @@ int main(int argc, char** argv)
             Json out = {{"ok", result.ok}, {"messages", messagesJson(port)}};
             for (auto& [key, value] : result.fields.items())
                 out[key] = value;
-            // Names in project data are 8-bit text in whatever code page wrote
-            // them; bytes that are not UTF-8 print as U+FFFD instead of failing.
-            std::cout << out.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+            printAnswer(std::cout, out, result);
         } else if (!result.ok) {
             std::cerr << "kestrelon-cli: " << command->usage << ": failed\n";
         }

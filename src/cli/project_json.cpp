@@ -1,5 +1,7 @@
 #include "cli/project_json.h"
 
+#include "cli/spooled_array.h"
+
 #include "project/project_document.h"
 
 namespace kestrelon::cli {
@@ -38,11 +40,11 @@ Json itemJson(const ProjectItem& item)
     };
 }
 
-Json filesJson(const ProjectDocument& project)
+std::shared_ptr<SpooledArray> filesJson(const ProjectDocument& project)
 {
-    Json files = Json::array();
+    auto files = std::make_shared<SpooledArray>();
     for (const ProjectItem* item : project.topLevelFiles())
-        files.push_back(itemJson(*item));
+        files->add(itemJson(*item));
     return files;
 }
 

@@ -15,7 +15,8 @@ namespace kestrelon::cli {
 Json recordJson(const EditInfoRecord& record);
 // The item with its records and, recursively, its children.
 Json itemJson(const ProjectItem& item);
-// The Files tree: its top-level items in list order, as "files" holds it.
-Json filesJson(const ProjectDocument& project);
+// The Files tree: its top-level items in list order, as "files" holds it,
+// written out item by item.
+std::shared_ptr<SpooledArray> filesJson(const ProjectDocument& project);
 
 } // namespace kestrelon::cli

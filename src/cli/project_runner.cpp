@@ -1,6 +1,7 @@
 #include "cli/project_runner.h"
 
 #include "cli/project_json.h"
+#include "cli/spooled_array.h"
 #include "common/paths.h"
 #include "playback/project_companions.h"
 #include "project/project_folder_ops.h"
@@ -78,10 +79,12 @@ Result runProjectOperation(Context& context, const std::string& ptpPath,
     bool ok = operation ? operation(session, companions) : true;
     if (ok && session.document().isModified())
         ok = session.saveProject();
-    Json files = filesJson(session.document());
+    std::shared_ptr<SpooledArray> files = filesJson(session.document());
     const fs::path endedAs = session.projectFile();
-    ok = session.closeProject() && ok;
-    return {ok, {{"files", std::move(files)}, {"project", utf8FromPath(endedAs)}}};
+    Result result{session.closeProject() && ok};
+    setSpooledField(result, "files", std::move(files));
+    result.fields["project"] = utf8FromPath(endedAs);
+    return result;
 }
 
 } // namespace kestrelon::cli

@@ -166,6 +166,9 @@ void CodecWorker::report(const worker::Frame& frame, const kestrelon_host_window
         break;
     case Report::Step: m_mainWindow.stepDone(); break;
     case Report::Message: m_port.showMessage(frame.payload); break;
+    case Report::StopQuestion:
+        worker::writeFrame(m_asks, static_cast<char>(Ask::Stop), kestrelon_should_stop(bar) ? "1" : "0");
+        break;
     default: break;
     }
 }
@@ -189,7 +192,6 @@ std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<s
         return lost(msg::kCodecStoppedWorking, false, {});
 
     const auto deadline = steady_clock::now() + limit;
-    bool stopSent = false;
     while (true) {
         while (std::optional<worker::Frame> frame = m_reader.next()) {
             if (frame->type != static_cast<char>(Report::Answer)) {
@@ -202,10 +204,6 @@ std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<s
         if (steady_clock::now() > deadline)
             return lost(msg::kCodecStoppedAnswering, true,
                         "no answer in " + std::to_string(duration_cast<seconds>(limit).count()) + " s");
-        if (!stopSent && kestrelon_should_stop(bar)) {
-            stopSent = true;
-            worker::writeFrame(m_asks, static_cast<char>(Ask::Stop), {});
-        }
         pollfd ready{m_reports, POLLIN, 0};
         if (::poll(&ready, 1, kPollMilliseconds) <= 0)
             continue;

@@ -21,7 +21,7 @@ enum class Ask : char {
     Extension = 'X',     // -
     Tag = 'G',           // -
     Release = 'R',       // -
-    Stop = 'S',          // sent during Encode or Decode; not answered
+    Stop = 'S',          // the answer to a StopQuestion: "1" to stop, "0" to go on
 };
 
 // What the worker reports.
@@ -31,6 +31,7 @@ enum class Report : char {
     Text = 'T',     // progress text
     Step = 'W',     // the codec posted its step message
     Message = 'M',  // a message for the person
+    StopQuestion = 'Q', // the codec asks whether to stop; the worker waits for Stop
     Answer = 'A',   // "1" or "0", then (Extension, Tag) the text
 };
 

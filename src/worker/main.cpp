@@ -13,11 +13,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <deque>
 #include <string>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -45,41 +43,28 @@ public:
     }
 };
 
-// The host's frames, read as they come; a Stop may arrive while a codec runs.
+// The host's frames, read as they come.
 class Asks {
 public:
-    // Blocks for the next frame other than Stop; none when the host is gone.
+    // Blocks for the next frame; none when the host is gone.
     std::optional<Frame> next()
     {
-        if (!m_held.empty()) {
-            Frame held = m_held.front();
-            m_held.pop_front();
-            return held;
-        }
         while (true) {
-            while (std::optional<Frame> frame = m_reader.next())
-                if (frame->type != static_cast<char>(Ask::Stop))
-                    return frame;
+            if (std::optional<Frame> frame = m_reader.next())
+                return frame;
             if (!readSome())
                 return std::nullopt;
         }
     }
 
-    // Without waiting: whether the host asked the running call to stop.
+    // The codec's stop question, put to the host, which answers from its own
+    // progress window at once: a stop lands exactly where it would in process.
     bool stopAsked()
     {
-        pollfd ready{g_asks, POLLIN, 0};
-        while (::poll(&ready, 1, 0) > 0 && (ready.revents & (POLLIN | POLLHUP)) && readSome()) {
-        }
-        while (std::optional<Frame> frame = m_reader.next()) {
-            if (frame->type == static_cast<char>(Ask::Stop))
-                m_stop = true;
-            else
-                m_held.push_back(*frame);
-        }
-        return m_stop;
+        report(Report::StopQuestion);
+        const std::optional<Frame> answer = next();
+        return !answer || (answer->type == static_cast<char>(Ask::Stop) && answer->payload == "1");
     }
-    void clearStop() { m_stop = false; }
 
 private:
     bool readSome()
@@ -96,8 +81,6 @@ private:
     }
 
     FrameReader m_reader;
-    std::deque<Frame> m_held;
-    bool m_stop = false;
 };
 
 Asks g_input;
@@ -156,7 +139,6 @@ int main(int argc, char** argv)
         case Ask::Encode:
         case Ask::Decode: {
             RemoteWindows windows;
-            g_input.clearStop();
             const bool ok = static_cast<Ask>(frame->type) == Ask::Encode
                                 ? host.encode(field(0), field(1), &windows.bar, &windows.text)
                                 : host.decode(field(0), field(1), &windows.bar, &windows.text);
