@@ -6,7 +6,6 @@
 
 #include <zstd.h>
 
-#include <array>
 #include <memory>
 
 namespace kestrelon {
@@ -18,8 +17,9 @@ constexpr std::size_t kVersionAt = 8;
 constexpr std::size_t kFlagsAt = 10;
 constexpr std::size_t kOriginalSizeAt = 12;
 constexpr std::size_t kPackedSizeAt = 20;
-constexpr std::size_t kChecksumAt = 28;
-static_assert(kChecksumAt + 4 == kInterimHeaderBytes);
+// Version 1 kept a CRC-32 of the data here; version 2 keeps it zero.
+constexpr std::size_t kReservedAt = 28;
+static_assert(kReservedAt + 4 == kInterimHeaderBytes);
 
 // A fast level: interim files are packed and unpacked on every encode and
 // decode, and higher levels saved little on coded speech but cost more than
@@ -34,26 +34,6 @@ constexpr std::uint64_t kMaxExpansion = 128 * 1024 / 4;
 // Bit 2 of a zstd frame's header descriptor: the frame ends in a checksum of
 // its content, which the decompressor verifies.
 constexpr unsigned char kZstdChecksumFlag = 0x04;
-
-// Eight tables, so the checksum takes eight bytes a step: a decoded wave is
-// checksummed on every pack and unpack, and byte-wise it cost more than the
-// fast codecs' own work.
-using CrcTables = std::array<std::array<std::uint32_t, 256>, 8>;
-constexpr CrcTables makeCrcTables()
-{
-    CrcTables tables{};
-    for (std::uint32_t n = 0; n < 256; ++n) {
-        std::uint32_t c = n;
-        for (int bit = 0; bit < 8; ++bit)
-            c = (c & 1u) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-        tables[0][n] = c;
-    }
-    for (std::uint32_t n = 0; n < 256; ++n)
-        for (std::size_t t = 1; t < 8; ++t)
-            tables[t][n] = (tables[t - 1][n] >> 8) ^ tables[0][tables[t - 1][n] & 0xFFu];
-    return tables;
-}
-constexpr auto kCrcTables = makeCrcTables();
 
 void putLe(std::string& out, std::size_t at, std::uint64_t value, int bytes)
 {
@@ -82,23 +62,6 @@ std::uintmax_t maxPackedFileBytes()
 
 } // namespace
 
-std::uint32_t crc32Ieee(std::string_view bytes)
-{
-    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
-    std::size_t left = bytes.size();
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (; left >= 8; left -= 8, p += 8) {
-        const std::uint32_t low = crc ^ (std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 |
-                                         std::uint32_t(p[2]) << 16 | std::uint32_t(p[3]) << 24);
-        crc = kCrcTables[7][low & 0xFFu] ^ kCrcTables[6][(low >> 8) & 0xFFu] ^
-              kCrcTables[5][(low >> 16) & 0xFFu] ^ kCrcTables[4][low >> 24] ^ kCrcTables[3][p[4]] ^
-              kCrcTables[2][p[5]] ^ kCrcTables[1][p[6]] ^ kCrcTables[0][p[7]];
-    }
-    for (; left > 0; --left, ++p)
-        crc = kCrcTables[0][(crc ^ *p) & 0xFFu] ^ (crc >> 8);
-    return crc ^ 0xFFFFFFFFu;
-}
-
 std::optional<std::string> packInterim(std::string_view original)
 {
     if (original.size() > kMaxInterimOriginalBytes)
@@ -106,8 +69,8 @@ std::optional<std::string> packInterim(std::string_view original)
     const std::unique_ptr<ZSTD_CCtx, CCtxFree> context(ZSTD_createCCtx());
     if (!context)
         return std::nullopt;
-    // The frame records its content size and a content checksum, so a reader
-    // can check it against the header before and after decompressing.
+    // The frame records its content size and a content checksum: the reader
+    // checks the size against the header, and zstd checks the content.
     if (ZSTD_isError(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, kZstdLevel)) ||
         ZSTD_isError(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1)) ||
         ZSTD_isError(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_contentSizeFlag, 1)))
@@ -126,7 +89,7 @@ std::optional<std::string> packInterim(std::string_view original)
     putLe(out, kFlagsAt, 0, 2);
     putLe(out, kOriginalSizeAt, original.size(), 8);
     putLe(out, kPackedSizeAt, packed, 8);
-    putLe(out, kChecksumAt, crc32Ieee(original), 4);
+    putLe(out, kReservedAt, 0, 4);
     return out;
 }
 
@@ -134,11 +97,13 @@ std::optional<std::string> unpackInterim(std::string_view file)
 {
     if (file.size() < kInterimHeaderBytes || file.substr(0, kInterimMagic.size()) != kInterimMagic)
         return std::nullopt;
-    if (getLe(file, kVersionAt, 2) != kInterimVersion || getLe(file, kFlagsAt, 2) != 0)
+    const std::uint64_t version = getLe(file, kVersionAt, 2);
+    if ((version != kInterimVersion && version != kInterimFirstVersion) || getLe(file, kFlagsAt, 2) != 0)
+        return std::nullopt;
+    if (version == kInterimVersion && getLe(file, kReservedAt, 4) != 0)
         return std::nullopt;
     const std::uint64_t originalSize = getLe(file, kOriginalSizeAt, 8);
     const std::uint64_t packedSize = getLe(file, kPackedSizeAt, 8);
-    const std::uint32_t checksum = std::uint32_t(getLe(file, kChecksumAt, 4));
 
     // The payload is exactly the rest of the file: truncation and trailing
     // bytes both show up here.
@@ -159,11 +124,10 @@ std::optional<std::string> unpackInterim(std::string_view file)
     if (ZSTD_isError(frameBytes) || frameBytes != payload.size())
         return std::nullopt;
 
+    // zstd verifies the frame's content checksum as it decompresses.
     std::string original(std::size_t(originalSize), '\0');
     const std::size_t produced = ZSTD_decompress(original.data(), original.size(), payload.data(), payload.size());
     if (ZSTD_isError(produced) || produced != originalSize)
-        return std::nullopt;
-    if (crc32Ieee(original) != checksum)
         return std::nullopt;
     return original;
 }

@@ -1,8 +1,8 @@
 #pragma once
 // Interim files: the encoder's raw output and the decoded wave are kept packed
 // between the steps of the encode/decode engine. A packed file is a small
-// container (magic, version, sizes, CRC-32 of the original) around one zstd
-// frame; docs/interim-files.md gives the layout. Unpacking checks the whole
+// container (magic, version, sizes) around one zstd frame, whose own content
+// size and checksum guard the data; docs/interim-files.md gives the layout. Unpacking checks the whole
 // container before anything is written, so a damaged file is refused, never
 // half-unpacked.
 #include <cstdint>
@@ -14,7 +14,10 @@
 namespace kestrelon {
 
 inline constexpr std::string_view kInterimMagic = "KSTRLNIF";
-inline constexpr std::uint16_t kInterimVersion = 1;
+inline constexpr std::uint16_t kInterimVersion = 2;
+// Files of version 1 carry a CRC-32 of their data as well; they are read as
+// version 2 files are, the zstd frame's checksum standing for it.
+inline constexpr std::uint16_t kInterimFirstVersion = 1;
 inline constexpr std::size_t kInterimHeaderBytes = 32;
 // Packing and unpacking work on whole buffers in memory; larger data is refused.
 inline constexpr std::uint64_t kMaxInterimOriginalBytes = std::uint64_t(1) << 30;
@@ -43,9 +46,5 @@ std::string interimFailureText(const std::string& name, bool packing, const std:
 // The same on bytes in memory; nullopt when refused.
 std::optional<std::string> packInterim(std::string_view original);
 std::optional<std::string> unpackInterim(std::string_view packed);
-
-// CRC-32 as zip and PNG compute it (reflected polynomial 0xEDB88320, initial
-// value and final XOR 0xFFFFFFFF): the checksum of the original data.
-std::uint32_t crc32Ieee(std::string_view bytes);
 
 } // namespace kestrelon
