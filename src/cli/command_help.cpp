@@ -27,10 +27,12 @@ constexpr std::pair<std::string_view, std::string_view> kDescriptions[] = {
                          "registers it."},
     {"project add-encode", "Adds an encode setting (row) of body B, algorithm A and bit rate R to each source "
                            "given by ID (every source when none is given) and encodes it at once; --decode "
-                           "decodes each row after it is encoded."},
+                           "decodes each row after it is encoded. --jobs N runs N rows at once (default: the "
+                           "cores); the project, its files and the messages are as when run one by one."},
     {"project encode", "Encodes the rows given by --rows (counted from 0 in list order; every row by default); "
-                       "--decode decodes each row after it is encoded."},
-    {"project decode", "Decodes the encoded rows given by --rows (every row by default)."},
+                       "--decode decodes each row after it is encoded; --jobs N as for add-encode."},
+    {"project decode", "Decodes the encoded rows given by --rows (every row by default); --jobs N as for "
+                       "add-encode."},
     {"project list", "Prints the main list's rows with their settings, file names, sizes and rates."},
     {"project export", "Writes the encoded data of the rows given by --rows (every row by default) into DIR, "
                        "with an index file; --header keeps each file's 48-byte header. --format c adds BASE.h and "

@@ -6,7 +6,7 @@
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
 #include "cli/spooled_array.h"
-#include "codec/codec_worker.h"
+#include "codec/row_codec.h"
 #include "codec/engine.h"
 #include "codec/main_list.h"
 #include "codec/project_algorithms.h"
@@ -31,6 +31,13 @@ namespace kestrelon::cli {
 namespace fs = std::filesystem;
 
 namespace {
+
+// --jobs N: rows run N at a time (the cores by default); --in-process runs one.
+RowCodecChoice takeRowCodecChoice(Context& ctx)
+{
+    const long long jobs = ctx.args.takeNumber("--jobs", 1, kMostCodecJobs).value_or(defaultCodecJobs());
+    return {ctx.inProcess, ctx.inProcess ? 1 : int(jobs)};
+}
 
 // The measures of what a batch decoded, beside the project: a failure to
 // write them is said, but takes nothing from the decodes themselves.
@@ -194,6 +201,7 @@ Result projectAddAlgo(Context& ctx)
 
 Result projectAddEncode(Context& ctx)
 {
+    const RowCodecChoice codecChoice = takeRowCodecChoice(ctx);
     const std::optional<std::string> body = ctx.args.takeOption("--body");
     const std::optional<std::string> algorithm = ctx.args.takeOption("--algo");
     const std::optional<std::string> bitRate = ctx.args.takeOption("--rate");
@@ -231,7 +239,7 @@ Result projectAddEncode(Context& ctx)
                 selected.push_back(item);
 
         MainHostWindow mainWindow;
-        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, ctx.inProcess);
+        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
         const EngineEnvironment env{session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder,
@@ -272,6 +280,7 @@ Result projectAddEncode(Context& ctx)
 // encode and decode: the rows of --rows (all rows without it) are the selection.
 Result runBatchCommand(Context& ctx, bool encoding)
 {
+    const RowCodecChoice codecChoice = takeRowCodecChoice(ctx);
     const std::optional<std::string> rowsText = ctx.args.takeOption("--rows");
     const bool decodeToo = encoding && ctx.args.takeFlag("--decode");
     const auto words = ctx.args.expect(1);
@@ -299,7 +308,7 @@ Result runBatchCommand(Context& ctx, bool encoding)
             list.selectAll();
         }
         MainHostWindow mainWindow;
-        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, ctx.inProcess);
+        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
         CodecEngine engine({session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder, &quality});
@@ -338,11 +347,11 @@ void addEncodeCommands(std::vector<CommandSpec>& table)
 {
     table.push_back({{"project", "add-algo"}, "project add-algo PROJECT.ptp PLUGIN", &projectAddAlgo, false});
     table.push_back({{"project", "add-encode"},
-                     "project add-encode PROJECT.ptp --body B --algo A --rate R [--decode] [ID...]",
+                     "project add-encode PROJECT.ptp --body B --algo A --rate R [--decode] [--jobs N] [ID...]",
                      &projectAddEncode, false});
-    table.push_back({{"project", "encode"}, "project encode PROJECT.ptp [--rows N,...] [--decode]", &projectEncode,
+    table.push_back({{"project", "encode"}, "project encode PROJECT.ptp [--rows N,...] [--decode] [--jobs N]", &projectEncode,
                      false});
-    table.push_back({{"project", "decode"}, "project decode PROJECT.ptp [--rows N,...]", &projectDecode, false});
+    table.push_back({{"project", "decode"}, "project decode PROJECT.ptp [--rows N,...] [--jobs N]", &projectDecode, false});
     table.push_back({{"project", "list"}, "project list PROJECT.ptp", &projectList, true});
 }
 

@@ -2,6 +2,7 @@
 
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
+#include "codec/row_codec.h"
 #include "common/file_io.h"
 #include "common/paths.h"
 #include "common/platform.h"
@@ -68,7 +69,7 @@ void runShare(const fs::path& cli, const fs::path& settingsFile, const std::stri
         return;
     if (runChild(cli, settingsFile, share,
                  {"project", "add-encode", ptp, "--body", body, "--algo", share.setting.algorithm, "--rate",
-                  share.setting.bitRate, "--decode"},
+                  share.setting.bitRate, "--decode", "--jobs", "1"},
                  share.error)
             .is_null())
         return;
@@ -108,13 +109,7 @@ SweepRequest takeSweepOptions(Context& ctx)
         request.algorithms.push_back(*algorithm);
     if (const std::optional<std::string> csv = ctx.args.takeOption("--csv"))
         request.csv = absolutePathArgument(*csv);
-    request.jobs = std::max(1u, std::thread::hardware_concurrency());
-    if (const std::optional<std::string> jobsText = ctx.args.takeOption("--jobs")) {
-        if (jobsText->empty() || jobsText->size() > 3 || jobsText->find_first_not_of("0123456789") != std::string::npos ||
-            std::stoul(*jobsText) == 0)
-            throw UsageError("--jobs takes a number from 1: " + *jobsText);
-        request.jobs = unsigned(std::stoul(*jobsText));
-    }
+    request.jobs = unsigned(ctx.args.takeNumber("--jobs", 1, kMostCodecJobs).value_or(defaultCodecJobs()));
     return request;
 }
 

@@ -99,6 +99,7 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
     bool skipAll = false;
     bool first = true;
     CodecEngine engine(env); // one for the command: it gathers the names in use once
+    std::unique_ptr<RowsAhead> ahead;
 
     for (ProjectItem* source : selected) {
         if (source == nullptr || !source->isSource())
@@ -187,6 +188,20 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
         }
         env.session.markModified();
 
+        // With one choice for every source, the codec may start on the rest now.
+        if (applyInForce && !ahead) {
+            std::vector<CodecJob> jobs;
+            EditInfoRecord row;
+            row.bodyName = choice.body;
+            row.algoName = choice.algorithm;
+            row.bitRate = choice.bitRate;
+            for (auto rest = std::find(selected.begin(), selected.end(), source);
+                 rest != selected.end() && env.host.rowsAtOnce() > 1; ++rest)
+                if (*rest != nullptr && (*rest)->isSource())
+                    if (auto job = engine.encodeJob(**rest, row, autoDecode))
+                        jobs.push_back(std::move(*job));
+            ahead = engine.expectRows(jobs);
+        }
         bool stopped = false;
         added.encode = encodeOne(engine, source, added.recordIndex, autoDecode, stopped);
         if (replaced && added.encode != RowOutcome::Done)

@@ -5,7 +5,6 @@
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
-#include "plugins/codec_host.h"
 #include "plugins/host_windows.h"
 #include "wave/wave_file.h"
 
@@ -61,14 +60,6 @@ std::optional<fs::path> codecWorkerProgram(const fs::path& programFolder)
 {
     const fs::path program = programFolder / "kestrelon-codec-worker";
     return isRegularFile(program) ? std::optional(program) : std::nullopt;
-}
-
-std::unique_ptr<CodecRunner> makeRowCodec(const fs::path& programFolder, UserPort& port, MainHostWindow& mainWindow,
-                                          bool inProcess)
-{
-    if (const std::optional<fs::path> program = codecWorkerProgram(programFolder); program && !inProcess)
-        return std::make_unique<CodecWorker>(*program, programFolder, port, mainWindow);
-    return std::make_unique<CodecHost>(programFolder, port, mainWindow);
 }
 
 CodecWorker::CodecWorker(fs::path program, fs::path programFolder, UserPort& port, MainHostWindow& mainWindow)

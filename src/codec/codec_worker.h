@@ -78,10 +78,4 @@ private:
 // The worker beside the other programs in `programFolder`, when it is there.
 std::optional<std::filesystem::path> codecWorkerProgram(const std::filesystem::path& programFolder);
 
-// The codec the engine runs rows with: a worker when the worker program lies
-// in `programFolder` and `inProcess` is not asked for (a debugger wants the
-// plug-in in its own process), else a codec host in this process.
-std::unique_ptr<CodecRunner> makeRowCodec(const std::filesystem::path& programFolder, UserPort& port,
-                                          MainHostWindow& mainWindow, bool inProcess);
-
 } // namespace kestrelon

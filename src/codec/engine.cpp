@@ -3,6 +3,7 @@
 #include "bodies/body_settings.h"
 #include "codec/interim_packer.h"
 #include "codec/project_algorithms.h"
+#include "codec/quality_queue.h"
 #include "codec/raw_extraction.h"
 #include "codec/engine_scopes.h"
 #include "codec/results.h"
@@ -94,7 +95,12 @@ bool BatchResult::allDone() const
                        [](RowOutcome o) { return o == RowOutcome::NotSelected || o == RowOutcome::Done; });
 }
 
-CodecEngine::CodecEngine(EngineEnvironment environment) : m_env(std::move(environment)) {}
+CodecEngine::CodecEngine(EngineEnvironment environment)
+    : m_env(std::move(environment)), m_measures(m_env.quality ? std::make_unique<QualityQueue>(*m_env.quality) : nullptr)
+{
+}
+
+CodecEngine::~CodecEngine() = default;
 
 std::string CodecEngine::exportName(const EditInfoRecord& record, std::string_view extension)
 {
@@ -131,8 +137,65 @@ bool CodecEngine::stopRequested()
     return !m_run;
 }
 
+std::optional<CodecJob> CodecEngine::encodeJob(const ProjectItem& source, const EditInfoRecord& record,
+                                              bool autoDecode) const
+{
+    const BodyAlgoInfo* algorithm = validCombination(record);
+    if (algorithm == nullptr || !isPlainFileName(source.id()))
+        return std::nullopt;
+    CodecJob job;
+    job.library = codecLibrary(*algorithm);
+    job.bitRate = record.bitRate;
+    job.wave = sourceWavePath(source);
+    if (const fs::path events = eventFilePath(job.wave); isRegularFile(events))
+        job.events = events;
+    job.decodeToo = autoDecode;
+    return job;
+}
+
+std::optional<CodecJob> CodecEngine::decodeJob(const EditInfoRecord& record) const
+{
+    const BodyAlgoInfo* algorithm = validCombination(record);
+    if (algorithm == nullptr || !isPlainFileName(record.encodeName))
+        return std::nullopt;
+    CodecJob job;
+    job.library = codecLibrary(*algorithm);
+    job.bitRate = record.bitRate;
+    for (const fs::path& interim : {m_env.session.tempFolder() / pathFromUtf8(record.encodeName),
+                                    m_env.session.projectFolder() / pathFromUtf8(record.encodeName)})
+        if (isRegularFile(interim)) {
+            job.interim = interim;
+            return job;
+        }
+    return std::nullopt;
+}
+
+std::unique_ptr<RowsAhead> CodecEngine::expectRows(const std::vector<CodecJob>& jobs)
+{
+    if (m_rowsTold || m_env.host.rowsAtOnce() <= 1)
+        return nullptr;
+    // Measuring keeps pace with the codecs; every measure is in before the scope ends.
+    if (m_measures)
+        m_measures->setThreads(m_env.host.rowsAtOnce());
+    const auto measured = [this] {
+        if (m_measures) {
+            m_measures->finish();
+            m_measures->setThreads(1);
+        }
+    };
+    // Inside Temp, so that a helper's output reaches its place by a rename.
+    return std::make_unique<RowsAhead>(m_env.host, m_rowsTold, jobs, m_env.session.tempFolder() / "codec-pool",
+                                       measured);
+}
+
 BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 {
+    std::vector<CodecJob> jobs;
+    for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
+        if (list.isSelected(row))
+            if (auto job = encodeJob(*list.rows()[row].source, list.rows()[row].record(), autoDecode))
+                jobs.push_back(std::move(*job));
+    const auto ahead = expectRows(jobs);
     return runBatch(list, "Encoding", [&](const ListRow& row) {
         RowOutcome outcome = encodeRow(row);
         if (outcome == RowOutcome::Done && autoDecode)
@@ -143,6 +206,12 @@ BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 
 BatchResult CodecEngine::decodeSelected(MainList& list)
 {
+    std::vector<CodecJob> jobs;
+    for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
+        if (list.isSelected(row))
+            if (auto job = decodeJob(list.rows()[row].record()))
+                jobs.push_back(std::move(*job));
+    const auto ahead = expectRows(jobs);
     return runBatch(list, "Decoding", [&](const ListRow& row) { return decodeRow(row); });
 }
 
@@ -446,12 +515,8 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         dropDecodedWave(record.decodeName);
     record.decodeName = decodeName;
     record.decodeSize = sizeText(waveSize);
-    if (m_env.quality) {
-        WaveFile source, heard;
-        if (source.load(sourceWavePath(*row.source)) && heard.load(wave.path()))
-            m_env.quality->put(record, measureQuality(source.samples(), source.sampleRate(), heard.samples(),
-                                                      heard.sampleRate()));
-    }
+    if (WaveFile heard; m_measures && heard.load(wave.path()))
+        m_measures->add(record, sourceWavePath(*row.source), heard.samples(), heard.sampleRate());
     return RowOutcome::Done;
 }
 

@@ -7,6 +7,7 @@
 // Everything runs on the caller's thread, one row at a time; the person sees
 // progress and messages through the port and stops a batch through the port's
 // stopRequested(), which is asked before each row.
+#include "codec/engine_scopes.h"
 #include "codec/main_list.h"
 #include "codec/temp_names.h"
 #include "plugins/algorithm_registry.h"
@@ -25,6 +26,7 @@
 namespace kestrelon {
 
 class BodySettings;
+class QualityQueue;
 struct BodyAlgoInfo;
 class ProjectSession;
 class QualityFile;
@@ -68,6 +70,7 @@ struct BatchResult {
 class CodecEngine {
 public:
     explicit CodecEngine(EngineEnvironment environment);
+    ~CodecEngine();
 
     // Encodes the selected rows in list order. With `autoDecode` each row that
     // encodes is decoded at once, before the next row (the automatic decode
@@ -91,6 +94,15 @@ public:
     // The source wave of a row: Files\<source file name>.
     std::filesystem::path sourceWavePath(const ProjectItem& source) const;
 
+    // What the codec does for a row, told ahead to a codec that works ahead:
+    // none for a row the engine would pass over before its codec.
+    std::optional<CodecJob> encodeJob(const ProjectItem& source, const EditInfoRecord& record, bool autoDecode) const;
+    std::optional<CodecJob> decodeJob(const EditInfoRecord& record) const;
+    // Tells the codec these rows come, until the scope ends; batches run
+    // meanwhile tell nothing of their own (Add Encode Data runs one row a
+    // batch, and knows the rows to come).
+    std::unique_ptr<RowsAhead> expectRows(const std::vector<CodecJob>& jobs);
+
 private:
     // `doing` names the work for the person: "Encoding 2 of 4: hts1a.wav".
     BatchResult runBatch(MainList& list, std::string_view doing, const std::function<RowOutcome(const ListRow&)>& work);
@@ -110,6 +122,8 @@ private:
 
     EngineEnvironment m_env;
     bool m_run = false; // the batch's run flag
+    bool m_rowsTold = false;
+    std::unique_ptr<QualityQueue> m_measures; // when the environment keeps quality
     std::shared_ptr<const std::unordered_set<std::string>> m_recordedStems;
 };
 

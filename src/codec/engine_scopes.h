@@ -6,8 +6,10 @@
 #include "plugins/codec_runner.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrelon {
 
@@ -28,6 +30,33 @@ public:
 private:
     CodecRunner& m_host;
     bool m_loaded;
+};
+
+// The rows a batch is about to run, told to the codec so that it can work
+// ahead, and taken back when the scope ends: at the batch's end or its stop.
+// `told` is true meanwhile, so that batches run inside tell nothing of their own.
+class RowsAhead {
+public:
+    RowsAhead(CodecRunner& host, bool& told, const std::vector<CodecJob>& jobs, const std::filesystem::path& scratch,
+              std::function<void()> onEnd)
+        : m_host(host), m_told(told), m_onEnd(std::move(onEnd))
+    {
+        m_told = true;
+        m_host.expect(jobs, scratch);
+    }
+    ~RowsAhead()
+    {
+        m_onEnd();
+        m_host.stopExpecting();
+        m_told = false;
+    }
+    RowsAhead(const RowsAhead&) = delete;
+    RowsAhead& operator=(const RowsAhead&) = delete;
+
+private:
+    CodecRunner& m_host;
+    bool& m_told;
+    std::function<void()> m_onEnd;
 };
 
 class ProgressScope {

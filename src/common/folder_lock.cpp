@@ -3,6 +3,9 @@
 #include "common/platform.h"
 
 #include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
 #include <cstring>
 #include <sstream>
 #include <utility>
@@ -37,6 +40,15 @@ std::string hostName()
     return name;
 }
 
+// Up to a second, in steps of 20 ms.
+constexpr int kGoneHolderWaits = 50;
+
+// The holder the lock file names has ended (on this machine).
+bool holderIsGone(const LockHolder& holder)
+{
+    return holder.process > 0 && holder.host == hostName() && ::kill(pid_t(holder.process), 0) != 0 && errno == ESRCH;
+}
+
 } // namespace
 
 FolderLock::FolderLock(FolderLock&& other) noexcept
@@ -65,6 +77,7 @@ FolderLock::Outcome FolderLock::take(const std::filesystem::path& folder)
     const std::filesystem::path file = folder / kFileName;
     // A holder that lets go removes the file; a file opened just before that
     // is then no longer the one at the path, and the attempt is made again.
+    int waited = 0;
     for (int attempt = 0; attempt < 8; ++attempt) {
         const int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (fd < 0) {
@@ -76,6 +89,14 @@ FolderLock::Outcome FolderLock::take(const std::filesystem::path& folder)
             if (why == EWOULDBLOCK) m_holder = readHolder(fd);
             else m_error = std::strerror(why);
             ::close(fd);
+            // A holder killed a moment ago can still be letting go: a child it
+            // was starting keeps the lock until that child's program begins.
+            if (why == EWOULDBLOCK && holderIsGone(m_holder) && waited < kGoneHolderWaits) {
+                ++waited;
+                --attempt;
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                continue;
+            }
             return why == EWOULDBLOCK ? Outcome::HeldByOther : Outcome::Failed;
         }
         struct stat opened {};

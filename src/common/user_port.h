@@ -42,6 +42,9 @@ public:
     // Where a batch is: "Encoding 2 of 4: hts1a.wav".
     virtual void setBatchItem(std::string_view text) {}
     virtual void endProgress() {}
+    // Nothing new to show while work goes on elsewhere; a window keeps
+    // answering the person meanwhile.
+    virtual void idle() {}
     // True once the person asked the running batch to stop.
     virtual bool stopRequested() { return false; }
 };

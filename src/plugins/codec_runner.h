@@ -8,8 +8,20 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrelon {
+
+// A row a batch is about to work on, as far as its codec is concerned: what a
+// runner may start on before it is asked (CodecPool runs rows ahead).
+struct CodecJob {
+    std::filesystem::path library;
+    std::string bitRate;
+    std::filesystem::path wave;        // encode: the source
+    std::filesystem::path events;      // encode: the source's event file, or empty
+    bool decodeToo = false;            // encode: the row is decoded right after
+    std::filesystem::path interim;     // decode only: the row's packed encoding
+};
 
 class CodecRunner {
 public:
@@ -26,6 +38,14 @@ public:
                         const kestrelon_host_window* progressBar, const kestrelon_host_window* progressText) = 0;
     virtual bool outputExtension(std::string& extension) = 0;
     virtual bool outputTag(std::string& tag) = 0;
+
+    // The rows a batch is about to ask for, in order, with a folder of
+    // Temp to work ahead in; and the end of them (a stop, or the batch's
+    // end). A runner that works one call at a time ignores both.
+    // How many rows it works on at once, ahead of the caller when more than one.
+    virtual int rowsAtOnce() const { return 1; }
+    virtual void expect(const std::vector<CodecJob>& jobs, const std::filesystem::path& scratch) {}
+    virtual void stopExpecting() {}
 };
 
 } // namespace kestrelon

@@ -119,6 +119,7 @@ bool SettingsStore::load(const std::filesystem::path& configFolder)
     readInt(*settings, names::kListSection, names::kHiddenQualityColumns, loaded.hiddenQualityColumns);
     loaded.columnScale = parseColumnScale(readText(*settings, names::kListSection, names::kMultiple).value_or(""));
     readInt(*settings, names::kAutoSection, names::kDecode, loaded.autoDecode);
+    readInt(*settings, names::kCodecSection, names::kJobs, loaded.codecJobs);
     readText(*settings, names::kLastSection, names::kBodyName, loaded.lastBodyName);
     readText(*settings, names::kLastSection, names::kAlgName, loaded.lastAlgName);
     readText(*settings, names::kLastSection, names::kBitRate, loaded.lastBitRate);
@@ -162,6 +163,7 @@ bool SettingsStore::save(const std::filesystem::path& configFolder) const
     settings->setValue(keyOf(names::kListSection, names::kHiddenQualityColumns), hiddenQualityColumns);
     settings->setValue(keyOf(names::kListSection, names::kMultiple), qText(formatColumnScale(columnScale)));
     settings->setValue(keyOf(names::kAutoSection, names::kDecode), autoDecode);
+    settings->setValue(keyOf(names::kCodecSection, names::kJobs), codecJobs);
     settings->setValue(keyOf(names::kLastSection, names::kBodyName), qText(lastBodyName));
     settings->setValue(keyOf(names::kLastSection, names::kAlgName), qText(lastAlgName));
     settings->setValue(keyOf(names::kLastSection, names::kBitRate), qText(lastBitRate));

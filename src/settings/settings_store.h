@@ -32,6 +32,8 @@ inline constexpr std::string_view kMultiple = "Multiple";
 inline constexpr std::string_view kHiddenQualityColumns = "HiddenQualityColumns";
 inline constexpr std::string_view kAutoSection = "AutoEncodeDecode";
 inline constexpr std::string_view kDecode = "Decode";
+inline constexpr std::string_view kCodecSection = "Codec";
+inline constexpr std::string_view kJobs = "Jobs";
 inline constexpr std::string_view kLastSection = "LastSetting";
 inline constexpr std::string_view kBodyName = "BodyName";
 inline constexpr std::string_view kAlgName = "AlgName";
@@ -63,6 +65,7 @@ struct SettingsStore {
     float columnScale = 1.0f; // "Multiple": scale of the main list's column widths
     int hiddenQualityColumns = 0; // bit k: the k-th quality column is hidden
     int autoDecode = 1;     // boolean: decode right after encoding
+    int codecJobs = 0;      // rows encoded or decoded at once; 0: one per core
     std::string lastBodyName;
     std::string lastAlgName;
     std::string lastBitRate;  // as shown in the bit-rate list

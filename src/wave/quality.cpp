@@ -62,27 +62,39 @@ std::vector<std::vector<double>> melEnergies(const std::vector<std::int16_t>& si
         const double m = mel(sampleRate / 2.0) * i / (kMelBands + 1);
         edges[std::size_t(i)] = 700.0 * (std::pow(10.0, m / 2595.0) - 1.0);
     }
+    // Each bin's bands and weights, and the window, worked out once: a bin
+    // falls in at most two bands, and every frame asks the same.
+    struct Share {
+        int band;
+        double weight;
+    };
+    std::vector<std::vector<Share>> shares(bins);
+    for (std::size_t k = 0; k < bins; ++k) {
+        const double hz = double(k) * sampleRate / double(frame);
+        for (int b = 0; b < kMelBands; ++b) {
+            const double low = edges[std::size_t(b)], peak = edges[std::size_t(b) + 1], high = edges[std::size_t(b) + 2];
+            if (hz <= low || hz >= high)
+                continue;
+            shares[k].push_back({b, hz < peak ? (hz - low) / (peak - low) : (high - hz) / (high - peak)});
+        }
+    }
+    std::vector<double> window(frame);
+    for (std::size_t i = 0; i < frame; ++i)
+        window[i] = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * double(i) / double(frame));
+
     std::vector<std::vector<double>> out(frames, std::vector<double>(kMelBands, 0.0));
     std::vector<std::complex<double>> buffer(frame);
     for (std::size_t f = 0; f < frames; ++f) {
         const std::size_t start = f * frame / 2;
         for (std::size_t i = 0; i < frame; ++i) {
-            const double window = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * double(i) / double(frame));
             const double sample = start + i < signal.size() ? signal[start + i] : 0.0;
-            buffer[i] = sample * window;
+            buffer[i] = sample * window[i];
         }
         fft(buffer);
         for (std::size_t k = 0; k < bins; ++k) {
-            const double hz = double(k) * sampleRate / double(frame);
             const double power = std::norm(buffer[k]);
-            for (int b = 0; b < kMelBands; ++b) {
-                const double low = edges[std::size_t(b)], peak = edges[std::size_t(b) + 1],
-                             high = edges[std::size_t(b) + 2];
-                if (hz <= low || hz >= high)
-                    continue;
-                const double weight = hz < peak ? (hz - low) / (peak - low) : (high - hz) / (high - peak);
-                out[f][std::size_t(b)] += weight * power;
-            }
+            for (const Share& share : shares[k])
+                out[f][std::size_t(share.band)] += share.weight * power;
         }
     }
     return out;
@@ -94,18 +106,22 @@ int bestLag(const std::vector<std::int16_t>& reference, const std::vector<std::i
 {
     int best = 0;
     double bestScore = -2.0;
+    const long long references = static_cast<long long>(reference.size());
+    const long long decodes = static_cast<long long>(decoded.size());
     for (int lag = -maxLag; lag <= maxLag; ++lag) {
-        double cross = 0, energyA = 0, energyB = 0;
-        for (std::size_t n = 0; n < reference.size(); ++n) {
-            const long long m = static_cast<long long>(n) + lag;
-            if (m < 0 || m >= static_cast<long long>(decoded.size()))
-                continue;
-            const double a = reference[n], b = decoded[std::size_t(m)];
+        // Whole-number sums: exact, and free of a test per sample.
+        std::int64_t cross = 0, energyA = 0, energyB = 0;
+        const long long from = std::max(0LL, -static_cast<long long>(lag));
+        const long long to = std::min(references, decodes - lag);
+        for (long long n = from; n < to; ++n) {
+            const std::int64_t a = reference[std::size_t(n)], b = decoded[std::size_t(n + lag)];
             cross += a * b;
             energyA += a * a;
             energyB += b * b;
         }
-        const double score = energyA > 0 && energyB > 0 ? cross / std::sqrt(energyA * energyB) : -1.0;
+        const double score = energyA > 0 && energyB > 0
+                                 ? double(cross) / std::sqrt(double(energyA) * double(energyB))
+                                 : -1.0;
         // Ties go to the smallest shift.
         if (score > bestScore + 1e-12 || (std::abs(score - bestScore) <= 1e-12 && std::abs(lag) < std::abs(best))) {
             bestScore = score;

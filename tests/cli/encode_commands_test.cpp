@@ -153,6 +153,10 @@ TEST_F(EncodeCommandsTest, ChoicesTheBodiesDoNotOfferAndRowsThatDoNotExistAreRef
     const Run missing = run({"project", "encode", ptp(), "--rows", "0,2"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_EQ(missing.answer["error"], "no row 2: the project has 2 row(s)");
+    // No rows at all at once is a mistake in the command, not a slow run.
+    const CliRun none = runCli({"project", "decode", ptp(), "--jobs", "0"}, scratch.path());
+    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_NE(none.err.find("--jobs takes a whole number from 1"), std::string::npos) << none.err;
 }
 
 TEST_F(EncodeCommandsTest, AnotherBodySettingsFileAndAnAddedAlgorithm)

@@ -41,14 +41,23 @@ inline void setEnv(const char* name, const std::string& value)
 // Records progress and answers stop requests besides what ScriptedPort does.
 class EnginePort : public ScriptedPort {
 public:
-    void beginProgress(std::string_view title) override { titles.emplace_back(title); }
+    void beginProgress(std::string_view title) override
+    {
+        titles.emplace_back(title);
+        position = 0;
+    }
     void endProgress() override { ++ended; }
-    void setProgressPosition(int position) override { furthest = std::max(furthest, position); }
+    void setProgressPosition(int reached) override
+    {
+        position = reached;
+        furthest = std::max(furthest, reached);
+    }
     bool stopRequested() override { return stop && stop(); }
 
     std::vector<std::string> titles;
     int ended = 0;
     int furthest = 0; // the highest progress position a codec reported
+    int position = 0; // the last one in the current progress
     std::function<bool()> stop;
 };
 

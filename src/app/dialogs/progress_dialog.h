@@ -38,6 +38,8 @@ public:
     void setRange(int low, int high);
     void setPosition(int position);
     void setText(std::string_view text);
+    // Keeps the window painting and its Stop answering while the work is elsewhere.
+    void keepAnswering() { pump(); }
     // Hides the window; the stop request stays readable until the next
     // begin() or clearStop(): a batch reads it after its row ends.
     void end();
@@ -101,6 +103,7 @@ public:
     void setProgressPosition(int position) override { m_dialog.setPosition(position); }
     void setProgressText(std::string_view text) override { m_dialog.setText(text); }
     void setBatchItem(std::string_view text) override { m_dialog.setBatchItem(text); }
+    void idle() override { m_dialog.keepAnswering(); }
     void endProgress() override { m_dialog.end(); }
     bool stopRequested() override { return m_dialog.stopRequested() || m_inner.stopRequested(); }
 

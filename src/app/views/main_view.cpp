@@ -12,7 +12,7 @@
 #include "app/views/record_sort_proxy.h"
 #include "app/views/record_table_model.h"
 #include "bodies/body_settings.h"
-#include "codec/codec_worker.h"
+#include "codec/row_codec.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
 #include "codec/row_encoded_file.h"
@@ -541,6 +541,12 @@ void MainView::setBusy(bool busy)
     emit busyChanged();
 }
 
+RowCodecChoice MainView::rowCodecChoice() const
+{
+    const int jobs = m_settings && m_settings->codecJobs > 0 ? m_settings->codecJobs : defaultCodecJobs();
+    return {false, std::min(jobs, kMostCodecJobs)};
+}
+
 void MainView::runBatch(bool encode)
 {
     if (!readyForCommand() || !m_bodies || !m_registry)
@@ -552,7 +558,7 @@ void MainView::runBatch(bool encode)
     ViewProgressPort port(m_port, *m_progress, *m_model);
     MainHostWindow window;
     // Plug-ins run in a worker process: one that crashes or hangs costs its row, not the workbench.
-    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, false);
+    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
     CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality});
     const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
     const BatchResult batch =
@@ -767,7 +773,7 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
                                  m_settings->applyAllFiles != 0};
     ProgressPort port(m_port, *m_progress);
     MainHostWindow window;
-    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, false);
+    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
     const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality};
     EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
     EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;

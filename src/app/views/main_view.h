@@ -9,6 +9,7 @@
 // Encode Data and export are the core's (src/codec, src/settings); the view
 // hands them the rows in the order it shows them, with its selection.
 #include "codec/main_list.h"
+#include "codec/row_codec.h"
 #include "codec/results.h"
 #include "codec/row_quality.h"
 #include "plugins/algorithm_registry.h"
@@ -173,6 +174,8 @@ private:
     void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
+    // Rows in worker processes, as many at once as the settings ask.
+    RowCodecChoice rowCodecChoice() const;
     // Runs `edit` as one step of the history, when there is one.
     void recorded(const QString& text, const std::function<void()>& edit);
     // After a command that writes or deletes files no step can restore: the
