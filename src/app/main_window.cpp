@@ -115,6 +115,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_view->setUndo(m_undo);
     m_view->setEnvironment(m_bodies, &m_companions.algorithms(), m_options.programFolder);
     m_view->setSettings(&m_settings);
+    m_view->setBrokenCodecs(&m_brokenCodecs);
     m_view->setSession(&m_session);
     setCentralWidget(m_view);
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);

@@ -6,6 +6,8 @@
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
 #include "cli/spooled_array.h"
+#include "codec/broken_codecs.h"
+#include "common/platform.h"
 #include "codec/row_codec.h"
 #include "codec/engine.h"
 #include "codec/main_list.h"
@@ -242,11 +244,13 @@ Result projectAddEncode(Context& ctx)
         const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
-        const EngineEnvironment env{session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder,
-                                    decode ? &quality : nullptr};
+        BrokenCodecs broken(userConfigFolder());
+        const EngineEnvironment env{session,      companions.algorithms(),       bodies, *codec, ctx.port,
+                                    ctx.programFolder, decode ? &quality : nullptr, &broken};
         FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
         LastEncodeSetting last{*body, *algorithm, *bitRate, true};
         added = addEncodeData(env, selected, chooser, last, decode);
+        keepBrokenCodecs(broken, ctx.port);
         if (decode)
             keepQuality(quality, ctx.port);
         // The items live only as long as the open project.
@@ -311,8 +315,11 @@ Result runBatchCommand(Context& ctx, bool encoding)
         const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
-        CodecEngine engine({session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder, &quality});
+        BrokenCodecs broken(userConfigFolder());
+        CodecEngine engine(
+            {session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder, &quality, &broken});
         batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
+        keepBrokenCodecs(broken, ctx.port);
         if (!encoding || decodeToo)
             keepQuality(quality, ctx.port);
         rows = rowsJson(session, &batch);

@@ -188,6 +188,8 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
         }
         env.session.markModified();
 
+        // A codec that broke in an earlier batch is asked about before its first row.
+        engine.mayUse(choice.algorithm);
         // With one choice for every source, the codec may start on the rest now.
         if (applyInForce && !ahead) {
             std::vector<CodecJob> jobs;

@@ -28,6 +28,7 @@ struct Shown {
 // One codec call as a helper made it: its answer and what it showed.
 struct Step {
     bool ok = false;
+    bool broke = false; // the codec crashed or stopped answering in it
     std::vector<Shown> shown;
 };
 
@@ -261,8 +262,9 @@ void CodecPool::prepare(Prepared& p, CodecRunner& codec, HelperPort& port) const
     const fs::path base = m_scratch / ("job" + std::to_string(p.index));
     const ProgressBarWindow bar(port);
     const ProgressTextWindow text(port);
-    const auto step = [&port](Step& into, bool ok) {
+    const auto step = [&port, &codec](Step& into, bool ok) {
         into.ok = ok;
+        into.broke = codec.brokeSinceLoad();
         into.shown = port.take();
         return ok;
     };
@@ -280,6 +282,7 @@ void CodecPool::prepare(Prepared& p, CodecRunner& codec, HelperPort& port) const
                     p.tag = named;
             }
             p.encode.shown = port.take();
+            p.encode.broke = codec.brokeSinceLoad();
             step(p.release, codec.releaseAlgorithm());
         }
         if (!p.job.decodeToo || !p.encode.ok)
@@ -389,6 +392,7 @@ bool CodecPool::loadAlgorithmPath(const fs::path& path, std::string_view bitRate
     m_events.reset();
     m_answered = nullptr;
     m_live = false;
+    m_broke = false;
     // Nothing expected: the engine's own codec, at once.
     if (m_jobs.empty()) {
         m_live = true;
@@ -404,8 +408,11 @@ bool CodecPool::releaseAlgorithm()
         replay(m_port, m_answered->decodeUsed ? m_answered->decodeRelease : m_answered->release, {});
     m_answered = nullptr;
     m_events.reset();
-    const bool live = std::exchange(m_live, false);
-    return live ? m_own->releaseAlgorithm() : true;
+    if (!std::exchange(m_live, false))
+        return true;
+    const bool released = m_own->releaseAlgorithm();
+    m_broke = m_own->brokeSinceLoad();
+    return released;
 }
 
 bool CodecPool::setEventFile(const fs::path& path)
@@ -427,6 +434,7 @@ bool CodecPool::encode(const fs::path& wave, const fs::path& output, const kestr
     const Renames renames{{job->encoded, output}, {job->job.events, m_events.value_or(fs::path())}};
     m_answered = job;
     ++m_served;
+    m_broke = job->load.broke || job->takeEvents.broke || job->encode.broke;
     replay(m_port, job->load, renames);
     if (!job->load.ok)
         return false;
@@ -449,6 +457,7 @@ bool CodecPool::decode(const fs::path& encoded, const fs::path& wave, const kest
     const Renames renames{{job->decodeInputPath, encoded}, {job->decoded, wave}};
     m_answered = job;
     ++m_served;
+    m_broke = job->decodeLoad.broke || job->decode.broke;
     replay(m_port, job->decodeLoad, renames);
     if (!job->decodeLoad.ok)
         return false;

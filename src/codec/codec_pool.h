@@ -54,6 +54,7 @@ public:
     bool outputExtension(std::string& extension) override;
     bool outputTag(std::string& tag) override;
     int rowsAtOnce() const override { return m_helperCount; }
+    bool brokeSinceLoad() const override { return m_live ? m_own->brokeSinceLoad() : m_broke; }
     void expect(const std::vector<CodecJob>& jobs, const std::filesystem::path& scratch) override;
     void stopExpecting() override;
 
@@ -103,6 +104,7 @@ private:
     Prepared* m_answered = nullptr; // whose encode answered the row's last encode
     bool m_live = false;            // the engine's own codec serves the row
     bool m_liveLoaded = false;      // and loaded
+    bool m_broke = false;           // a helper's codec broke in the row's calls
     int m_served = 0;
 };
 

@@ -176,6 +176,7 @@ std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<s
     const std::string name = m_algorithm.empty() ? std::string("The codec") : m_algorithm;
     const auto lost = [&](std::string_view what, bool kill, std::string_view reason) -> std::optional<Reply> {
         end(kill);
+        m_broke = true;
         m_port.showFailure(name + std::string(what) + doing + " !", reason);
         return std::nullopt;
     };
@@ -209,6 +210,7 @@ std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<s
             ::close(m_asks);
             ::close(m_reports);
             m_asks = m_reports = -1;
+            m_broke = true;
             const std::string reason = WIFSIGNALED(status) ? std::string(strsignal(WTERMSIG(status)))
                                                            : "exit status " + std::to_string(WEXITSTATUS(status));
             m_port.showFailure(name + std::string(msg::kCodecStoppedWorking) + doing + " !", reason);
@@ -221,6 +223,7 @@ std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<s
 bool CodecWorker::loadAlgorithmPath(const fs::path& path, std::string_view bitRate)
 {
     m_algorithm = utf8FromPath(path.stem());
+    m_broke = false;
     const auto reply = call(Ask::Load, {path.string(), std::string(bitRate)}, limitFor(0), "loading");
     return reply && reply->ok;
 }

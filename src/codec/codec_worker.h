@@ -46,6 +46,8 @@ public:
     bool outputExtension(std::string& extension) override;
     bool outputTag(std::string& tag) override;
 
+    bool brokeSinceLoad() const override { return m_broke; }
+
     // The worker's process, while one runs.
     std::optional<pid_t> process() const;
 
@@ -69,6 +71,7 @@ private:
     UserPort& m_port;
     MainHostWindow& m_mainWindow;
     std::string m_algorithm; // the loaded codec's name, for messages
+    bool m_broke = false;
     pid_t m_pid = -1;
     int m_asks = -1;
     int m_reports = -1;

@@ -2,6 +2,7 @@
 
 #include "bodies/body_settings.h"
 #include "codec/interim_packer.h"
+#include "codec/broken_codecs.h"
 #include "codec/project_algorithms.h"
 #include "codec/quality_queue.h"
 #include "codec/raw_extraction.h"
@@ -141,7 +142,7 @@ std::optional<CodecJob> CodecEngine::encodeJob(const ProjectItem& source, const 
                                               bool autoDecode) const
 {
     const BodyAlgoInfo* algorithm = validCombination(record);
-    if (algorithm == nullptr || !isPlainFileName(source.id()))
+    if (algorithm == nullptr || !isPlainFileName(source.id()) || refused(record.algoName))
         return std::nullopt;
     CodecJob job;
     job.library = codecLibrary(*algorithm);
@@ -156,7 +157,7 @@ std::optional<CodecJob> CodecEngine::encodeJob(const ProjectItem& source, const 
 std::optional<CodecJob> CodecEngine::decodeJob(const EditInfoRecord& record) const
 {
     const BodyAlgoInfo* algorithm = validCombination(record);
-    if (algorithm == nullptr || !isPlainFileName(record.encodeName))
+    if (algorithm == nullptr || !isPlainFileName(record.encodeName) || refused(record.algoName))
         return std::nullopt;
     CodecJob job;
     job.library = codecLibrary(*algorithm);
@@ -188,8 +189,40 @@ std::unique_ptr<RowsAhead> CodecEngine::expectRows(const std::vector<CodecJob>& 
                                        measured);
 }
 
+bool CodecEngine::refused(const std::string& algorithm) const
+{
+    const auto asked = m_mayUse.find(algorithm);
+    return asked != m_mayUse.end() && !asked->second;
+}
+
+bool CodecEngine::mayUse(const std::string& algorithm)
+{
+    const auto asked = m_mayUse.find(algorithm);
+    if (asked != m_mayUse.end())
+        return asked->second;
+    // A codec that breaks from now on is asked about by the next batch, not this one.
+    const bool marked = m_env.broken != nullptr && m_env.broken->has(algorithm);
+    const bool yes =
+        !marked || m_env.port.ask(algorithm + std::string(msg::kCodecBrokeBefore), Buttons::YesNo) == Answer::Yes;
+    if (marked && yes)
+        m_env.broken->forgive(algorithm);
+    m_mayUse[algorithm] = yes;
+    return yes;
+}
+
+void CodecEngine::askAboutBrokenCodecs(const MainList& list)
+{
+    if (m_env.broken == nullptr)
+        return;
+    for (std::size_t row = 0; row < list.size(); ++row)
+        if (const EditInfoRecord& record = list.rows()[row].record();
+            list.isSelected(row) && m_env.broken->has(record.algoName) && validCombination(record))
+            mayUse(record.algoName);
+}
+
 BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 {
+    askAboutBrokenCodecs(list);
     std::vector<CodecJob> jobs;
     for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
         if (list.isSelected(row))
@@ -206,6 +239,7 @@ BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 
 BatchResult CodecEngine::decodeSelected(MainList& list)
 {
+    askAboutBrokenCodecs(list);
     std::vector<CodecJob> jobs;
     for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
         if (list.isSelected(row))
@@ -237,7 +271,10 @@ BatchResult CodecEngine::runBatch(MainList& list, std::string_view doing,
             continue;
         m_env.port.setBatchItem(std::string(doing) + " " + std::to_string(++reached) + " of " + std::to_string(count) +
                                 ": " + list.rows()[row].record().fileName);
+        m_rowBroke = false;
         result.rows[row] = work(list.rows()[row]);
+        if (m_rowBroke && m_env.broken)
+            m_env.broken->mark(list.rows()[row].record().algoName);
         // A row cut short by Stop failed only because it was asked to: it
         // keeps its earlier results and counts as not reached.
         if (result.rows[row] == RowOutcome::Failed && stopRequested()) {
@@ -332,6 +369,8 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     const BodyAlgoInfo* algorithm = validCombination(record);
     if (algorithm == nullptr)
         return RowOutcome::Invalid;
+    if (refused(record.algoName))
+        return RowOutcome::Failed;
     if (!isPlainFileName(row.source->id()))
         return RowOutcome::Unreadable;
     const fs::path project = m_env.session.projectFolder();
@@ -380,7 +419,7 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
         return RowOutcome::Unreadable;
     }
 
-    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate);
+    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate, m_rowBroke);
     // The events are handed over before the encode, which is the call that carries them.
     if (!codec || !codec->setEventFile(withEvents ? eventCopy : fs::path()))
         return RowOutcome::Failed;
@@ -448,6 +487,8 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     const BodyAlgoInfo* algorithm = validCombination(record);
     if (algorithm == nullptr)
         return RowOutcome::Invalid;
+    if (refused(record.algoName))
+        return RowOutcome::Failed;
     if (!isPlainFileName(record.encodeName))
         return RowOutcome::Unreadable; // never encoded
     const fs::path project = m_env.session.projectFolder();
@@ -476,7 +517,7 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
         port.showMessage(interimFailureText(record.encodeName, false, writeError));
         return RowOutcome::Failed;
     }
-    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate);
+    const LoadedCodec codec(m_env.host, codecLibrary(*algorithm), record.bitRate, m_rowBroke);
     if (!codec)
         return RowOutcome::Failed;
 

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <map>
 #include <unordered_set>
 #include <optional>
 #include <string>
@@ -27,6 +28,7 @@ namespace kestrelon {
 
 class BodySettings;
 class QualityQueue;
+class BrokenCodecs;
 struct BodyAlgoInfo;
 class ProjectSession;
 class QualityFile;
@@ -46,6 +48,9 @@ struct EngineEnvironment {
     // When set, each row decoded is measured against its source while its
     // wave is at hand, and the measures are put here for the caller to keep.
     QualityFile* quality = nullptr;
+    // When set, a codec that crashes or stops answering is marked here, and a
+    // batch asks before it gives a marked codec a row.
+    BrokenCodecs* broken = nullptr;
 };
 
 // What became of one row of a batch.
@@ -102,6 +107,9 @@ public:
     // meanwhile tell nothing of their own (Add Encode Data runs one row a
     // batch, and knows the rows to come).
     std::unique_ptr<RowsAhead> expectRows(const std::vector<CodecJob>& jobs);
+    // Whether rows may use the algorithm: yes, unless it broke in an earlier
+    // batch and the person says no, asked once per engine at its first use.
+    bool mayUse(const std::string& algorithm);
 
 private:
     // `doing` names the work for the person: "Encoding 2 of 4: hts1a.wav".
@@ -109,6 +117,10 @@ private:
     RowOutcome encodeRow(const ListRow& row);
     RowOutcome decodeRow(const ListRow& row);
     bool stopRequested();
+    // Asks about the broken codecs of the selected rows before the first row.
+    void askAboutBrokenCodecs(const MainList& list);
+    // Rows may not use the algorithm: the person said so this batch.
+    bool refused(const std::string& algorithm) const;
     // Names no record, Temp file or file beside the project file uses. The
     // records' names are gathered once per engine: a name given out since
     // stands in Temp, which the test looks at anyway.
@@ -123,6 +135,8 @@ private:
     EngineEnvironment m_env;
     bool m_run = false; // the batch's run flag
     bool m_rowsTold = false;
+    bool m_rowBroke = false; // the row's codec crashed or stopped answering
+    std::map<std::string, bool> m_mayUse; // the answers about broken codecs
     std::unique_ptr<QualityQueue> m_measures; // when the environment keeps quality
     std::shared_ptr<const std::unordered_set<std::string>> m_recordedStems;
 };

@@ -15,11 +15,16 @@ namespace kestrelon {
 
 class LoadedCodec {
 public:
-    LoadedCodec(CodecRunner& host, const std::filesystem::path& library, const std::string& bitRate)
-        : m_host(host), m_loaded(host.loadAlgorithmPath(library, bitRate))
+    // `broke` learns, as the codec is let go, whether it crashed or stopped answering.
+    LoadedCodec(CodecRunner& host, const std::filesystem::path& library, const std::string& bitRate, bool& broke)
+        : m_host(host), m_loaded(host.loadAlgorithmPath(library, bitRate)), m_broke(broke)
     {
     }
-    ~LoadedCodec() { m_host.releaseAlgorithm(); }
+    ~LoadedCodec()
+    {
+        m_broke = m_broke || m_host.brokeSinceLoad();
+        m_host.releaseAlgorithm();
+    }
     LoadedCodec(const LoadedCodec&) = delete;
     LoadedCodec& operator=(const LoadedCodec&) = delete;
 
@@ -30,6 +35,7 @@ public:
 private:
     CodecRunner& m_host;
     bool m_loaded;
+    bool& m_broke;
 };
 
 // The rows a batch is about to run, told to the codec so that it can work

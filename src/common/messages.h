@@ -232,6 +232,10 @@ inline constexpr std::string_view kSourceUnreadableSuffix = " could not be read,
 // A codec run apart that ended without answering: "NAME" + text + "encoding FILE !".
 inline constexpr std::string_view kCodecStoppedWorking = " stopped working while ";
 inline constexpr std::string_view kCodecStoppedAnswering = " stopped answering while ";
+// The list of codecs that broke, after its file's path.
+inline constexpr std::string_view kBrokenCodecsNotWritten = " could not be written: the codecs that broke are not remembered !";
+// Asked before a batch gives such a codec a row again: "Codec2 stopped working in ...".
+inline constexpr std::string_view kCodecBrokeBefore = " stopped working in an earlier batch.\nUse it again ?";
 inline constexpr std::string_view kCodecWorkerMissing = "The codec worker could not be started: ";
 
 // A decode that claimed success: ALGO + this, then the wave reader's reason.

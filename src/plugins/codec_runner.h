@@ -42,6 +42,10 @@ public:
     // The rows a batch is about to ask for, in order, with a folder of
     // Temp to work ahead in; and the end of them (a stop, or the batch's
     // end). A runner that works one call at a time ignores both.
+    // Whether the codec crashed or stopped answering in a call since the last
+    // load: a plug-in to be wary of.
+    virtual bool brokeSinceLoad() const { return false; }
+
     // How many rows it works on at once, ahead of the caller when more than one.
     virtual int rowsAtOnce() const { return 1; }
     virtual void expect(const std::vector<CodecJob>& jobs, const std::filesystem::path& scratch) {}

@@ -2,6 +2,7 @@
 // project, working files, measures and messages in the same order, with a
 // codec that crashes in the middle and with a Stop part-way through.
 #include "codec/add_encode_data.h"
+#include "codec/broken_codecs.h"
 #include "codec/codec_pool.h"
 #include "codec/codec_worker.h"
 #include "codec/row_quality.h"
@@ -26,6 +27,7 @@ struct RunResult {
     std::vector<std::string> titles;
     std::vector<std::string> records;
     FolderSnapshot project;
+    bool marked = false; // the crashing codec is marked as broken
 };
 
 // Working files are named from a counter of the process, as the system's
@@ -105,7 +107,8 @@ protected:
 
         QualityFile quality;
         quality.load(session->projectFile());
-        const EngineEnvironment environment{*session, registry, bodies, codec, port, program(), &quality};
+        BrokenCodecs broken({});
+        const EngineEnvironment environment{*session, registry, bodies, codec, port, program(), &quality, &broken};
         RunResult result;
         const auto batch = [&](MainList list, bool encode, bool autoDecode) {
             list.selectAll();
@@ -123,6 +126,9 @@ protected:
             addRecord(source, "FailingCodec", "16000");
         }
         batch(MainList::fromDocument(session->document()), true, true);
+        result.marked = broken.has("FailingCodec");
+        // The crash marked the codec: the next batch asks, and is told to go on.
+        port.queue(Answer::Yes);
         batch(MainList::fromDocument(session->document()), false, false);
         const std::size_t titlesBefore = port.titles.size();
         // Part-way through the fifth row's frames: a helper has done the row
@@ -167,12 +173,15 @@ TEST_F(CodecPoolTest, RowsRunThreeAtOnceLeaveWhatRowsRunOneByOneLeave)
     EXPECT_EQ(one.batches[6][6], RowOutcome::NotReached);
     ASSERT_FALSE(one.messages.empty());
     EXPECT_EQ(one.messages[0].first, "FailingCodec stopped working while encoding hts2a.wav !");
+    EXPECT_TRUE(one.marked) << "the crash marked the codec";
+    EXPECT_EQ(one.messages[1].first, "FailingCodec stopped working in an earlier batch.\nUse it again ?");
     EXPECT_FALSE(readBytes(temp / "serial" / "Demo" / "Demo.quality").empty());
 
     EXPECT_EQ(three.batches, one.batches);
     EXPECT_EQ(three.messages, one.messages);
     EXPECT_EQ(three.titles, one.titles);
     EXPECT_EQ(three.records, one.records);
+    EXPECT_EQ(three.marked, one.marked);
     // Every file, its working files in Temp included, byte for byte; nothing
     // of the helpers' scratch is left.
     EXPECT_EQ(three.project, one.project);

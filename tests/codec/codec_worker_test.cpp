@@ -1,6 +1,7 @@
 // The engine with its codecs in kestrelon-codec-worker: the same bytes and
 // messages as in this process, and a plug-in that crashes or hangs costs its
 // row and a message, never the batch.
+#include "codec/broken_codecs.h"
 #include "codec/codec_worker.h"
 #include "engine_fixture.h"
 #include "wave/wave_file.h"
@@ -133,6 +134,59 @@ TEST_F(WorkerTest, ACodecThatCrashesOrHangsCostsItsRowAndTheBatchGoesOn)
     misbehave("encode=0x8001;error-text=The codec gave up");
     EXPECT_EQ(encodeRows({0}).rows[0], RowOutcome::Failed);
     EXPECT_EQ(port.texts(), std::vector<std::string>{"The codec gave up"});
+}
+
+// A codec that crashed is remembered from one run to the next, and the next
+// batch asks once before it gives that codec a row again.
+TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
+{
+    ProjectItem* first = addSource(kSpeech / "hts1a.wav");
+    ProjectItem* second = addShortSource("short.wav");
+    install("FailingCodec");
+    install("ImaAdpcm");
+    addRecord(first, "FailingCodec", "16000");  // row 0
+    addRecord(first, "ImaAdpcm", "32000");      // row 1
+    addRecord(second, "FailingCodec", "16000"); // row 2
+    const fs::path config = temp / "config";
+    const auto batch = [&](BrokenCodecs& broken, const std::vector<size_t>& rows) {
+        MainList list = MainList::fromDocument(session->document());
+        EXPECT_TRUE(list.selectRows(rows));
+        EngineEnvironment environment = env();
+        environment.broken = &broken;
+        return CodecEngine(environment).encodeSelected(list).rows;
+    };
+
+    misbehave("crash=hts1a");
+    {
+        BrokenCodecs broken(config);
+        EXPECT_EQ(batch(broken, {0, 1}),
+                  (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done, RowOutcome::NotSelected}));
+        EXPECT_TRUE(broken.has("FailingCodec"));
+        EXPECT_FALSE(broken.has("ImaAdpcm"));
+        ASSERT_TRUE(broken.save());
+    }
+
+    // The next run: one question for both of its rows, answered No; neither
+    // row reaches the codec, the other codec's row runs.
+    port.clear();
+    misbehave("");
+    const std::size_t callsBefore = codecCalls().size();
+    BrokenCodecs later(config);
+    ASSERT_TRUE(later.has("FailingCodec"));
+    port.queue(Answer::No);
+    EXPECT_EQ(batch(later, {0, 1, 2}), (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done, RowOutcome::Failed}));
+    ASSERT_EQ(port.messages().size(), 1u);
+    EXPECT_EQ(port.messages()[0].text, "FailingCodec stopped working in an earlier batch.\nUse it again ?");
+    for (std::size_t i = callsBefore; i < codecCalls().size(); ++i)
+        EXPECT_EQ(codecCalls()[i].find("encode"), std::string::npos) << codecCalls()[i];
+
+    // Yes forgives it: its rows run, and the list no longer names it.
+    port.clear();
+    port.queue(Answer::Yes);
+    EXPECT_EQ(batch(later, {0, 2}), (std::vector<RowOutcome>{RowOutcome::Done, RowOutcome::NotSelected, RowOutcome::Done}));
+    EXPECT_EQ(port.pendingAnswers(), 0u);
+    ASSERT_TRUE(later.save());
+    EXPECT_FALSE(BrokenCodecs(config).has("FailingCodec"));
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include "app/views/record_sort_proxy.h"
 #include "app/views/record_table_model.h"
 #include "bodies/body_settings.h"
+#include "codec/broken_codecs.h"
 #include "codec/row_codec.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
@@ -559,11 +560,14 @@ void MainView::runBatch(bool encode)
     MainHostWindow window;
     // Plug-ins run in a worker process: one that crashes or hangs costs its row, not the workbench.
     const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
-    CodecEngine engine(EngineEnvironment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality});
+    CodecEngine engine(
+        EngineEnvironment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality, m_broken});
     const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
     const BatchResult batch =
         encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
     codec->releaseAlgorithm();
+    if (m_broken)
+        keepBrokenCodecs(*m_broken, m_port);
     setBusy(false);
     forgetHistory();
     emit finished(batchSummary(batch, encode));
@@ -774,7 +778,8 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
     ProgressPort port(m_port, *m_progress);
     MainHostWindow window;
     const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
-    const EngineEnvironment environment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality};
+    const EngineEnvironment environment{*m_session,     *m_registry, *m_bodies, *codec, port,
+                                        m_programFolder, &m_quality,  m_broken};
     EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
     EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;
     // These commands only add records or change them in place, so the rows
@@ -791,6 +796,8 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
     const bool decoding = m_settings && m_settings->autoDecode != 0;
     command(environment, chooser, last, decoding);
     codec->releaseAlgorithm();
+    if (m_broken)
+        keepBrokenCodecs(*m_broken, m_port);
     forgetHistory();
     if (decoding)
         keepQuality();

@@ -35,6 +35,7 @@ class QTableView;
 namespace kestrelon {
 
 class BodySettings;
+class BrokenCodecs;
 class CodecHost;
 class EncodeSettingChooser;
 class InfoPanels;
@@ -75,6 +76,8 @@ public:
     // them whenever they change; the last Encode Setting choice and the
     // automatic decode switch are read and kept there. The frame saves them.
     void setSettings(SettingsStore* settings);
+    // Codecs that broke, remembered from batch to batch.
+    void setBrokenCodecs(BrokenCodecs* broken) { m_broken = broken; }
 
     // Fills the list again from the project (cleared when none is open).
     void refresh();
@@ -198,6 +201,7 @@ private:
     std::vector<AlgoRegEntry>* m_registry = nullptr;
     std::filesystem::path m_programFolder;
     SettingsStore* m_settings = nullptr;
+    BrokenCodecs* m_broken = nullptr;
 
     RecordTableModel* m_model;
     RecordSortProxy* m_proxy;
