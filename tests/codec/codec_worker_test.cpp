@@ -50,6 +50,21 @@ protected:
         runner = worker.get();
     }
 
+    // Speech and a short source, each with a row of the failing codec and one
+    // of ImaAdpcm: rows 0 and 1, 2 and 3.
+    std::pair<ProjectItem*, ProjectItem*> failingAndGoodRows()
+    {
+        ProjectItem* first = addSource(kSpeech / "hts1a.wav");
+        ProjectItem* second = addShortSource("short.wav");
+        install("FailingCodec");
+        install("ImaAdpcm");
+        for (ProjectItem* source : {first, second}) {
+            addRecord(source, "FailingCodec", "16000");
+            addRecord(source, "ImaAdpcm", "32000");
+        }
+        return {first, second};
+    }
+
     std::unique_ptr<CodecWorker> worker;
 };
 
@@ -84,14 +99,7 @@ TEST_F(WorkerTest, EveryReferenceCodecGivesTheSameBytesAsInThisProcess)
 
 TEST_F(WorkerTest, ACodecThatCrashesOrHangsCostsItsRowAndTheBatchGoesOn)
 {
-    ProjectItem* first = addSource(kSpeech / "hts1a.wav");
-    ProjectItem* second = addShortSource("short.wav");
-    install("FailingCodec");
-    install("ImaAdpcm");
-    addRecord(first, "FailingCodec", "16000");  // row 0
-    addRecord(first, "ImaAdpcm", "32000");      // row 1
-    addRecord(second, "FailingCodec", "16000"); // row 2
-    addRecord(second, "ImaAdpcm", "32000");     // row 3
+    const auto [first, second] = failingAndGoodRows();
     ASSERT_TRUE(encodeRows({0}).allDone());
     const EditInfoRecord before = first->records()[0];
 
@@ -140,13 +148,7 @@ TEST_F(WorkerTest, ACodecThatCrashesOrHangsCostsItsRowAndTheBatchGoesOn)
 // batch asks once before it gives that codec a row again.
 TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
 {
-    ProjectItem* first = addSource(kSpeech / "hts1a.wav");
-    ProjectItem* second = addShortSource("short.wav");
-    install("FailingCodec");
-    install("ImaAdpcm");
-    addRecord(first, "FailingCodec", "16000");  // row 0
-    addRecord(first, "ImaAdpcm", "32000");      // row 1
-    addRecord(second, "FailingCodec", "16000"); // row 2
+    failingAndGoodRows();
     const fs::path config = temp / "config";
     const auto batch = [&](BrokenCodecs& broken, const std::vector<size_t>& rows) {
         MainList list = MainList::fromDocument(session->document());
@@ -159,8 +161,8 @@ TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
     misbehave("crash=hts1a");
     {
         BrokenCodecs broken(config);
-        EXPECT_EQ(batch(broken, {0, 1}),
-                  (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done, RowOutcome::NotSelected}));
+        EXPECT_EQ(batch(broken, {0, 1}), (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done,
+                                                                  RowOutcome::NotSelected, RowOutcome::NotSelected}));
         EXPECT_TRUE(broken.has("FailingCodec"));
         EXPECT_FALSE(broken.has("ImaAdpcm"));
         ASSERT_TRUE(broken.save());
@@ -174,7 +176,8 @@ TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
     BrokenCodecs later(config);
     ASSERT_TRUE(later.has("FailingCodec"));
     port.queue(Answer::No);
-    EXPECT_EQ(batch(later, {0, 1, 2}), (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done, RowOutcome::Failed}));
+    EXPECT_EQ(batch(later, {0, 1, 2}), (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done,
+                                                                   RowOutcome::Failed, RowOutcome::NotSelected}));
     ASSERT_EQ(port.messages().size(), 1u);
     EXPECT_EQ(port.messages()[0].text, "FailingCodec stopped working in an earlier batch.\nUse it again ?");
     for (std::size_t i = callsBefore; i < codecCalls().size(); ++i)
@@ -183,7 +186,8 @@ TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
     // Yes forgives it: its rows run, and the list no longer names it.
     port.clear();
     port.queue(Answer::Yes);
-    EXPECT_EQ(batch(later, {0, 2}), (std::vector<RowOutcome>{RowOutcome::Done, RowOutcome::NotSelected, RowOutcome::Done}));
+    EXPECT_EQ(batch(later, {0, 2}), (std::vector<RowOutcome>{RowOutcome::Done, RowOutcome::NotSelected,
+                                                                RowOutcome::Done, RowOutcome::NotSelected}));
     EXPECT_EQ(port.pendingAnswers(), 0u);
     ASSERT_TRUE(later.save());
     EXPECT_FALSE(BrokenCodecs(config).has("FailingCodec"));
