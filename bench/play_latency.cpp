@@ -10,7 +10,7 @@
 // the period of one device buffer (1024 samples at 8 kHz, 128 ms): below 1
 // means the first sound leaves before one buffer's worth of time has passed.
 #include "common/recording_port.h"
-#include "plugins/pc_player_host.h"
+#include "host/pc_player_host.h"
 #include "wave/wave_file.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "app/file_chooser.h"
 #include "app/undo/project_undo.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 #include "project/project_document.h"
 
 #include <QApplication>

@@ -1,9 +1,9 @@
 #include "cli/commands.h"
 
 #include "common/paths.h"
-#include "plugins/algorithm_info.h"
-#include "plugins/codec_host.h"
-#include "plugins/host_windows.h"
+#include "host/algorithm_info.h"
+#include "host/codec_host.h"
+#include "host/host_windows.h"
 
 namespace kestrelon::cli {
 

@@ -6,7 +6,7 @@
 #include "playback/board_items.h"
 #include "common/messages.h"
 #include "common/paths.h"
-#include "plugins/board_player_host.h"
+#include "host/board_player_host.h"
 #include "project/project_session.h"
 #include "settings/settings_store.h"
 

@@ -4,8 +4,8 @@
 #include "codec/main_list.h"
 #include "common/paths.h"
 #include "project/project_session.h"
-#include "settings/export.h"
-#include "settings/firmware_export.h"
+#include "export/export.h"
+#include "export/firmware_export.h"
 
 #include <algorithm>
 #include <iostream>

@@ -5,7 +5,7 @@
 #include "codec/main_list.h"
 #include "common/paths.h"
 #include "playback/playback_controller.h"
-#include "plugins/pc_player_host.h"
+#include "host/pc_player_host.h"
 #include "project/project_session.h"
 
 #include <chrono>

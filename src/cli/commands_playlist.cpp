@@ -10,8 +10,8 @@
 #include "playback/play_list_file.h"
 #include "playback/playback_controller.h"
 #include "playback/project_companions.h"
-#include "plugins/board_player_host.h"
-#include "plugins/pc_player_host.h"
+#include "host/board_player_host.h"
+#include "host/pc_player_host.h"
 #include "project/project_session.h"
 #include "settings/settings_store.h"
 

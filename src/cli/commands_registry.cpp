@@ -1,7 +1,7 @@
 #include "cli/commands.h"
 
 #include "common/paths.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 namespace kestrelon::cli {
 

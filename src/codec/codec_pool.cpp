@@ -3,7 +3,7 @@
 #include "codec/interim_packer.h"
 #include "common/file_io.h"
 #include "common/user_port.h"
-#include "plugins/host_windows.h"
+#include "host/host_windows.h"
 
 #include <chrono>
 #include <system_error>

@@ -12,7 +12,7 @@
 // other input bytes), is made on the engine's own codec. Codecs give the same
 // bytes for the same input, so a batch leaves the same project, files and
 // messages with any number of helpers.
-#include "plugins/codec_runner.h"
+#include "host/codec_runner.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -5,7 +5,7 @@
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
-#include "plugins/host_windows.h"
+#include "host/host_windows.h"
 #include "wave/wave_file.h"
 
 #include <cerrno>

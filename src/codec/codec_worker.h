@@ -5,8 +5,8 @@
 // is started at the first load and serves row after row; one that crashes is
 // started again for the next row, one that takes too long is ended. Either
 // fails only the call it was in, with a message naming the codec and the file.
-#include "plugins/codec_runner.h"
-#include "plugins/worker_frames.h"
+#include "host/codec_runner.h"
+#include "host/worker_frames.h"
 
 #include <chrono>
 #include <memory>

@@ -10,8 +10,8 @@
 #include "codec/engine_scopes.h"
 #include "codec/main_list.h"
 #include "codec/temp_names.h"
-#include "plugins/algorithm_registry.h"
-#include "plugins/codec_runner.h"
+#include "host/algorithm_registry.h"
+#include "host/codec_runner.h"
 
 #include <cstddef>
 #include <filesystem>

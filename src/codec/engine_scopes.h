@@ -3,7 +3,7 @@
 // scope: the codec loaded for the row, and the progress window with its
 // title. With these, a step can end at any line and still clean up.
 #include "common/user_port.h"
-#include "plugins/codec_runner.h"
+#include "host/codec_runner.h"
 
 #include <filesystem>
 #include <functional>

@@ -5,7 +5,7 @@
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
-#include "plugins/codec_host.h"
+#include "host/codec_host.h"
 #include "project/project_folder_ops.h"
 #include "project/project_session.h"
 

@@ -4,7 +4,7 @@
 // loads a project's codecs from Algos only, so everything that puts a codec
 // into a project puts it there and keeps the registry in step; Save writes the
 // registry and purges Temp, so nothing of a project's codecs lives in Temp.
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 #include <filesystem>
 #include <string>

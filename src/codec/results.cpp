@@ -1,7 +1,7 @@
 #include "codec/results.h"
 
 #include "common/paths.h"
-#include "plugins/algorithm_info.h"
+#include "host/algorithm_info.h"
 #include "project/project_document.h"
 #include "project/tree_selection.h"
 #include "wave/wave_file.h"

@@ -2,7 +2,7 @@
 
 #include "codec/codec_pool.h"
 #include "codec/codec_worker.h"
-#include "plugins/codec_host.h"
+#include "host/codec_host.h"
 
 #include <algorithm>
 #include <thread>

@@ -1,6 +1,6 @@
 #pragma once
 // The codec the engine runs rows with, as the program was asked to run it.
-#include "plugins/codec_runner.h"
+#include "host/codec_runner.h"
 
 #include <filesystem>
 #include <memory>

@@ -7,7 +7,7 @@
 //   sample rate against the body's range, which only asks: one file by name,
 //   several in one list.
 // Nothing plays while the project is busy (an encode or decode running).
-#include "plugins/board_player_host.h"
+#include "host/board_player_host.h"
 
 #include <optional>
 #include <vector>

@@ -9,7 +9,7 @@
 // thread (the workbench after a queued signal from the host's notification,
 // a command-line run in a polling loop) and the controller acts there.
 #include "common/observer.h"
-#include "plugins/pc_player_host.h"
+#include "host/pc_player_host.h"
 
 #include <cstdint>
 #include <filesystem>

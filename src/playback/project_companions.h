@@ -4,7 +4,7 @@
 // ("Algos/dllsetinfo.ini"). The project session loads them on open, writes
 // them on Save and Save As, and clears them on close.
 #include "playback/play_item.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 #include "project/project_session.h"
 
 #include <filesystem>

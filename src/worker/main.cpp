@@ -7,9 +7,9 @@
 //
 //     kestrelon-codec-worker PROGRAM-FOLDER
 #include "common/user_port.h"
-#include "plugins/codec_host.h"
-#include "plugins/host_windows.h"
-#include "plugins/worker_frames.h"
+#include "host/codec_host.h"
+#include "host/host_windows.h"
+#include "host/worker_frames.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -11,7 +11,7 @@
 #include "bodies/body_settings.h"
 #include "common/messages.h"
 #include "common/paths.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -2,7 +2,7 @@
 // must write and read back the same.
 #include "common/paths.h"
 #include "fuzz_file.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 #include <cstdlib>
 

@@ -2,7 +2,7 @@
 
 #include "app/dialogs/read_only_form.h"
 #include "common/paths.h"
-#include "plugins/algorithm_info.h"
+#include "host/algorithm_info.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

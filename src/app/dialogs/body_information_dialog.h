@@ -11,7 +11,7 @@
 // is ever called through a missing function.
 #include "bodies/body_info.h"
 
-#include "plugins/board_player_host.h"
+#include "host/board_player_host.h"
 
 #include <QDialog>
 

@@ -12,7 +12,7 @@
 // The editor path is kept in the settings (LastSetting/ExternalEditor) and
 // changes only on "OK". On Windows the chooser offers "*.exe"; elsewhere any
 // file, and the chosen one must be an executable program.
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 #include <QDialog>
 

@@ -5,8 +5,8 @@
 // A summary line says how many bytes the chosen rows come to in each format.
 // The dialog only gathers the values; the folder checks and the export itself
 // are exportRows' and writeFirmwareFiles' (settings/).
-#include "settings/export.h"
-#include "settings/firmware_export.h"
+#include "export/export.h"
+#include "export/firmware_export.h"
 
 #include <QDialog>
 

@@ -5,8 +5,8 @@
 // as a queued call, where the controller follows the player. Views learn the
 // play state from playStateChanged; nothing here blocks painting.
 #include "playback/playback_controller.h"
-#include "plugins/board_player_host.h"
-#include "plugins/pc_player_host.h"
+#include "host/board_player_host.h"
+#include "host/pc_player_host.h"
 
 #include <QObject>
 

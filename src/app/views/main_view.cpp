@@ -20,10 +20,10 @@
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/recording_port.h"
-#include "plugins/algorithm_info.h"
-#include "plugins/codec_host.h"
+#include "host/algorithm_info.h"
+#include "host/codec_host.h"
 #include "project/project_session.h"
-#include "settings/export.h"
+#include "export/export.h"
 #include "settings/settings_store.h"
 
 #include <QAction>

@@ -12,9 +12,9 @@
 #include "codec/row_codec.h"
 #include "codec/results.h"
 #include "codec/row_quality.h"
-#include "plugins/algorithm_registry.h"
-#include "plugins/host_windows.h"
-#include "settings/firmware_export.h"
+#include "host/algorithm_registry.h"
+#include "host/host_windows.h"
+#include "export/firmware_export.h"
 
 #include <QWidget>
 

@@ -1,7 +1,7 @@
 #include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"

@@ -1,4 +1,4 @@
-#include "plugins/board_player_host.h"
+#include "host/board_player_host.h"
 
 #include "common/messages.h"
 #include "common/user_port.h"

@@ -1,4 +1,4 @@
-#include "plugins/host_windows.h"
+#include "host/host_windows.h"
 
 #include "common/user_port.h"
 #include "kestrelon/codec_plugin.h"

@@ -1,4 +1,4 @@
-#include "plugins/pc_player_host.h"
+#include "host/pc_player_host.h"
 
 #include "common/messages.h"
 #include "common/paths.h"

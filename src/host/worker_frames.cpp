@@ -1,4 +1,4 @@
-#include "plugins/worker_frames.h"
+#include "host/worker_frames.h"
 
 #include <cerrno>
 

@@ -9,7 +9,7 @@
 //    {pointer, length, sample rate, bit rate}.
 //  - Image: one binary ROM image with a table of contents, every item at a
 //    chosen alignment, in a chosen byte order, gaps filled with a chosen byte.
-#include "settings/export.h"
+#include "export/export.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "settings/export.h"
+#include "export/export.h"
 
 #include "codec/encoded_header.h"
 #include "codec/interim_packer.h"

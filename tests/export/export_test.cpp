@@ -1,7 +1,7 @@
 // Export on real project folders: a project file with encoded rows is opened
 // in a session, its interim files are made with the packer, and the folder the
 // export writes is read back byte for byte.
-#include "settings/export.h"
+#include "export/export.h"
 
 #include "codec/encoded_header.h"
 #include "codec/interim_packer.h"

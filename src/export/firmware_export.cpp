@@ -1,4 +1,4 @@
-#include "settings/firmware_export.h"
+#include "export/firmware_export.h"
 
 #include "common/file_io.h"
 #include "common/messages.h"

@@ -1,6 +1,6 @@
 // The host takes a board player only with all four of its functions.
 #include "common/messages.h"
-#include "plugins/board_player_host.h"
+#include "host/board_player_host.h"
 #include "support/board_simulator.h"
 #include "support/files.h"
 #include "support/scripted_port.h"

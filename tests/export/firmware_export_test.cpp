@@ -1,4 +1,4 @@
-#include "settings/firmware_export.h"
+#include "export/firmware_export.h"
 
 #include "support/files.h"
 #include "support/temp_dir.h"

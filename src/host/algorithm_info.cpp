@@ -1,11 +1,11 @@
-#include "plugins/algorithm_info.h"
+#include "host/algorithm_info.h"
 
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/platform.h"
 #include "common/user_port.h"
-#include "plugins/codec_host.h"
-#include "plugins/host_windows.h"
+#include "host/codec_host.h"
+#include "host/host_windows.h"
 
 #include <algorithm>
 #include <system_error>

@@ -1,4 +1,4 @@
-#include "plugins/algorithm_registry.h"
+#include "host/algorithm_registry.h"
 
 #include "common/ini_document.h"
 #include "common/paths.h"

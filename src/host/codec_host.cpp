@@ -1,9 +1,9 @@
-#include "plugins/codec_host.h"
+#include "host/codec_host.h"
 
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/user_port.h"
-#include "plugins/host_windows.h"
+#include "host/host_windows.h"
 
 #include <charconv>
 #include <system_error>

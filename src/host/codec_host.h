@@ -8,7 +8,7 @@
 // Every user-facing failure is shown through the UserPort given at
 // construction. Every call is made on the caller's thread, one at a time.
 #include "common/dynamic_library.h"
-#include "plugins/codec_runner.h"
+#include "host/codec_runner.h"
 #include "kestrelon/codec_plugin.h"
 
 #include <cstdint>
