@@ -143,7 +143,22 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     connectUndo();
     resize(1000, 700);
     restoreLayout();
+    m_sessionHeard = m_session.changed.subscribe([this](SessionChange change) { heard(change); });
     sessionChanged();
+}
+
+void MainWindow::heard(SessionChange change)
+{
+    switch (change) {
+    case SessionChange::Opened:
+    case SessionChange::Closed: sessionChanged(); break;
+    case SessionChange::Saved:
+        // The save deleted the files the project let go of: no step can bring them back.
+        m_undo->forget();
+        updateTitle();
+        break;
+    case SessionChange::Busy: updateCommands(); break;
+    }
 }
 
 void MainWindow::loadPlayers()
@@ -555,7 +570,6 @@ void MainWindow::onNewProject()
     if (dialog.exec() != QDialog::Accepted) return;
     m_settings.lastProjectPath = dialog.location();
     m_session.newProject(dialog.location(), dialog.name());
-    sessionChanged();
 }
 
 void MainWindow::onOpenProject()
@@ -569,17 +583,13 @@ bool MainWindow::openProject(const fs::path& file)
 {
     const bool opened = m_session.openProject(file);
     if (opened) m_settings.lastProjectPath = utf8FromPath(file.parent_path().parent_path());
-    sessionChanged();
     return opened;
 }
 
 void MainWindow::onSaveProject()
 {
-    if (!m_session.saveProject()) return updateTitle();
-    // The save deleted the files the project let go of: no step can bring them back.
-    m_undo->forget();
-    statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
-    updateTitle();
+    if (m_session.saveProject())
+        statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
 }
 
 void MainWindow::onSaveProjectAs()
@@ -587,7 +597,6 @@ void MainWindow::onSaveProjectAs()
     const auto chosen = m_chooser->projectToSave(startFolder(m_settings.lastProjectPath));
     if (!chosen) return;
     if (!m_session.saveProjectAs(*chosen)) return;
-    sessionChanged();
     statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
 }
 
@@ -595,7 +604,6 @@ void MainWindow::onCloseProject()
 {
     m_playing->stop(); // its scratch copy lies in the Temp that closing removes
     m_session.closeProject();
-    sessionChanged();
 }
 
 void MainWindow::onRecentProject(int index)
@@ -849,7 +857,6 @@ void MainWindow::closeEvent(QCloseEvent* event)
         return;
     }
     keepLayout();
-    sessionChanged();
     event->accept();
 }
 

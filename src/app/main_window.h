@@ -106,6 +106,8 @@ public slots:
     // After the session opened, created or closed a project without the
     // frame's commands (a script, a test): the trees, title and list follow.
     void sessionChanged();
+    // What the session published: the views follow it.
+    void heard(SessionChange change);
 
     void onNewProject();
     void onOpenProject();
@@ -175,6 +177,7 @@ private:
     FileChooser* m_chooser;
     ProjectCompanionFiles m_companions;
     ProjectSession m_session;
+    Subscription m_sessionHeard; // after the session: it goes first
     std::unique_ptr<WorkspaceTree> m_tree;
     bool m_editorRunning = false;
 

@@ -123,6 +123,7 @@ bool ProjectSession::newProject(const std::string& location, const std::string& 
         return false;
     }
     addRecent(file);
+    changed.publish(SessionChange::Opened);
     return true;
 }
 
@@ -180,6 +181,7 @@ bool ProjectSession::openProject(const fs::path& path)
     // Only now, with the folder ours: a staged file may be another writer's work in progress.
     removeStaleParts(folder);
     addRecent(file);
+    changed.publish(SessionChange::Opened);
     return true;
 }
 
@@ -254,6 +256,7 @@ bool ProjectSession::saveProject()
     m_setAside.clear(); // with Temp
     deleteFolderReporting(tempFolder(), folder);
     recreateTempFolder(folder);
+    changed.publish(SessionChange::Saved);
     return true;
 }
 
@@ -344,6 +347,7 @@ bool ProjectSession::saveProjectAs(const fs::path& path)
     recreateTempFolder(newFolder);
     makeWorkingFolders(newFolder, nullptr);
     addRecent(target);
+    changed.publish(SessionChange::Opened); // the same work under another name and folder
     return true;
 }
 
@@ -398,6 +402,7 @@ bool ProjectSession::closeProject()
     if (declined)
         deleteListedFiles(m_copiedIn, folder);
     discard();
+    changed.publish(SessionChange::Closed);
     return true;
 }
 

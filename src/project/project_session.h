@@ -11,6 +11,7 @@
 // waves and their ".evt" files), N/Algos (plug-ins, ".bdy" files, the
 // algorithm registry), N/Temp (working files) and N/Temp/evt.
 #include "common/folder_lock.h"
+#include "common/observer.h"
 #include "project/project_document.h"
 #include "project/project_state.h"
 
@@ -18,6 +19,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kestrelon {
@@ -42,6 +44,10 @@ public:
     virtual void clear() = 0;
 };
 
+// What the views of a session hear: a project opened (new, opened, or saved
+// under another name), closed, saved, or a batch began or ended (busy).
+enum class SessionChange { Opened, Closed, Saved, Busy };
+
 class ProjectSession {
 public:
     static constexpr int kTempFolderTries = 50;
@@ -56,6 +62,9 @@ public:
     ProjectSession& operator=(const ProjectSession&) = delete;
 
     bool isOpen() const { return !m_projectFile.empty(); }
+
+    // Published after the change is complete, on the thread that made it.
+    Publisher<SessionChange> changed;
     ProjectDocument& document() { return *m_document; }
     const ProjectDocument& document() const { return *m_document; }
     std::filesystem::path projectFile() const { return m_projectFile; }   // empty when none
@@ -67,7 +76,11 @@ public:
     // The frame's busy flag: set while encoding, decoding or playing. Close,
     // Save and Save As are refused while it is set.
     bool busy() const { return m_busy; }
-    void setBusy(bool busy) { m_busy = busy; }
+    void setBusy(bool busy)
+    {
+        if (std::exchange(m_busy, busy) != busy)
+            changed.publish(SessionChange::Busy);
+    }
 
     // Set by New Project, cleared by Save, Save As and Close. A project closed
     // while it is set was never saved, and its folder is deleted.

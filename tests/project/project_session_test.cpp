@@ -364,3 +364,42 @@ TEST(ProjectFolderOps, NothingIsDeletedThroughALinkAndALaterCopyToOneTargetWins)
     EXPECT_EQ(readBytes(temp / "to" / "1.wav"), "two");
     EXPECT_EQ(readBytes(temp / "to" / "2.WAV"), "two");
 }
+
+// Views follow the session by what it publishes: each change once, after it
+// is complete, and nothing for what was refused.
+TEST_F(ProjectSessionTest, ViewsHearEveryChangeOnceAndNothingForARefusal)
+{
+    std::vector<std::pair<SessionChange, bool>> heard; // with whether a project was open then
+    const Subscription listening =
+        session.changed.subscribe([&](SessionChange change) { heard.emplace_back(change, session.isOpen()); });
+    const auto take = [&] { return std::exchange(heard, {}); };
+    using Heard = std::vector<std::pair<SessionChange, bool>>;
+
+    ASSERT_TRUE(session.newProject(temp.path().string(), "First"));
+    EXPECT_EQ(take(), (Heard{{SessionChange::Opened, true}}));
+
+    session.setBusy(true);
+    session.setBusy(true);
+    EXPECT_FALSE(session.saveProject()) << "a busy project is not saved";
+    port.clear();
+    session.setBusy(false);
+    EXPECT_EQ(take(), (Heard{{SessionChange::Busy, true}, {SessionChange::Busy, true}}));
+
+    EXPECT_FALSE(session.openProject(temp / "missing.ptp"));
+    EXPECT_TRUE(take().empty());
+    port.clear();
+
+    ASSERT_TRUE(session.saveProject());
+    EXPECT_EQ(take(), (Heard{{SessionChange::Saved, true}}));
+    ASSERT_TRUE(session.saveProjectAs(temp / "Second" / "Second.ptp"));
+    EXPECT_EQ(take(), (Heard{{SessionChange::Opened, true}}));
+
+    // Opening another project closes this one first: the views hear both.
+    const fs::path other = makeProject("Other");
+    ASSERT_TRUE(session.openProject(other));
+    EXPECT_EQ(take(), (Heard{{SessionChange::Closed, false}, {SessionChange::Opened, true}}));
+    session.markModified();
+    port.queue(Answer::Yes); // save before closing
+    ASSERT_TRUE(session.closeProject());
+    EXPECT_EQ(take(), (Heard{{SessionChange::Saved, true}, {SessionChange::Closed, false}}));
+}
