@@ -10,9 +10,18 @@
 // with decoding and its measures) is encoded with --jobs 1 and --jobs 2, and
 // the wall times and their ratio are printed: the speed-up of rows run at once.
 //
+// Last, the whole road of those 100 recordings (a new project, the files
+// added, encoded, decoded with their quality measures, exported) against the
+// codec alone: the same plug-in loaded in this process, encoding and decoding
+// each file on plain files.
+//
 //     scale [N...]
 //
 // The projects lie in the system's temporary folder (TMPDIR) and are removed.
+#include "common/paths.h"
+#include "common/recording_port.h"
+#include "host/codec_host.h"
+#include "host/host_windows.h"
 #include "wave/wave_file.h"
 
 #include <algorithm>
@@ -69,6 +78,53 @@ double wallOf(const std::vector<std::string>& words)
 
 constexpr int kSpeechRows = 100;
 
+// Encodes and decodes each wave with the Codec2 plug-in at 1200 bit/s, loaded
+// for each call as the engine loads it; the wall seconds.
+double codecAlone(const std::vector<fs::path>& waves, const fs::path& scratch)
+{
+    const fs::path program = KESTRELON_PROGRAM_DIR;
+    const fs::path library = program / "Algorithms" / ("Codec2" + std::string(kestrelon::librarySuffix()));
+    kestrelon::RecordingPort port([](std::string_view, kestrelon::Buttons, std::string_view) {
+        return kestrelon::Answer::No;
+    });
+    kestrelon::MainHostWindow window;
+    kestrelon::CodecHost host(program, port, window);
+    kestrelon::ProgressBarWindow bar(port);
+    kestrelon::ProgressTextWindow text(port);
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t i = 0; i < waves.size(); ++i) {
+        const fs::path encoded = scratch / ("d" + std::to_string(i) + ".c2");
+        const fs::path decoded = scratch / ("d" + std::to_string(i) + ".wav");
+        bool ok = host.loadAlgorithmPath(library, "1200") && host.setEventFile({}) &&
+                  host.encode(waves[i], encoded, bar.window(), text.window());
+        host.releaseAlgorithm();
+        ok = ok && host.loadAlgorithmPath(library, "1200") && host.decode(encoded, decoded, bar.window(), text.window());
+        host.releaseAlgorithm();
+        if (!ok) {
+            std::fprintf(stderr, "the codec alone failed on %s\n", waves[i].c_str());
+            std::exit(1);
+        }
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The whole road through kestrelon-cli, in wall seconds.
+double road(const fs::path& folder, const std::vector<fs::path>& waves, int jobs)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const std::string ptp = (folder / "Road" / "Road.ptp").string();
+    const std::string jobsText = std::to_string(jobs);
+    fs::create_directories(folder / "out");
+    cpuOf({"project", "new", folder.string(), "Road"});
+    std::vector<std::string> add = {"project", "add-files", ptp};
+    for (const fs::path& wave : waves) add.push_back(wave.string());
+    cpuOf(add);
+    cpuOf({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "1200", "--jobs", jobsText});
+    cpuOf({"project", "decode", ptp, "--jobs", jobsText});
+    cpuOf({"project", "export", ptp, "--out", (folder / "out").string()});
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -123,6 +179,23 @@ int main(int argc, char** argv)
             const double seconds = wallOf({"project", "encode", jobsPtp, "--decode", "--jobs", std::to_string(jobs)});
             wall[jobs] = round == 0 ? seconds : std::min(wall[jobs], seconds);
         }
+
+    // The whole road against the codec alone, best of two each.
+    const std::vector<fs::path> speechWaves(add.begin() + 3, add.end());
+    std::map<int, double> roads;
+    double alone = 0;
+    for (int round = 0; round < 2; ++round) {
+        for (const int jobs : {1, 2}) {
+            const fs::path folder = root / ("road" + std::to_string(round) + "-" + std::to_string(jobs));
+            const double seconds = road(folder, speechWaves, jobs);
+            roads[jobs] = round == 0 ? seconds : std::min(roads[jobs], seconds);
+            fs::remove_all(folder);
+        }
+        fs::create_directories(root / "alone");
+        const double seconds = codecAlone(speechWaves, root / "alone");
+        alone = round == 0 ? seconds : std::min(alone, seconds);
+        fs::remove_all(root / "alone");
+    }
     fs::remove_all(root);
 
     std::printf("%-11s", "CPU ms/row");
@@ -135,5 +208,11 @@ int main(int argc, char** argv)
     }
     std::printf("\nencode --decode of %d rows of 3 s speech (Codec2 1200), best of two, wall seconds:\n", kSpeechRows);
     std::printf("--jobs 1 %8.2f\n--jobs 2 %8.2f   speed-up %.2f\n", wall[1], wall[2], wall[1] / wall[2]);
+    std::printf("\nthe whole road (new, add, add-encode, decode with quality, export) of the same %d files,\n"
+                "against Codec2 1200 encoding and decoding them alone in one process, best of two, wall seconds:\n",
+                kSpeechRows);
+    std::printf("codec alone      %8.2f\n", alone);
+    for (const int jobs : {1, 2})
+        std::printf("road, --jobs %d  %8.2f   ratio %.2f\n", jobs, roads[jobs], roads[jobs] / alone);
     return 0;
 }

@@ -104,20 +104,31 @@ std::vector<std::vector<double>> melEnergies(const std::vector<std::int16_t>& si
 
 int bestLag(const std::vector<std::int16_t>& reference, const std::vector<std::int16_t>& decoded, int maxLag)
 {
+    // Whole-number sums are exact, so the energies of any stretch come from
+    // running totals, and only the cross products are summed per lag.
+    const auto runningEnergy = [](const std::vector<std::int16_t>& signal) {
+        std::vector<std::int64_t> total(signal.size() + 1, 0);
+        for (std::size_t n = 0; n < signal.size(); ++n)
+            total[n + 1] = total[n] + std::int64_t(signal[n]) * signal[n];
+        return total;
+    };
+    const std::vector<std::int64_t> energyOfA = runningEnergy(reference);
+    const std::vector<std::int64_t> energyOfB = runningEnergy(decoded);
     int best = 0;
     double bestScore = -2.0;
     const long long references = static_cast<long long>(reference.size());
     const long long decodes = static_cast<long long>(decoded.size());
     for (int lag = -maxLag; lag <= maxLag; ++lag) {
-        // Whole-number sums: exact, and free of a test per sample.
-        std::int64_t cross = 0, energyA = 0, energyB = 0;
         const long long from = std::max(0LL, -static_cast<long long>(lag));
         const long long to = std::min(references, decodes - lag);
-        for (long long n = from; n < to; ++n) {
-            const std::int64_t a = reference[std::size_t(n)], b = decoded[std::size_t(n + lag)];
-            cross += a * b;
-            energyA += a * a;
-            energyB += b * b;
+        std::int64_t cross = 0, energyA = 0, energyB = 0;
+        if (from < to) {
+            const std::int16_t* a = reference.data() + from;
+            const std::int16_t* b = decoded.data() + from + lag;
+            for (long long n = 0; n < to - from; ++n)
+                cross += std::int32_t(a[n]) * std::int32_t(b[n]);
+            energyA = energyOfA[std::size_t(to)] - energyOfA[std::size_t(from)];
+            energyB = energyOfB[std::size_t(to + lag)] - energyOfB[std::size_t(from + lag)];
         }
         const double score = energyA > 0 && energyB > 0
                                  ? double(cross) / std::sqrt(double(energyA) * double(energyB))
