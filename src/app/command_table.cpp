@@ -78,6 +78,7 @@ constexpr std::array kExtraTable = {
     CommandRow{kAbout, "&About Kestrelon", "", Upd::No, "The program's version, its libraries and where it lives"},
     CommandRow{kUndo, "&Undo", "Ctrl+Z", Upd::Yes, "Take back the last edit of the project"},
     CommandRow{kRedo, "&Redo", "Ctrl+Shift+Z", Upd::Yes, "Make the edit taken back again"},
+    CommandRow{kCodecWorkers, "Codec &Workers...", "", Upd::Yes, "How many rows are encoded or decoded at once"},
 };
 
 bool isToggle(int id)
@@ -143,6 +144,7 @@ bool commandEnabled(int id, const FrameState& s)
         return true;
     case kNewProject:
     case kOpenProject:
+    case kCodecWorkers:
     case kDllSetting: // the external editor can be chosen without a project
         return idle;
     case kBodyInformation:

@@ -77,6 +77,7 @@ inline constexpr int kCompareBitRates = 33006;
 inline constexpr int kAbout = 33007;
 inline constexpr int kUndo = 33008;
 inline constexpr int kRedo = 33009;
+inline constexpr int kCodecWorkers = 33010;
 } // namespace cmd
 
 // Whether a command has an enabling rule of its own ("Upd"): Yes, No (always

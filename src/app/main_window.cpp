@@ -17,6 +17,7 @@
 #include "app/waveform/wave_window.h"
 #include "app/views/main_view.h"
 #include "bodies/body_settings.h"
+#include "codec/row_codec.h"
 #include "codec/row_decoded_wave.h"
 #include "app/workspace_bar.h"
 #include "common/messages.h"
@@ -24,6 +25,7 @@
 #include "common/paths.h"
 #include "project/workspace_tree.h"
 
+#include <QInputDialog>
 #include <QCloseEvent>
 #include <QDir>
 #include <QSerialPortInfo>
@@ -253,7 +255,7 @@ void MainWindow::createMenus()
     add(act, {kAddEncodeData, kEncode, kDecode, 0, kSelectAllRows, kDeleteRows, kDeleteAllRows, kClear, kDuplicate,
               kCompareBitRates, 0, kPc,
               kTargetBoard, kPlay, kStop, kPause, kPlayLooped, kPlaySentence, 0, kExportSelected, 0, kDllSetting,
-              kAutoDecode, kExternalEditor});
+              kAutoDecode, kCodecWorkers, kExternalEditor});
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, {kHelp, kAbout});
@@ -527,6 +529,7 @@ void MainWindow::runCommand(int id)
         case kPlaySentence: onPlaySentence(); break;
         case kCompareBitRates: onCompareBitRates(); break;
         case kAutoDecode: onAutoDecode(); break;
+        case kCodecWorkers: onCodecWorkers(); break;
         case kRefreshKey: refreshViews(); break;
         case kExit: close(); break;
         default: break;
@@ -845,6 +848,19 @@ void MainWindow::onSplitterBar()
 void MainWindow::onAutoDecode()
 {
     m_settings.autoDecode = action(cmd::kAutoDecode)->isChecked() ? 1 : 0;
+}
+
+void MainWindow::onCodecWorkers()
+{
+    bool ok = false;
+    const int jobs = QInputDialog::getInt(
+        this, tr("Codec Workers"),
+        tr("Rows encoded or decoded at once, each by a codec worker of its own\n(0: one per core, %1 on this "
+           "machine):")
+            .arg(defaultCodecJobs()),
+        m_settings.codecJobs, 0, kMostCodecJobs, 1, &ok);
+    if (ok)
+        m_settings.codecJobs = jobs;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -135,6 +135,7 @@ public slots:
     void onPlaySentence();
     void closeWaveWindows();
     void onAutoDecode();
+    void onCodecWorkers();
 
 signals:
     // The open project changed (opened, created, saved as, closed).

@@ -34,6 +34,7 @@ SettingsStore everyValueChanged()
     store.sortIndex = 4;
     store.columnScale = 1.25f;
     store.autoDecode = 0;
+    store.codecJobs = 3;
     store.lastBodyName = "Body A";
     store.lastAlgName = "adpcm";
     store.lastBitRate = "16000"; // a text that looks like a number stays text
