@@ -5,10 +5,10 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build clang libclang-rt-14-dev
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev
   qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libgl-dev libx11-dev
   nlohmann-json3-dev libsndfile1-dev libzstd-dev
-  libcodec2-dev codec2-examples libspeex-dev libspeexdsp-dev libsdl2-dev
+  libcodec2-dev codec2-examples libspeex-dev libsdl2-dev
   xvfb xauth sox imagemagick
   dpkg-dev desktop-file-utils appstream help2man
 )
