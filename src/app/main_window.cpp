@@ -159,6 +159,7 @@ void MainWindow::heard(SessionChange change)
         m_undo->forget();
         updateTitle();
         break;
+    case SessionChange::TreeEdited: treeChanged(); break;
     case SessionChange::Busy: updateCommands(); break;
     }
 }
@@ -429,7 +430,7 @@ void MainWindow::sessionChanged()
     if (m_session.isOpen()) {
         m_tree = std::make_unique<WorkspaceTree>(m_session.document(), m_session.projectFolder(),
                                                  m_session.deletionList(), *m_port);
-        m_tree->onChanged = [this] { treeChanged(); };
+        m_tree->onChanged = [this] { m_session.changed.publish(SessionChange::TreeEdited); };
         m_tree->setCopyRecord(&m_session.copiedIn());
         m_workspace->setProject(m_tree.get(), &m_session.document(),
                                 qtPath(m_session.projectFile().stem()), &m_companions.algorithms());
@@ -454,18 +455,17 @@ void MainWindow::connectUndo()
         if (m_tree) m_tree->selection().forgetItems();
     });
     connect(m_undo, &ProjectUndo::restored, this, [this] {
-        treeChanged();
+        m_session.changed.publish(SessionChange::TreeEdited);
         m_workspace->selectItems({}, /*root=*/true);
     });
 }
 
 void MainWindow::treeChanged()
 {
-    // What plays may be a removed item's: it stops, and the main list is
-    // refilled from the tree.
+    // What plays may be a removed item's: it stops. The main list follows the
+    // tree by itself.
     m_playing->stop();
     m_workspace->refreshFiles();
-    m_view->refresh();
     updateTitle();
     updateCommands();
 }

@@ -45,8 +45,9 @@ public:
 };
 
 // What the views of a session hear: a project opened (new, opened, or saved
-// under another name), closed, saved, or a batch began or ended (busy).
-enum class SessionChange { Opened, Closed, Saved, Busy };
+// under another name), closed, saved, its Files tree edited (and with it the
+// rows), or a batch began or ended (busy).
+enum class SessionChange { Opened, Closed, Saved, TreeEdited, Busy };
 
 class ProjectSession {
 public:

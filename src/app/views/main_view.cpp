@@ -244,6 +244,12 @@ void MainView::buildContextMenu()
 void MainView::setSession(ProjectSession* session)
 {
     m_session = session;
+    // The rows are the tree's records: an edit of the tree is an edit of the list.
+    m_sessionHeard = session ? session->changed.subscribe([this](SessionChange change) {
+        if (change == SessionChange::TreeEdited)
+            refresh();
+    })
+                             : Subscription();
     refresh();
 }
 

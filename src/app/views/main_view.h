@@ -9,6 +9,7 @@
 // Encode Data and export are the core's (src/codec, src/settings); the view
 // hands them the rows in the order it shows them, with its selection.
 #include "codec/main_list.h"
+#include "common/observer.h"
 #include "codec/row_codec.h"
 #include "codec/results.h"
 #include "codec/row_quality.h"
@@ -202,6 +203,7 @@ private:
     std::filesystem::path m_programFolder;
     SettingsStore* m_settings = nullptr;
     BrokenCodecs* m_broken = nullptr;
+    Subscription m_sessionHeard;
 
     RecordTableModel* m_model;
     RecordSortProxy* m_proxy;
