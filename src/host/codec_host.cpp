@@ -168,6 +168,9 @@ bool CodecHost::releaseAlgorithm()
             m_codec = nullptr;
         }
         m_lastExport = nullptr;
+        // Unloaded after every row rather than kept: a codec library may keep
+        // process-wide state (libcodec2's random generator does), and a row's
+        // bytes must not depend on the rows a worker did before it.
         m_library.unload();
     }
     makeCurrentFolder(m_programFolder);
