@@ -75,33 +75,23 @@ int numberIn(std::string_view name, std::string_view prefix, std::string_view su
     return n > std::numeric_limits<int>::max() ? -1 : static_cast<int>(n);
 }
 
-// Case-folded FNV-1a with a final mix, so that names differing only in their
-// last digits spread over the low bits the table uses.
-std::uint64_t hashNoCase(std::string_view text)
+std::string foldCase(std::string_view text)
 {
-    std::uint64_t h = 14695981039346656037ull;
-    for (char c : text) {
-        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
-        h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
-    }
-    h ^= h >> 33;
-    h *= 0xff51afd7ed558ccdull;
-    h ^= h >> 33;
-    return h;
+    std::string folded(text);
+    for (char& c : folded)
+        if (c >= 'A' && c <= 'Z')
+            c = char(c - 'A' + 'a');
+    return folded;
 }
-
-// The edit buffer is compacted once this much of it, and at least half of it,
-// is no longer used: each compaction walks every line, so it must be rare.
-constexpr size_t kAddedGarbageSlack = 64 * 1024;
 
 } // namespace
 
-IniDocument::Line IniDocument::classify(std::string_view text)
+IniDocument::Line IniDocument::classify(std::string text)
 {
-    static_assert(sizeof(Line) == 16, "a line is meant to cost 16 bytes besides its text");
     Line line;
-    line.length = static_cast<std::uint32_t>(text.size());
-    const std::string_view trimmed = trimBlanks(text);
+    line.text = std::move(text);
+    const std::string_view all = line.text;
+    const std::string_view trimmed = trimBlanks(all);
     std::string_view name;
     if (trimmed.size() >= 2 && trimmed.front() == '[' && trimmed.back() == ']') {
         line.kind = Line::Section;
@@ -115,67 +105,49 @@ IniDocument::Line IniDocument::classify(std::string_view text)
     } else {
         return line;
     }
-    line.nameAt = static_cast<std::uint32_t>(name.data() - text.data());
-    line.nameLength = static_cast<std::uint32_t>(name.size());
+    line.nameAt = size_t(name.data() - all.data());
+    line.nameLength = name.size();
     return line;
 }
 
-std::string_view IniDocument::textOf(const Line& line) const
+std::string_view IniDocument::Line::value() const
 {
-    const std::string& buffer = line.added ? m_added : m_text;
-    return std::string_view(buffer).substr(line.start, line.length);
-}
-
-std::string_view IniDocument::valueIn(std::string_view text, const Line& line)
-{
-    if (line.kind != Line::Key)
+    if (kind != Key)
         return {};
     // Nothing but blanks lies between a key and its "=", and the key holds no "=".
-    const size_t eq = text.find('=', line.nameAt + line.nameLength);
-    return trimBlanks(text.substr(eq + 1));
+    const std::string_view all = text;
+    return trimBlanks(all.substr(all.find('=', nameAt + nameLength) + 1));
+}
+
+void IniDocument::clear()
+{
+    m_lines.clear();
+    m_textBytes = 0;
+    m_sections.clear();
+    m_indexed = false;
+    m_lastError.clear();
 }
 
 bool IniDocument::load(const std::filesystem::path& path)
 {
-    m_lines.clear();
-    m_text.clear();
-    m_added.clear();
-    m_addedGarbage = 0;
-    m_indexed = false;
-    m_lastError.clear();
-    ReadResult read = readFile(path);
+    clear();
+    const ReadResult read = readFile(path);
     if (read.status == ReadStatus::Missing)
         return false;
     if (read.status != ReadStatus::Ok) {
         m_lastError = std::string(msg::kUnableToOpenIni);
         return false;
     }
-    return adopt(std::move(read.bytes));
+    return parse(read.bytes);
 }
 
-bool IniDocument::parse(std::string_view text)
+bool IniDocument::parse(std::string_view all)
 {
-    if (text.size() > kMaxTextBytes) {
-        adopt({});
-        m_lastError = std::string(msg::kUnableToOpenIni);
-        return false;
-    }
-    return adopt(std::string(text));
-}
-
-bool IniDocument::adopt(std::string text)
-{
-    m_lines.clear();
-    m_added.clear();
-    m_addedGarbage = 0;
-    m_indexed = false;
-    m_lastError.clear();
-    m_text = std::move(text);
-    if (m_text.size() > kMaxTextBytes) {
-        m_text.clear();
+    clear();
+    if (all.size() > kMaxTextBytes) {
+        all = {};
         m_lastError = std::string(msg::kUnableToOpenIni);
     }
-    const std::string_view all = m_text;
     const size_t firstLf = all.find('\n');
     if (firstLf != npos)
         m_eol = (firstLf > 0 && all[firstLf - 1] == '\r') ? "\r\n" : "\n";
@@ -183,8 +155,6 @@ bool IniDocument::adopt(std::string text)
         m_eol = (!all.empty() && all.back() == '\r') ? "\r\n" : std::string(kNativeEol);
     m_finalEol = all.empty() || all.back() == '\n';
 
-    const size_t lineEnds = static_cast<size_t>(std::count(all.begin(), all.end(), '\n'));
-    m_lines.reserve(lineEnds + (m_finalEol ? 0 : 1)); // exactly: a vector grown by doubling holds up to twice that
     size_t start = 0;
     while (start < all.size()) {
         size_t end = all.find('\n', start);
@@ -196,122 +166,42 @@ bool IniDocument::adopt(std::string text)
         // CR closing a last line without LF is the line's own byte.
         if (ended && !raw.empty() && raw.back() == '\r' && m_eol == "\r\n")
             raw.remove_suffix(1);
-        Line line = classify(raw);
-        line.start = static_cast<std::uint32_t>(start);
-        m_lines.push_back(line);
+        m_lines.push_back(classify(std::string(raw)));
+        m_textBytes += raw.size() + m_eol.size();
         start = next;
     }
     return m_lastError.empty();
 }
 
-bool IniDocument::makeRoom(size_t bytes)
-{
-    if (bytes > kMaxTextBytes - m_added.size() ||
-        (m_addedGarbage > kAddedGarbageSlack && m_addedGarbage > m_added.size() / 2))
-        compactAdded();
-    return bytes <= kMaxTextBytes - m_added.size();
-}
-
-void IniDocument::storeAdded(Line& line, std::string_view text)
-{
-    if (line.added && text.size() <= line.length) {
-        // Rewritten where it stands: repeated edits of one value leave no garbage.
-        m_added.replace(line.start, text.size(), text);
-        m_addedGarbage += line.length - text.size();
-    } else {
-        if (line.added) m_addedGarbage += line.length;
-        line.start = static_cast<std::uint32_t>(m_added.size());
-        line.added = 1;
-        m_added.append(text);
-    }
-    line.length = static_cast<std::uint32_t>(text.size());
-}
-
-void IniDocument::compactAdded()
-{
-    std::string packed;
-    packed.reserve(m_added.size() - m_addedGarbage);
-    for (Line& line : m_lines) {
-        if (!line.added) continue;
-        const std::string_view text = textOf(line);
-        line.start = static_cast<std::uint32_t>(packed.size());
-        packed.append(text);
-    }
-    m_added = std::move(packed);
-    m_addedGarbage = 0;
-}
-
-void IniDocument::indexSection(size_t line) const
-{
-    const size_t mask = m_sectionSlots.size() - 1;
-    const std::string_view name = nameOf(m_lines[line]);
-    for (size_t slot = hashNoCase(name) & mask;; slot = (slot + 1) & mask) {
-        const std::uint32_t held = m_sectionSlots[slot];
-        if (held == 0) {
-            m_sectionSlots[slot] = static_cast<std::uint32_t>(line + 1);
-            ++m_sectionCount;
-            return;
-        }
-        if (equalsNoCase(nameOf(m_lines[held - 1]), name))
-            return; // the first of duplicates wins
-    }
-}
-
-void IniDocument::buildSectionIndex() const
-{
-    size_t sections = 0;
-    for (const Line& line : m_lines)
-        if (line.kind == Line::Section) ++sections;
-    // At most two thirds full after a build; an insert that would fill it past
-    // three quarters drops it, to be built again larger at the next look-up.
-    size_t slots = 16;
-    while (slots < sections + sections / 2) slots *= 2;
-    m_sectionSlots.assign(slots, 0);
-    m_sectionCount = 0;
-    m_lastSectionLine = npos;
-    for (size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_lines[i].kind != Line::Section) continue;
-        indexSection(i);
-        m_lastSectionLine = i;
-    }
-    m_indexed = true;
-}
-
 size_t IniDocument::findSection(std::string_view section) const
 {
-    if (!m_indexed)
-        buildSectionIndex();
-    const size_t mask = m_sectionSlots.size() - 1;
-    for (size_t slot = hashNoCase(section) & mask;; slot = (slot + 1) & mask) {
-        const std::uint32_t held = m_sectionSlots[slot];
-        if (held == 0)
-            return npos;
-        if (equalsNoCase(nameOf(m_lines[held - 1]), section))
-            return held - 1;
+    if (!m_indexed) {
+        m_sections.clear();
+        m_lastSection = npos;
+        for (size_t i = 0; i < m_lines.size(); ++i)
+            if (m_lines[i].kind == Line::Section) {
+                m_sections.emplace(foldCase(m_lines[i].name()), i); // the first of duplicates wins
+                m_lastSection = i;
+            }
+        m_indexed = true;
     }
+    const auto found = m_sections.find(foldCase(section));
+    return found == m_sections.end() ? npos : found->second;
 }
 
 void IniDocument::insertLine(size_t at, Line line)
 {
-    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(at), line);
-    if (!m_indexed)
-        return;
-    if (m_lastSectionLine != npos && at <= m_lastSectionLine) {
-        m_indexed = false; // section lines move
-    } else if (line.kind == Line::Section) {
-        if ((m_sectionCount + 1) * 4 > m_sectionSlots.size() * 3) {
-            m_indexed = false; // rebuilt larger at the next look-up
-            return;
-        }
-        indexSection(at);
-        m_lastSectionLine = at;
-    }
+    m_textBytes += line.text.size() + m_eol.size();
+    // Section lines after it move, or a section is new: the index is made again.
+    if (line.kind == Line::Section || (m_lastSection != npos && at <= m_lastSection))
+        m_indexed = false;
+    m_lines.insert(m_lines.begin() + std::ptrdiff_t(at), std::move(line));
 }
 
 size_t IniDocument::findKey(size_t sectionLine, std::string_view key) const
 {
     for (size_t i = sectionLine + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i)
-        if (m_lines[i].kind == Line::Key && equalsNoCase(nameOf(m_lines[i]), key))
+        if (m_lines[i].kind == Line::Key && equalsNoCase(m_lines[i].name(), key))
             return i;
     return npos;
 }
@@ -329,7 +219,7 @@ std::optional<std::string> IniDocument::value(std::string_view section, std::str
     const size_t k = findKey(s, key);
     if (k == npos)
         return std::nullopt;
-    return std::string(valueOf(m_lines[k]));
+    return std::string(m_lines[k].value());
 }
 
 std::string IniDocument::getString(std::string_view section, std::string_view key, std::string_view fallback) const
@@ -354,7 +244,7 @@ std::vector<std::string> IniDocument::sectionNames() const
 {
     std::vector<std::string> names;
     for (const Line& line : m_lines)
-        if (line.kind == Line::Section) names.emplace_back(nameOf(line));
+        if (line.kind == Line::Section) names.emplace_back(line.name());
     return names;
 }
 
@@ -363,7 +253,7 @@ std::vector<int> IniDocument::numberedSections(std::string_view prefix, int limi
     std::vector<int> numbers;
     for (const Line& line : m_lines) {
         if (line.kind != Line::Section) continue;
-        const int n = numberIn(nameOf(line), prefix, {});
+        const int n = numberIn(line.name(), prefix, {});
         if (n >= 0 && n < limit) numbers.push_back(n);
     }
     std::sort(numbers.begin(), numbers.end());
@@ -380,9 +270,9 @@ std::vector<std::pair<int, std::string>> IniDocument::numberedValues(std::string
     std::map<int, std::string> found;
     for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i) {
         if (m_lines[i].kind != Line::Key) continue;
-        const int n = numberIn(nameOf(m_lines[i]), prefix, suffix);
+        const int n = numberIn(m_lines[i].name(), prefix, suffix);
         if (n >= 0 && n < limit && !found.contains(n)) // the first of duplicates wins
-            found.emplace(n, std::string(valueOf(m_lines[i])));
+            found.emplace(n, std::string(m_lines[i].value()));
     }
     return {found.begin(), found.end()};
 }
@@ -391,43 +281,35 @@ bool IniDocument::setString(std::string_view section, std::string_view key, std:
 {
     const std::string sectionName = oneLine(section);
     const std::string keyName = oneLine(key);
-    const std::string text = keyName + "=" + oneLine(value);
-    Line keyLine = classify(text);
+    Line keyLine = classify(keyName + "=" + oneLine(value));
     const size_t s = findSection(sectionName);
     if (s == npos) {
-        const std::string header = "[" + sectionName + "]";
-        if (header.size() > kMaxTextBytes || !makeRoom(header.size() + text.size()))
+        Line sectionLine = classify("[" + sectionName + "]");
+        if (sectionLine.text.size() + keyLine.text.size() + 2 * m_eol.size() > kMaxTextBytes - m_textBytes)
             return false;
-        Line sectionLine = classify(header);
-        storeAdded(sectionLine, header);
-        storeAdded(keyLine, text);
-        insertLine(m_lines.size(), sectionLine);
-        insertLine(m_lines.size(), keyLine);
+        insertLine(m_lines.size(), std::move(sectionLine));
+        insertLine(m_lines.size(), std::move(keyLine));
         return true;
     }
     const size_t k = findKey(s, keyName);
     if (k != npos) {
         Line& line = m_lines[k];
-        if (valueOf(line) == valueIn(text, keyLine))
+        if (line.value() == keyLine.value())
             return true; // the line stays as written
-        if (!(line.added && text.size() <= line.length) && !makeRoom(text.size()))
+        if (keyLine.text.size() > line.text.size() && keyLine.text.size() - line.text.size() > kMaxTextBytes - m_textBytes)
             return false;
-        keyLine.start = line.start;
-        keyLine.added = line.added;
-        keyLine.length = line.length; // what storeAdded finds there to reuse
-        storeAdded(keyLine, text);
+        m_textBytes = m_textBytes - line.text.size() + keyLine.text.size();
         if (keyLine.kind == Line::Section) m_indexed = false;
-        line = keyLine;
+        line = std::move(keyLine);
         return true;
     }
-    if (!makeRoom(text.size()))
+    if (keyLine.text.size() + m_eol.size() > kMaxTextBytes - m_textBytes)
         return false;
-    storeAdded(keyLine, text);
     // After the section's last key line, so blank lines between sections stay put.
     size_t insertAt = s + 1;
     for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i)
         if (m_lines[i].kind == Line::Key) insertAt = i + 1;
-    insertLine(insertAt, keyLine);
+    insertLine(insertAt, std::move(keyLine));
     return true;
 }
 
@@ -438,13 +320,10 @@ bool IniDocument::setInt(std::string_view section, std::string_view key, long lo
 
 std::string IniDocument::serialize() const
 {
-    size_t size = 0;
-    for (const Line& line : m_lines)
-        size += line.length + m_eol.size();
     std::string out;
-    out.reserve(size);
+    out.reserve(m_textBytes);
     for (size_t i = 0; i < m_lines.size(); ++i) {
-        out += textOf(m_lines[i]);
+        out += m_lines[i].text;
         if (i + 1 < m_lines.size() || m_finalEol)
             out += m_eol;
     }

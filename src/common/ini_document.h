@@ -6,11 +6,11 @@
 // leaves every other byte as it was.
 #include "common/file_io.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -20,9 +20,8 @@ class UserPort;
 
 class IniDocument {
 public:
-    // The most text a document holds, as read and as added by edits: 512 MiB,
-    // eight times the largest file the program's readers accept, so that every
-    // offset and length of a line fits its field.
+    // The most text a document takes, as read and as added by edits: 512 MiB,
+    // eight times the largest file the program's readers accept.
     static constexpr size_t kMaxTextBytes = (size_t{1} << 29) - 1;
 
     IniDocument() = default;
@@ -68,59 +67,36 @@ public:
     bool save(const std::filesystem::path& path, std::string* why = nullptr) const;
 
 private:
-    // A line keeps no text of its own: it is a view into one of two buffers,
-    // m_text (the text as parsed, never changed) or m_added (lines written by
-    // edits). A section line's name and a key line's key are views into the
-    // line; a key line's value is what follows the first "=" after its key,
-    // trimmed, so it is found again when asked for. 16 bytes a line.
+    // A line as read or written, without its line end. A section line's name
+    // and a key line's key are a stretch of it; a key line's value is what
+    // follows the first "=" after its key, trimmed.
     struct Line {
-        enum Kind : std::uint32_t { Other, Section, Key };
-        std::uint32_t start = 0;          // offset in its buffer
-        std::uint32_t length = 0;         // bytes, without the line end
-        std::uint32_t nameAt = 0;         // section name or key: offset in the line
-        std::uint32_t nameLength : 29 = 0;
-        std::uint32_t kind : 2 = Other;
-        std::uint32_t added : 1 = 0;      // in m_added rather than m_text
+        enum Kind { Other, Section, Key };
+        std::string text;
+        Kind kind = Other;
+        size_t nameAt = 0;
+        size_t nameLength = 0;
+
+        std::string_view name() const { return std::string_view(text).substr(nameAt, nameLength); }
+        std::string_view value() const;
     };
 
-    std::string_view textOf(const Line& line) const;
-    std::string_view nameOf(const Line& line) const { return textOf(line).substr(line.nameAt, line.nameLength); }
-    std::string_view valueOf(const Line& line) const { return valueIn(textOf(line), line); }
-    // A key line's value within its text; empty for other lines.
-    static std::string_view valueIn(std::string_view text, const Line& line);
-
+    static Line classify(std::string text);
     // Index of the first section line named `section`, or npos.
     size_t findSection(std::string_view section) const;
     // Index of the key's line within the section starting at `sectionLine`, or npos.
     size_t findKey(size_t sectionLine, std::string_view key) const;
-    // The kind, name and length of a line of this text (start and buffer unset).
-    static Line classify(std::string_view text);
-    // Whether m_added can take `bytes` more (compacting it first when it
-    // holds much garbage or is full).
-    bool makeRoom(size_t bytes);
-    // Puts `text` in m_added as the text of `line`, reusing the line's bytes
-    // there when they are enough; makeRoom has said there is room.
-    void storeAdded(Line& line, std::string_view text);
-    void compactAdded();
-    void buildSectionIndex() const;
-    void indexSection(size_t line) const;
-    // Inserts a line at `at`, keeping the section index right.
     void insertLine(size_t at, Line line);
-    // Takes `text` as the document's text and splits it into lines.
-    bool adopt(std::string text);
+    void clear();
 
     std::vector<Line> m_lines;
-    std::string m_text;
-    std::string m_added;
-    size_t m_addedGarbage = 0; // bytes of m_added no line uses any more
-    // First line of each section, found by the name's case-folded hash: an
-    // open-addressed table of line index + 1 (0 is a free slot), so readers
-    // that walk thousands of numbered sections stay linear. Built on first
-    // use; dropped whenever a line is inserted before the last section line.
-    mutable std::vector<std::uint32_t> m_sectionSlots;
-    mutable size_t m_sectionCount = 0;
-    mutable size_t m_lastSectionLine = 0;
+    size_t m_textBytes = 0; // of every line with its line end
+    // The first line of each section by its case-folded name, so readers that
+    // walk thousands of numbered sections stay linear. Made on first use and
+    // dropped when a line is inserted among the sections.
+    mutable std::unordered_map<std::string, size_t> m_sections;
     mutable bool m_indexed = false;
+    mutable size_t m_lastSection = 0; // the last section line, while indexed (npos: none)
     std::string m_eol{kNativeEol};
     bool m_finalEol = true;
     std::string m_lastError;
