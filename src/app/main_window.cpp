@@ -23,6 +23,7 @@
 #include "common/messages.h"
 #include "common/version.h"
 #include "common/paths.h"
+#include "common/platform.h"
 #include "project/workspace_tree.h"
 
 #include <QInputDialog>
@@ -117,7 +118,7 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_view->setUndo(m_undo);
     m_view->setEnvironment(m_bodies, &m_companions.algorithms(), m_options.programFolder);
     m_view->setSettings(&m_settings);
-    m_view->setBrokenCodecs(&m_brokenCodecs);
+    m_view->setConfigFolder(m_options.configFolder.empty() ? userConfigFolder() : m_options.configFolder);
     m_view->setSession(&m_session);
     setCentralWidget(m_view);
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);

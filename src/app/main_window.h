@@ -10,8 +10,6 @@
 // commands run its slots, and its state (rows, selection, current row) feeds
 // the enabling rules. The busy flag is the session's: whoever sets or clears
 // it (the engine, playback) calls updateCommands() afterwards.
-#include "codec/broken_codecs.h"
-#include "common/platform.h"
 #include "app/command_table.h"
 #include "playback/project_companions.h"
 #include "project/project_session.h"
@@ -167,8 +165,6 @@ private:
     FrameOptions m_options;
     BodySettings* m_bodies;
     SettingsStore m_settings;
-    // Kept with the settings: a codec that broke is asked about in later runs too.
-    BrokenCodecs m_brokenCodecs{m_options.configFolder.empty() ? userConfigFolder() : m_options.configFolder};
     RecentProjects m_recent;
     std::unique_ptr<QtUserPort> m_ownPort;
     std::vector<QPointer<WaveWindow>> m_waveWindows; // open waveform windows of the project

@@ -6,7 +6,7 @@
 #include "cli/project_runner.h"
 #include "codec/add_encode_data.h"
 #include "cli/spooled_array.h"
-#include "codec/broken_codecs.h"
+#include "codec/engine_world.h"
 #include "common/platform.h"
 #include "codec/row_codec.h"
 #include "codec/engine.h"
@@ -240,17 +240,15 @@ Result projectAddEncode(Context& ctx)
             if (item->isSource() && (ids.empty() || std::find(ids.begin(), ids.end(), item->id()) != ids.end()))
                 selected.push_back(item);
 
-        MainHostWindow mainWindow;
-        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
-        BrokenCodecs broken(userConfigFolder());
-        const EngineEnvironment env{session,      companions.algorithms(),       bodies, *codec, ctx.port,
-                                    ctx.programFolder, decode ? &quality : nullptr, &broken};
-        FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
-        LastEncodeSetting last{*body, *algorithm, *bitRate, true};
-        added = addEncodeData(env, selected, chooser, last, decode);
-        keepBrokenCodecs(broken, ctx.port);
+        {
+            const EngineWorld world({session, companions.algorithms(), bodies, ctx.port, ctx.programFolder,
+                                     userConfigFolder(), codecChoice, decode ? &quality : nullptr});
+            FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
+            LastEncodeSetting last{*body, *algorithm, *bitRate, true};
+            added = addEncodeData(world.environment(), selected, chooser, last, decode);
+        }
         if (decode)
             keepQuality(quality, ctx.port);
         // The items live only as long as the open project.
@@ -311,15 +309,14 @@ Result runBatchCommand(Context& ctx, bool encoding)
         } else {
             list.selectAll();
         }
-        MainHostWindow mainWindow;
-        const std::unique_ptr<CodecRunner> codec = makeRowCodec(ctx.programFolder, ctx.port, mainWindow, codecChoice);
         QualityFile quality;
         quality.load(session.projectFile());
-        BrokenCodecs broken(userConfigFolder());
-        CodecEngine engine(
-            {session, companions.algorithms(), bodies, *codec, ctx.port, ctx.programFolder, &quality, &broken});
-        batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
-        keepBrokenCodecs(broken, ctx.port);
+        {
+            const EngineWorld world({session, companions.algorithms(), bodies, ctx.port, ctx.programFolder,
+                                     userConfigFolder(), codecChoice, &quality});
+            CodecEngine engine(world.environment());
+            batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
+        }
         if (!encoding || decodeToo)
             keepQuality(quality, ctx.port);
         rows = rowsJson(session, &batch);

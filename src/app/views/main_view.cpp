@@ -12,7 +12,6 @@
 #include "app/views/record_sort_proxy.h"
 #include "app/views/record_table_model.h"
 #include "bodies/body_settings.h"
-#include "codec/broken_codecs.h"
 #include "codec/row_codec.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
@@ -548,10 +547,11 @@ void MainView::setBusy(bool busy)
     emit busyChanged();
 }
 
-RowCodecChoice MainView::rowCodecChoice() const
+EngineWorld::Setup MainView::engineSetup(UserPort& port)
 {
     const int jobs = m_settings && m_settings->codecJobs > 0 ? m_settings->codecJobs : defaultCodecJobs();
-    return {false, std::min(jobs, kMostCodecJobs)};
+    return {*m_session, *m_registry,     *m_bodies, port, m_programFolder, m_configFolder,
+            {false, std::min(jobs, kMostCodecJobs)}, &m_quality};
 }
 
 void MainView::runBatch(bool encode)
@@ -563,17 +563,14 @@ void MainView::runBatch(bool encode)
         return;
     setBusy(true);
     ViewProgressPort port(m_port, *m_progress, *m_model);
-    MainHostWindow window;
-    // Plug-ins run in a worker process: one that crashes or hangs costs its row, not the workbench.
-    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
-    CodecEngine engine(
-        EngineEnvironment{*m_session, *m_registry, *m_bodies, *codec, port, m_programFolder, &m_quality, m_broken});
     const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
-    const BatchResult batch =
-        encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
-    codec->releaseAlgorithm();
-    if (m_broken)
-        keepBrokenCodecs(*m_broken, m_port);
+    BatchResult batch;
+    {
+        // Plug-ins run in worker processes: one that crashes or hangs costs its row, not the workbench.
+        const EngineWorld world(engineSetup(port));
+        CodecEngine engine(world.environment());
+        batch = encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
+    }
     setBusy(false);
     forgetHistory();
     emit finished(batchSummary(batch, encode));
@@ -782,10 +779,7 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
         last = LastEncodeSetting{m_settings->lastBodyName, m_settings->lastAlgName, m_settings->lastBitRate,
                                  m_settings->applyAllFiles != 0};
     ProgressPort port(m_port, *m_progress);
-    MainHostWindow window;
-    const std::unique_ptr<CodecRunner> codec = makeRowCodec(m_programFolder, port, window, rowCodecChoice());
-    const EngineEnvironment environment{*m_session,     *m_registry, *m_bodies, *codec, port,
-                                        m_programFolder, &m_quality,  m_broken};
+    std::optional<EngineWorld> world(std::in_place, engineSetup(port));
     EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
     EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;
     // These commands only add records or change them in place, so the rows
@@ -800,10 +794,8 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
     if (const std::optional<int> row = currentSourceRow())
         current = std::pair{m_model->listRow(*row).source, m_model->listRow(*row).recordIndex};
     const bool decoding = m_settings && m_settings->autoDecode != 0;
-    command(environment, chooser, last, decoding);
-    codec->releaseAlgorithm();
-    if (m_broken)
-        keepBrokenCodecs(*m_broken, m_port);
+    command(world->environment(), chooser, last, decoding);
+    world.reset(); // the codec goes, and what broke is kept, before the rows are shown again
     forgetHistory();
     if (decoding)
         keepQuality();

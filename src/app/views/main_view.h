@@ -10,7 +10,7 @@
 // hands them the rows in the order it shows them, with its selection.
 #include "codec/main_list.h"
 #include "common/observer.h"
-#include "codec/row_codec.h"
+#include "codec/engine_world.h"
 #include "codec/results.h"
 #include "codec/row_quality.h"
 #include "host/algorithm_registry.h"
@@ -36,7 +36,6 @@ class QTableView;
 namespace kestrelon {
 
 class BodySettings;
-class BrokenCodecs;
 class CodecHost;
 class EncodeSettingChooser;
 class InfoPanels;
@@ -77,8 +76,8 @@ public:
     // them whenever they change; the last Encode Setting choice and the
     // automatic decode switch are read and kept there. The frame saves them.
     void setSettings(SettingsStore* settings);
-    // Codecs that broke, remembered from batch to batch.
-    void setBrokenCodecs(BrokenCodecs* broken) { m_broken = broken; }
+    // Where codecs that broke are remembered from run to run.
+    void setConfigFolder(std::filesystem::path folder) { m_configFolder = std::move(folder); }
 
     // Fills the list again from the project (cleared when none is open).
     void refresh();
@@ -178,8 +177,9 @@ private:
     void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
-    // Rows in worker processes, as many at once as the settings ask.
-    RowCodecChoice rowCodecChoice() const;
+    // The batch's world: rows in worker processes, as many at once as the
+    // settings ask, the quality measures kept in the view's file.
+    EngineWorld::Setup engineSetup(UserPort& port);
     // Runs `edit` as one step of the history, when there is one.
     void recorded(const QString& text, const std::function<void()>& edit);
     // After a command that writes or deletes files no step can restore: the
@@ -202,7 +202,7 @@ private:
     std::vector<AlgoRegEntry>* m_registry = nullptr;
     std::filesystem::path m_programFolder;
     SettingsStore* m_settings = nullptr;
-    BrokenCodecs* m_broken = nullptr;
+    std::filesystem::path m_configFolder;
     Subscription m_sessionHeard;
 
     RecordTableModel* m_model;
