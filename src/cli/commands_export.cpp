@@ -88,7 +88,7 @@ Result projectExport(Context& ctx)
             error = "no row " + std::to_string(bad) + ": the project has " + std::to_string(list.size()) + " row(s)";
             return false;
         }
-        outcome = exportRows(session, list.rows(), list.selection, {outFolder, header},
+        outcome = exportRows(session, list, {outFolder, header},
                              chosen ? ExportKind::Selected : ExportKind::All, ctx.port);
         if (outcome.indexFile.empty())
             return false;

@@ -57,8 +57,7 @@ struct Choice {
 RowOutcome encodeOne(CodecEngine& engine, ProjectItem* source, std::size_t index, bool autoDecode, bool& stopped)
 {
     MainList list;
-    list.rows().push_back(ListRow{source, index});
-    list.selection = {true};
+    list.addRow(ListRow{source, index}, true);
     const BatchResult batch = engine.encodeSelected(list, autoDecode);
     stopped = batch.stopped;
     return batch.rows[0];

@@ -26,8 +26,20 @@ MainList MainList::fromDocument(ProjectDocument& document)
         for (std::size_t index = 0; index < item->records().size(); ++index)
             list.m_rows.push_back({item, index});
     }
-    list.selection.assign(list.m_rows.size(), false);
+    list.m_selected.assign(list.m_rows.size(), false);
     return list;
+}
+
+void MainList::addRow(const ListRow& row, bool selected)
+{
+    m_rows.push_back(row);
+    m_selected.push_back(selected);
+}
+
+void MainList::reserve(std::size_t rows)
+{
+    m_rows.reserve(rows);
+    m_selected.reserve(rows);
 }
 
 std::size_t MainList::selectedCount() const
@@ -40,12 +52,12 @@ std::size_t MainList::selectedCount() const
 
 void MainList::selectAll()
 {
-    selection.assign(m_rows.size(), true);
+    m_selected.assign(m_rows.size(), true);
 }
 
 void MainList::clearSelection()
 {
-    selection.assign(m_rows.size(), false);
+    m_selected.assign(m_rows.size(), false);
 }
 
 bool MainList::selectRows(const std::vector<std::size_t>& rows)
@@ -55,7 +67,7 @@ bool MainList::selectRows(const std::vector<std::size_t>& rows)
             return false;
     clearSelection();
     for (const std::size_t row : rows)
-        selection[row] = true;
+        m_selected[row] = true;
     return true;
 }
 

@@ -35,15 +35,14 @@ public:
     static MainList fromDocument(ProjectDocument& document);
 
     const std::vector<ListRow>& rows() const { return m_rows; }
-    std::vector<ListRow>& rows() { return m_rows; }
     std::size_t size() const { return m_rows.size(); }
     bool empty() const { return m_rows.empty(); }
+    // A row at the end, with its selection: a list shown in another order is
+    // made row by row, so a row and its selection never part.
+    void addRow(const ListRow& row, bool selected = false);
+    void reserve(std::size_t rows);
 
-    // Per row: the row's list state has the selected bit. Kept as long as
-    // rows(); a caller that reorders rows reorders this alike.
-    std::vector<bool> selection;
-
-    bool isSelected(std::size_t row) const { return row < selection.size() && selection[row]; }
+    bool isSelected(std::size_t row) const { return row < m_selected.size() && m_selected[row]; }
     std::size_t selectedCount() const;
     void selectAll();
     void clearSelection();
@@ -76,6 +75,9 @@ public:
     std::size_t clearSelectedResults(ProjectSession& session);
 
 private:
+    // Per row: whether it is selected. Always as long as m_rows.
+    std::vector<bool> m_selected;
+
     void removeRows(const std::vector<std::size_t>& doomed, ProjectSession& session, bool withEventFiles);
 
     std::vector<ListRow> m_rows;

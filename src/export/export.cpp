@@ -346,10 +346,10 @@ std::string exportIndexText(const std::vector<ListRow>& visited)
     return text;
 }
 
-ExportOutcome exportRows(const ProjectSession& session, const std::vector<ListRow>& rows,
-                         const std::vector<bool>& selection, const ExportOptions& options, ExportKind kind,
-                         UserPort& port)
+ExportOutcome exportRows(const ProjectSession& session, const MainList& list, const ExportOptions& options,
+                         ExportKind kind, UserPort& port)
 {
+    const std::vector<ListRow>& rows = list.rows();
     ExportOutcome outcome;
     fs::path folder;
     if (!prepareFolder(options.folder, kind, port, folder))
@@ -357,7 +357,7 @@ ExportOutcome exportRows(const ProjectSession& session, const std::vector<ListRo
 
     std::vector<ListRow> visited;
     for (size_t i = 0; i < rows.size(); ++i)
-        if (kind == ExportKind::All || (i < selection.size() && selection[i]))
+        if (kind == ExportKind::All || list.isSelected(i))
             visited.push_back(rows[i]);
 
     outcome.ok = true;

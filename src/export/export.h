@@ -55,14 +55,12 @@ struct ExportOutcome {
     std::filesystem::path indexFile;               // empty when it was not written
 };
 
-// Runs the export of `rows` (every row of the main list, in list order, as
-// MainList::rows() holds them) into `options.folder`. ExportKind::All visits
-// every row; ExportKind::Selected only those whose entry in `selection`
-// (MainList::selection) is true. Records are only read. Every message and
-// question goes through `port`.
-ExportOutcome exportRows(const ProjectSession& session, const std::vector<ListRow>& rows,
-                         const std::vector<bool>& selection, const ExportOptions& options, ExportKind kind,
-                         UserPort& port);
+// Runs the export of the main list's rows, in list order, into
+// `options.folder`. ExportKind::All visits every row; ExportKind::Selected
+// only the selected ones. Records are only read. Every message and question
+// goes through `port`.
+ExportOutcome exportRows(const ProjectSession& session, const MainList& list, const ExportOptions& options,
+                         ExportKind kind, UserPort& port);
 
 // The name a row's encoded file is exported under: its rename-encode text, or
 // its interim file's name when the row was never given one. Empty for a row

@@ -89,7 +89,10 @@ protected:
 
     ExportOutcome run(ExportKind kind, const fs::path& folder, bool header, std::vector<bool> selection = {})
     {
-        return exportRows(session, listRows, selection, {folder.string(), header}, kind, port);
+        MainList shown;
+        for (std::size_t i = 0; i < listRows.size(); ++i)
+            shown.addRow(listRows[i], i < selection.size() && selection[i]);
+        return exportRows(session, shown, {folder.string(), header}, kind, port);
     }
 
     fs::path start = fs::current_path();
@@ -191,7 +194,7 @@ TEST_F(ExportTest, FolderChecksAndHowMuchOfAMissingFolderIsMade)
 
     // No root: refused before anything is made, whichever command.
     for (ExportKind kind : {ExportKind::All, ExportKind::Selected})
-        EXPECT_FALSE(exportRows(session, listRows, {true}, {"relative/out", false}, kind, port).ok);
+        EXPECT_FALSE(run(kind, "relative/out", false, {true}).ok);
     EXPECT_FALSE(fs::exists(project / "relative"));
 
     // Export-all makes the last level only; export-selected the whole chain.

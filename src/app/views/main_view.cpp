@@ -438,13 +438,11 @@ MainList MainView::shownList() const
 {
     MainList shown;
     const int count = m_proxy->rowCount();
-    shown.rows().reserve(static_cast<std::size_t>(count));
-    shown.selection.reserve(static_cast<std::size_t>(count));
+    shown.reserve(static_cast<std::size_t>(count));
     const QItemSelectionModel* selection = m_table->selectionModel();
     for (int row = 0; row < count; ++row) {
         const QModelIndex source = m_proxy->mapToSource(m_proxy->index(row, 0));
-        shown.rows().push_back(m_model->listRow(source.row()));
-        shown.selection.push_back(selection->isRowSelected(row, QModelIndex()));
+        shown.addRow(m_model->listRow(source.row()), selection->isRowSelected(row, QModelIndex()));
     }
     return shown;
 }
@@ -723,7 +721,7 @@ void MainView::runExport(bool all)
     m_lastExportHeader = options.addHeader;
     m_lastFirmware = dialog.firmwareOptions();
 
-    const ExportOutcome outcome = exportRows(*m_session, shown.rows(), shown.selection, options,
+    const ExportOutcome outcome = exportRows(*m_session, shown, options,
                                              all ? ExportKind::All : ExportKind::Selected, m_port);
     if (outcome.indexFile.empty())
         return;
