@@ -2,9 +2,11 @@
 // Runs the built kestrelon-cli with the given words and keeps what it printed.
 #include "common/platform.h"
 #include "support/files.h"
+#include "support/temp_dir.h"
 
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -17,9 +19,20 @@ struct CliRun {
     std::string err;
 };
 
+// kestrelon-cli reads and writes the user's configuration (a copy of the body
+// settings, the codecs that broke): the tests give it a folder of their own,
+// so the machine's user never meets the tests' and the other way round.
+inline void keepUserConfigurationApart()
+{
+    static const TempDir folder;
+    static const bool set = [] { return ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1) == 0; }();
+    (void)set;
+}
+
 // `scratch` receives the two output files.
 inline CliRun runCli(const std::vector<std::string>& words, const std::filesystem::path& scratch)
 {
+    keepUserConfigurationApart();
     const std::filesystem::path out = scratch / "cli.out";
     const std::filesystem::path err = scratch / "cli.err";
     CliRun run;
