@@ -5,6 +5,7 @@
 #include "common/user_port.h"
 #include "host/host_windows.h"
 
+#include <algorithm>
 #include <chrono>
 #include <system_error>
 #include <utility>
