@@ -177,6 +177,10 @@ void MainWindow::loadPlayers()
 
 MainWindow::~MainWindow()
 {
+    // The docks and views are destroyed after this frame is: what they signal
+    // while going (the Files dock hides) must not reach it.
+    for (QObject* child : {static_cast<QObject*>(m_workspace), static_cast<QObject*>(m_view)})
+        if (child) child->disconnect(this);
     // The Files tree view must not outlive the tree it shows.
     if (m_workspace) m_workspace->setProject(nullptr, nullptr, {}, nullptr);
     saveSettings();

@@ -28,6 +28,8 @@ protected:
         runner = nullptr;
         worker.reset();
         setEnv("KESTRELON_CODEC_TIME_FLOOR", "");
+        setEnv("ASAN_OPTIONS", "");
+        setEnv("TSAN_OPTIONS", "");
         EngineTest::TearDown();
     }
 
@@ -105,6 +107,9 @@ TEST_F(WorkerTest, ACodecThatCrashesOrHangsCostsItsRowAndTheBatchGoesOn)
 
     // A crash in the first row: its message names the codec and the file;
     // the row keeps what it had, and the rows after it are encoded by a new worker.
+    // A worker built with a sanitizer dies of the signal too, as a user's would.
+    setEnv("ASAN_OPTIONS", "handle_segv=0");
+    setEnv("TSAN_OPTIONS", "handle_segv=0");
     misbehave("crash=hts1a");
     ASSERT_EQ(encodeRows({1}).rows[1], RowOutcome::Done);
     const pid_t firstWorker = *worker->process();
