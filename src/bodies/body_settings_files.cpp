@@ -2,6 +2,7 @@
 
 #include "common/file_io.h"
 #include "common/paths.h"
+#include "common/platform.h"
 
 #include <system_error>
 
@@ -9,18 +10,12 @@ namespace kestrelon {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr std::string_view kVendorFolder = "Corvane";
-
-} // namespace
-
 BodySettingsFiles BodySettingsFiles::forProgram(const fs::path& programFolder, const fs::path& configFolder)
 {
     BodySettingsFiles files;
     files.shipped = programFolder / pathFromUtf8(kBodySettingsFileName);
     if (!configFolder.empty())
-        files.userCopy = configFolder / pathFromUtf8(kVendorFolder) / pathFromUtf8(kBodySettingsFileName);
+        files.userCopy = programConfigFolder(configFolder) / pathFromUtf8(kBodySettingsFileName);
     return files;
 }
 

@@ -3,6 +3,7 @@
 #include "common/file_io.h"
 #include "common/messages.h"
 #include "common/paths.h"
+#include "common/platform.h"
 #include "common/user_port.h"
 
 #include <sstream>
@@ -15,7 +16,7 @@ BrokenCodecs::BrokenCodecs(fs::path configFolder)
 {
     if (configFolder.empty())
         return;
-    m_file = configFolder / "Corvane" / "BrokenCodecs.txt";
+    m_file = programConfigFolder(configFolder) / "BrokenCodecs.txt";
     std::istringstream lines(readFile(m_file).bytes);
     for (std::string line; std::getline(lines, line);)
         if (!line.empty())

@@ -39,15 +39,6 @@ constexpr std::string_view kDecodedExtension = ".dfn";
 // into Files, where a scratch file would turn into a source.
 constexpr std::string_view kDecodeScratchExtension = ".dec";
 
-std::string lowerAscii(std::string_view text)
-{
-    std::string lower(text);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return lower;
-}
-
 // Characters a file name cannot hold on any of the platforms become "_", so
 // a name made of a body name, a codec's extension or its tag never leaves
 // the folder it is meant for.
@@ -189,6 +180,19 @@ std::unique_ptr<RowsAhead> CodecEngine::expectRows(const std::vector<CodecJob>& 
                                        measured);
 }
 
+std::unique_ptr<RowsAhead> CodecEngine::expectSelected(
+    const MainList& list, const std::function<std::optional<CodecJob>(const ListRow&)>& jobOf)
+{
+    if (m_rowsTold || m_env.host.rowsAtOnce() <= 1)
+        return nullptr; // told already, or a codec that does not work ahead: no jobs to make
+    std::vector<CodecJob> jobs;
+    for (std::size_t row = 0; row < list.size(); ++row)
+        if (list.isSelected(row))
+            if (auto job = jobOf(list.rows()[row]))
+                jobs.push_back(std::move(*job));
+    return expectRows(jobs);
+}
+
 bool CodecEngine::refused(const std::string& algorithm) const
 {
     const auto asked = m_mayUse.find(algorithm);
@@ -223,12 +227,8 @@ void CodecEngine::askAboutBrokenCodecs(const MainList& list)
 BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 {
     askAboutBrokenCodecs(list);
-    std::vector<CodecJob> jobs;
-    for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
-        if (list.isSelected(row))
-            if (auto job = encodeJob(*list.rows()[row].source, list.rows()[row].record(), autoDecode))
-                jobs.push_back(std::move(*job));
-    const auto ahead = expectRows(jobs);
+    const auto ahead =
+        expectSelected(list, [&](const ListRow& row) { return encodeJob(*row.source, row.record(), autoDecode); });
     return runBatch(list, "Encoding", [&](const ListRow& row) {
         RowOutcome outcome = encodeRow(row);
         if (outcome == RowOutcome::Done && autoDecode)
@@ -240,12 +240,7 @@ BatchResult CodecEngine::encodeSelected(MainList& list, bool autoDecode)
 BatchResult CodecEngine::decodeSelected(MainList& list)
 {
     askAboutBrokenCodecs(list);
-    std::vector<CodecJob> jobs;
-    for (std::size_t row = 0; row < list.size() && !m_rowsTold && m_env.host.rowsAtOnce() > 1; ++row)
-        if (list.isSelected(row))
-            if (auto job = decodeJob(list.rows()[row].record()))
-                jobs.push_back(std::move(*job));
-    const auto ahead = expectRows(jobs);
+    const auto ahead = expectSelected(list, [&](const ListRow& row) { return decodeJob(row.record()); });
     return runBatch(list, "Decoding", [&](const ListRow& row) { return decodeRow(row); });
 }
 
@@ -309,9 +304,9 @@ StemTaken CodecEngine::takenStems()
         for (const ProjectItem* item : filesTreeOrder(m_env.session.document()))
             for (const EditInfoRecord& record : item->records()) {
                 if (!record.encodeName.empty())
-                    stems->insert(lowerAscii(fileStem(record.encodeName)));
+                    stems->insert(toLowerAscii(fileStem(record.encodeName)));
                 if (!record.decodeName.empty())
-                    stems->insert(lowerAscii(fileStem(record.decodeName)));
+                    stems->insert(toLowerAscii(fileStem(record.decodeName)));
             }
         m_recordedStems = std::move(stems);
     }
@@ -319,7 +314,7 @@ StemTaken CodecEngine::takenStems()
     const fs::path project = m_env.session.projectFolder();
     const fs::path temp = m_env.session.tempFolder();
     return [stems, project, temp](std::string_view stem) {
-        if (stems->count(lowerAscii(stem)) != 0)
+        if (stems->count(toLowerAscii(stem)) != 0)
             return true;
         const std::string s(stem);
         for (const fs::path& candidate :

@@ -117,6 +117,9 @@ private:
     RowOutcome encodeRow(const ListRow& row);
     RowOutcome decodeRow(const ListRow& row);
     bool stopRequested();
+    // Tells the codec the jobs of the selected rows, as expectRows does.
+    std::unique_ptr<RowsAhead> expectSelected(const MainList& list,
+                                              const std::function<std::optional<CodecJob>(const ListRow&)>& jobOf);
     // Asks about the broken codecs of the selected rows before the first row.
     void askAboutBrokenCodecs(const MainList& list);
     // Rows may not use the algorithm: the person said so this batch.

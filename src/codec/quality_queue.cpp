@@ -31,26 +31,26 @@ void QualityQueue::add(const EditInfoRecord& record, const std::filesystem::path
     }
     // The oldest is put before a new one starts once all threads are busy:
     // row order, and no more samples held than the threads work on.
-    while (int(m_pending.size()) >= m_threads) {
-        m_pending.front().get();
-        m_pending.pop_front();
-    }
-    auto measured = std::async(std::launch::async, [source, heard = std::move(heard), heardRate] {
-        return measure(source, heard, heardRate);
-    });
+    while (int(m_pending.size()) >= m_threads)
+        putOldest();
+    m_pending.push_back({record, std::async(std::launch::async, [source, heard = std::move(heard), heardRate] {
+                             return measure(source, heard, heardRate);
+                         })});
+}
+
+void QualityQueue::putOldest()
+{
     // The file is written here, on the batch's thread, in row order.
-    m_pending.push_back(std::async(std::launch::deferred, [this, record, measured = std::move(measured)]() mutable {
-        if (const auto measures = measured.get())
-            m_file.put(record, *measures);
-    }));
+    Pending& oldest = m_pending.front();
+    if (const std::optional<QualityMeasures> measures = oldest.measures.get())
+        m_file.put(oldest.record, *measures);
+    m_pending.pop_front();
 }
 
 void QualityQueue::finish()
 {
-    while (!m_pending.empty()) {
-        m_pending.front().get();
-        m_pending.pop_front();
-    }
+    while (!m_pending.empty())
+        putOldest();
 }
 
 } // namespace kestrelon

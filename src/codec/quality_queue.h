@@ -3,11 +3,13 @@
 // rows run several at once, so that measuring keeps pace with the codecs. They
 // reach the quality file in row order, all of them before finish() returns.
 #include "project/edit_info_record.h"
+#include "wave/quality.h"
 
 #include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <future>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -32,9 +34,16 @@ public:
     void finish();
 
 private:
+    // Puts the oldest measure in the file, once it is taken.
+    void putOldest();
+
+    struct Pending {
+        EditInfoRecord record;
+        std::future<std::optional<QualityMeasures>> measures;
+    };
     QualityFile& m_file;
     int m_threads = 1;
-    std::deque<std::future<void>> m_pending;
+    std::deque<Pending> m_pending;
 };
 
 } // namespace kestrelon

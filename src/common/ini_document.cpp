@@ -75,15 +75,6 @@ int numberIn(std::string_view name, std::string_view prefix, std::string_view su
     return n > std::numeric_limits<int>::max() ? -1 : static_cast<int>(n);
 }
 
-std::string foldCase(std::string_view text)
-{
-    std::string folded(text);
-    for (char& c : folded)
-        if (c >= 'A' && c <= 'Z')
-            c = char(c - 'A' + 'a');
-    return folded;
-}
-
 } // namespace
 
 IniDocument::Line IniDocument::classify(std::string text)
@@ -180,12 +171,12 @@ size_t IniDocument::findSection(std::string_view section) const
         m_lastSection = npos;
         for (size_t i = 0; i < m_lines.size(); ++i)
             if (m_lines[i].kind == Line::Section) {
-                m_sections.emplace(foldCase(m_lines[i].name()), i); // the first of duplicates wins
+                m_sections.emplace(toLowerAscii(m_lines[i].name()), i); // the first of duplicates wins
                 m_lastSection = i;
             }
         m_indexed = true;
     }
-    const auto found = m_sections.find(foldCase(section));
+    const auto found = m_sections.find(toLowerAscii(section));
     return found == m_sections.end() ? npos : found->second;
 }
 

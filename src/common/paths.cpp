@@ -76,4 +76,12 @@ std::string toUpperAscii(std::string_view text)
     return out;
 }
 
+std::string toLowerAscii(std::string_view text)
+{
+    std::string out(text);
+    for (char& c : out)
+        c = lowerAscii(c);
+    return out;
+}
+
 } // namespace kestrelon

@@ -28,5 +28,6 @@ bool equalsNoCase(std::string_view a, std::string_view b);
 bool startsWithNoCase(std::string_view text, std::string_view prefix);
 bool endsWithNoCase(std::string_view text, std::string_view suffix);
 std::string toUpperAscii(std::string_view text);
+std::string toLowerAscii(std::string_view text);
 
 } // namespace kestrelon

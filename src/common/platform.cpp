@@ -87,6 +87,11 @@ std::filesystem::path userConfigFolder()
 #endif
 }
 
+std::filesystem::path programConfigFolder(const std::filesystem::path& configFolder)
+{
+    return configFolder / "Corvane";
+}
+
 int runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                const std::filesystem::path& output, const std::filesystem::path& errors)
 {

@@ -19,6 +19,8 @@ std::string programName();
 // copy of a file the program folder will not let us write is kept. Empty when
 // the environment names no home.
 std::filesystem::path userConfigFolder();
+// Where this program keeps its files in a configuration folder such as that one.
+std::filesystem::path programConfigFolder(const std::filesystem::path& configFolder);
 
 // Runs `program` with `arguments` (each passed as one argument, whatever it
 // holds), its standard output into the file `output` and its standard error

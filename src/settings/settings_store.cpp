@@ -1,6 +1,7 @@
 #include "settings/settings_store.h"
 
 #include "common/paths.h"
+#include "common/platform.h"
 
 #include <QSettings>
 #include <QString>
@@ -22,7 +23,7 @@ std::unique_ptr<QSettings> openSettings(const std::filesystem::path& configFolde
 {
     if (configFolder.empty())
         return std::make_unique<QSettings>(QStringLiteral("Corvane"), QStringLiteral("Kestrelon"));
-    const std::filesystem::path file = configFolder / "Corvane" / "Kestrelon.conf";
+    const std::filesystem::path file = programConfigFolder(configFolder) / "Kestrelon.conf";
     return std::make_unique<QSettings>(QString::fromStdString(utf8FromPath(file)), QSettings::IniFormat);
 }
 
