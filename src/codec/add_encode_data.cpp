@@ -99,8 +99,10 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
     bool first = true;
     CodecEngine engine(env); // one for the command: it gathers the names in use once
     std::unique_ptr<RowsAhead> ahead;
+    bool aheadTold = false; // the rows to come were told to the codec, or it works one at a time
 
-    for (ProjectItem* source : selected) {
+    for (std::size_t at = 0; at < selected.size(); ++at) {
+        ProjectItem* source = selected[at];
         if (source == nullptr || !source->isSource())
             continue;
 
@@ -190,16 +192,16 @@ AddEncodeResult addEncodeData(const EngineEnvironment& env, const std::vector<Pr
         // A codec that broke in an earlier batch is asked about before its first row.
         engine.mayUse(choice.algorithm);
         // With one choice for every source, the codec may start on the rest now.
-        if (applyInForce && !ahead) {
-            std::vector<CodecJob> jobs;
+        if (applyInForce && !aheadTold) {
+            aheadTold = true;
             EditInfoRecord row;
             row.bodyName = choice.body;
             row.algoName = choice.algorithm;
             row.bitRate = choice.bitRate;
-            for (auto rest = std::find(selected.begin(), selected.end(), source);
-                 rest != selected.end() && env.host.rowsAtOnce() > 1; ++rest)
-                if (*rest != nullptr && (*rest)->isSource())
-                    if (auto job = engine.encodeJob(**rest, row, autoDecode))
+            std::vector<CodecJob> jobs;
+            for (std::size_t rest = at; rest < selected.size() && env.host.rowsAtOnce() > 1; ++rest)
+                if (selected[rest] != nullptr && selected[rest]->isSource())
+                    if (auto job = engine.encodeJob(*selected[rest], row, autoDecode))
                         jobs.push_back(std::move(*job));
             ahead = engine.expectRows(jobs);
         }
