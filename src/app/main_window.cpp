@@ -101,9 +101,11 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
       m_port(m_options.port ? m_options.port : m_ownPort.get()),
       m_ownChooser(m_options.chooser ? nullptr : std::make_unique<QtFileChooser>(this)),
       m_chooser(m_options.chooser ? m_options.chooser : m_ownChooser.get()),
-      m_companions(*m_port),
-      m_session(*m_port, &m_companions, &m_recent, m_options.programFolder)
+      m_project(*m_port,
+                {m_options.programFolder, m_options.configFolder.empty() ? userConfigFolder() : m_options.configFolder},
+                &m_recent)
 {
+    m_project.setBodies(m_bodies);
     // The settings are read before any window of the frame exists.
     loadSettings();
     if (m_ownPort) m_ownPort->setParent(this);
@@ -113,17 +115,16 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     m_commands = new CommandTable(this);
     connect(m_commands, &CommandTable::triggered, this, &MainWindow::runCommand);
 
-    m_undo = new ProjectUndo(m_session, *m_port, this);
+    m_undo = new ProjectUndo(m_project.session(), *m_port, this);
     m_view = new MainView(*m_port);
     m_view->setUndo(m_undo);
-    m_view->setEnvironment(m_bodies, &m_companions.algorithms(), m_options.programFolder);
+    // The frame hears first: a closed project's tree must be gone before a
+    // view's own refresh asks the frame to update its commands.
+    m_projectHeard = m_project.changed.subscribe([this](const ProjectChange& change) { heard(change); });
     m_view->setSettings(&m_settings);
-    m_view->setConfigFolder(m_options.configFolder.empty() ? userConfigFolder() : m_options.configFolder);
-    m_view->setSession(&m_session);
+    m_view->setProject(&m_project);
     setCentralWidget(m_view);
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);
-    // A batch started from the list holds Save, Close and the other commands until it ends.
-    connect(m_view, &MainView::busyChanged, this, &MainWindow::updateCommands);
     connect(m_view, &MainView::compareBitRatesRequested, this, [this] { runCommand(cmd::kCompareBitRates); });
     connect(m_view, &MainView::startChosen, this, [this](const QString& link) {
         if (link == QLatin1String("new")) runCommand(cmd::kNewProject);
@@ -140,28 +141,38 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     createMenus();
     createToolBars();
     createStatusBar();
-    m_playing = new PlayCommands(*m_port, m_session, *m_view, *statusBar(), this);
+    m_playing = new PlayCommands(*m_port, m_project.session(), *m_view, *statusBar(), this);
     m_playing->setPlayMode(m_settings.playMode);
     connect(m_playing, &PlayCommands::stateChanged, this, &MainWindow::updateCommands);
     connectUndo();
     resize(1000, 700);
     restoreLayout();
-    m_sessionHeard = m_session.changed.subscribe([this](SessionChange change) { heard(change); });
     sessionChanged();
 }
 
-void MainWindow::heard(SessionChange change)
+void MainWindow::heard(const ProjectChange& change)
 {
-    switch (change) {
-    case SessionChange::Opened:
-    case SessionChange::Closed: sessionChanged(); break;
-    case SessionChange::Saved:
+    using Kind = ProjectChange::Kind;
+    switch (change.kind) {
+    case Kind::Opened:
+    case Kind::Closed: sessionChanged(); break;
+    case Kind::Saved:
         // The save deleted the files the project let go of: no step can bring them back.
         m_undo->forget();
         updateTitle();
         break;
-    case SessionChange::TreeEdited: treeChanged(); break;
-    case SessionChange::Busy: updateCommands(); break;
+    case Kind::Tree:
+        // What plays may be a removed item's: it stops.
+        m_playing->stop();
+        updateTitle();
+        updateCommands();
+        break;
+    case Kind::Rows:
+        updateTitle();
+        updateCommands();
+        break;
+    case Kind::Algorithms:
+    case Kind::Busy: updateCommands(); break;
     }
 }
 
@@ -225,6 +236,7 @@ void MainWindow::saveSettings()
 void MainWindow::createWorkspace()
 {
     m_workspace = new WorkspaceBar(this);
+    m_workspace->follow(&m_project);
     addDockWidget(Qt::LeftDockWidgetArea, m_workspace);
     resizeDocks({m_workspace}, {170}, Qt::Horizontal);
     connect(m_workspace, &WorkspaceBar::selectionChanged, this, &MainWindow::updateCommands);
@@ -343,13 +355,13 @@ std::vector<ProjectItem*> MainWindow::selectedSources() const
 FrameState MainWindow::frameState() const
 {
     FrameState state;
-    state.projectOpen = m_session.isOpen();
-    state.busy = m_session.busy();
+    state.projectOpen = m_project.session().isOpen();
+    state.busy = m_project.session().busy();
     state.editorRunning = m_editorRunning;
     state.recentCount = int(m_recent.size());
     if (m_tree) {
         const TreeSelection& selection = m_tree->selection();
-        state.filesTreeEmpty = m_session.document().topLevelFiles().empty();
+        state.filesTreeEmpty = m_project.session().document().topLevelFiles().empty();
         state.hasTarget = m_workspace->target().has_value();
         state.selectedItems = int(selection.items().size());
         state.selectedSources = int(selection.sources().size());
@@ -397,14 +409,14 @@ void MainWindow::updateCapsIndicator()
 void MainWindow::updateTitle()
 {
     const QString program = QString::fromUtf8(kProgramTitle.data(), qsizetype(kProgramTitle.size()));
-    if (!m_session.isOpen()) {
+    if (!m_project.session().isOpen()) {
         setWindowTitle(program);
         setWindowModified(false);
         return;
     }
     // "[*]" is where Qt shows the unsaved-changes mark, as every desktop expects.
-    setWindowTitle(qtPath(m_session.projectFile().filename()) + QStringLiteral("[*] - ") + program);
-    setWindowModified(m_session.document().isModified());
+    setWindowTitle(qtPath(m_project.session().projectFile().filename()) + QStringLiteral("[*] - ") + program);
+    setWindowModified(m_project.session().document().isModified());
 }
 
 void MainWindow::updateRecentMenu()
@@ -432,13 +444,13 @@ void MainWindow::sessionChanged()
     closeWaveWindows();
     const std::unique_ptr<WorkspaceTree> closedTree = std::move(m_tree);
     m_workspace->setProject(nullptr, nullptr, {}, nullptr);
-    if (m_session.isOpen()) {
-        m_tree = std::make_unique<WorkspaceTree>(m_session.document(), m_session.projectFolder(),
-                                                 m_session.deletionList(), *m_port);
-        m_tree->onChanged = [this] { m_session.changed.publish(SessionChange::TreeEdited); };
-        m_tree->setCopyRecord(&m_session.copiedIn());
-        m_workspace->setProject(m_tree.get(), &m_session.document(),
-                                qtPath(m_session.projectFile().stem()), &m_companions.algorithms());
+    if (m_project.session().isOpen()) {
+        m_tree = std::make_unique<WorkspaceTree>(m_project.session().document(), m_project.session().projectFolder(),
+                                                 m_project.session().deletionList(), *m_port);
+        m_tree->onChanged = [this] { m_project.treeEdited(); };
+        m_tree->setCopyRecord(&m_project.session().copiedIn());
+        m_workspace->setProject(m_tree.get(), &m_project.session().document(),
+                                qtPath(m_project.session().projectFile().stem()), &m_project.companions().algorithms());
         // Add Files and Add Folder work at once: the project's root is where
         // they go until the user picks another node.
         m_workspace->selectItems({}, /*root=*/true);
@@ -446,7 +458,7 @@ void MainWindow::sessionChanged()
     m_undo->forget(); // its steps were another project's, or the one saved under the old name
     updateTitle();
     updateRecentMenu();
-    refreshViews();
+    updateCommands();
     emit projectChanged();
 }
 
@@ -460,19 +472,9 @@ void MainWindow::connectUndo()
         if (m_tree) m_tree->selection().forgetItems();
     });
     connect(m_undo, &ProjectUndo::restored, this, [this] {
-        m_session.changed.publish(SessionChange::TreeEdited);
+        m_project.treeEdited();
         m_workspace->selectItems({}, /*root=*/true);
     });
-}
-
-void MainWindow::treeChanged()
-{
-    // What plays may be a removed item's: it stops. The main list follows the
-    // tree by itself.
-    m_playing->stop();
-    m_workspace->refreshFiles();
-    updateTitle();
-    updateCommands();
 }
 
 void MainWindow::refreshViews()
@@ -488,7 +490,7 @@ fs::path MainWindow::startFolder(const std::string& remembered) const
     std::error_code ec;
     const fs::path folder = pathFromUtf8(remembered);
     if (!remembered.empty() && fs::is_directory(folder, ec)) return folder;
-    if (m_session.isOpen()) return m_session.projectFolder();
+    if (m_project.session().isOpen()) return m_project.session().projectFolder();
     // Never the program's own folder: a user's projects belong with their documents.
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (!documents.isEmpty() && fs::is_directory(stdPath(documents), ec)) return stdPath(documents);
@@ -577,7 +579,7 @@ void MainWindow::onNewProject()
     NewProjectDialog dialog(*m_port, *m_chooser, startFolder(m_settings.lastProjectPath), this);
     if (dialog.exec() != QDialog::Accepted) return;
     m_settings.lastProjectPath = dialog.location();
-    m_session.newProject(dialog.location(), dialog.name());
+    m_project.session().newProject(dialog.location(), dialog.name());
 }
 
 void MainWindow::onOpenProject()
@@ -589,29 +591,29 @@ void MainWindow::onOpenProject()
 
 bool MainWindow::openProject(const fs::path& file)
 {
-    const bool opened = m_session.openProject(file);
+    const bool opened = m_project.session().openProject(file);
     if (opened) m_settings.lastProjectPath = utf8FromPath(file.parent_path().parent_path());
     return opened;
 }
 
 void MainWindow::onSaveProject()
 {
-    if (m_session.saveProject())
-        statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
+    if (m_project.session().saveProject())
+        statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_project.session().projectFile().filename())));
 }
 
 void MainWindow::onSaveProjectAs()
 {
     const auto chosen = m_chooser->projectToSave(startFolder(m_settings.lastProjectPath));
     if (!chosen) return;
-    if (!m_session.saveProjectAs(*chosen)) return;
-    statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_session.projectFile().filename())));
+    if (!m_project.session().saveProjectAs(*chosen)) return;
+    statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_project.session().projectFile().filename())));
 }
 
 void MainWindow::onCloseProject()
 {
     m_playing->stop(); // its scratch copy lies in the Temp that closing removes
-    m_session.closeProject();
+    m_project.session().closeProject();
 }
 
 void MainWindow::onRecentProject(int index)
@@ -652,7 +654,7 @@ void MainWindow::addFilesRecorded(const TreeTarget& target, const std::vector<fs
 void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs::path>& files)
 {
     // As Add Files, with every check and question, but for what was dropped.
-    if (!m_tree || m_session.busy()) return;
+    if (!m_tree || m_project.session().busy()) return;
     m_settings.lastFilePath = utf8FromPath(files.front().parent_path());
     addFilesRecorded(target, files);
     updateCommands();
@@ -707,13 +709,10 @@ void MainWindow::onSelectAllTree()
 
 void MainWindow::onDllSetting()
 {
-    const fs::path folder = m_session.isOpen() ? m_session.projectFolder() : fs::path();
-    DllSettingDialog dialog(m_companions.algorithms(), folder, m_settings.externalEditor, *m_port, this);
+    const fs::path folder = m_project.session().isOpen() ? m_project.session().projectFolder() : fs::path();
+    DllSettingDialog dialog(m_project.companions().algorithms(), folder, m_settings.externalEditor, *m_port, this);
     // A removed algorithm leaves the registry at once: the tree and the list follow.
-    connect(&dialog, &DllSettingDialog::algorithmRemoved, this, [this] {
-        m_workspace->refreshAlgorithms();
-        m_view->refresh();
-    });
+    connect(&dialog, &DllSettingDialog::algorithmRemoved, this, [this] { m_project.algorithmsEdited(); });
     dialog.exec();
     updateCommands();
 }
@@ -793,7 +792,7 @@ void MainWindow::onCompareBitRates()
         return;
     std::vector<fs::path> waves;
     for (const ProjectItem* source : sources)
-        waves.push_back(m_session.filesFolder() / pathFromUtf8(source->id()));
+        waves.push_back(m_project.session().filesFolder() / pathFromUtf8(source->id()));
     // The body the user works with: the current row's, else the first there is.
     const std::optional<ListRow> current = m_view->currentListRow();
     std::string body = current ? current->record().bodyName : std::string();
@@ -813,7 +812,7 @@ void MainWindow::onShowWaveform()
     const std::optional<ListRow> row = m_view->currentListRow();
     if (!row) return;
     const EditInfoRecord& record = row->record();
-    auto* window = new WaveWindow(m_session.filesFolder() / pathFromUtf8(record.fileName), m_settings.colors, *m_port,
+    auto* window = new WaveWindow(m_project.session().filesFolder() / pathFromUtf8(record.fileName), m_settings.colors, *m_port,
                                   &m_playing->controller(), this);
     window->setWindowFlag(Qt::Window);
     if (!window->loaded()) {
@@ -822,7 +821,7 @@ void MainWindow::onShowWaveform()
     }
     // The decoded pane is a bonus: a row not decoded shows its source alone.
     if (!record.decodeName.empty()) {
-        const std::filesystem::path decoded = unpackDecodedWave(m_session, record, window->scratchFolder(), *m_port);
+        const std::filesystem::path decoded = unpackDecodedWave(m_project.session(), record, window->scratchFolder(), *m_port);
         if (!decoded.empty()) window->loadDecoded(decoded);
     }
     m_waveWindows.emplace_back(window);
@@ -831,7 +830,7 @@ void MainWindow::onShowWaveform()
 
 void MainWindow::onPlaySentence()
 {
-    PlaySentenceDialog dialog(m_session, m_companions.playList(), *m_playing, m_bodies, *m_port, this);
+    PlaySentenceDialog dialog(m_project.session(), m_project.companions().playList(), *m_playing, m_bodies, *m_port, this);
     dialog.exec();
     dialog.stop();
 }
@@ -873,7 +872,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
     // Closing the window first closes the project, with its save question; a
     // refusal keeps the window open.
     m_playing->stop();
-    if (m_session.isOpen() && !m_session.closeProject()) {
+    if (m_project.session().isOpen() && !m_project.session().closeProject()) {
         event->ignore();
         return;
     }

@@ -11,8 +11,7 @@
 // the enabling rules. The busy flag is the session's: whoever sets or clears
 // it (the engine, playback) calls updateCommands() afterwards.
 #include "app/command_table.h"
-#include "playback/project_companions.h"
-#include "project/project_session.h"
+#include "model/project.h"
 #include "project/recent_projects.h"
 #include "project/workspace_tree.h"
 #include "settings/settings_store.h"
@@ -64,8 +63,9 @@ public:
     // Writes the settings.
     ~MainWindow() override;
 
-    ProjectSession& session() { return m_session; }
-    ProjectCompanionFiles& companions() { return m_companions; }
+    Project& project() { return m_project; }
+    ProjectSession& session() { return m_project.session(); }
+    ProjectCompanionFiles& companions() { return m_project.companions(); }
     SettingsStore& settings() { return m_settings; }
     const RecentProjects& recentProjects() const { return m_recent; }
     BodySettings* bodies() const { return m_bodies; }
@@ -105,7 +105,7 @@ public slots:
     // frame's commands (a script, a test): the trees, title and list follow.
     void sessionChanged();
     // What the session published: the views follow it.
-    void heard(SessionChange change);
+    void heard(const ProjectChange& change);
 
     void onNewProject();
     void onOpenProject();
@@ -152,7 +152,6 @@ private:
     // The frame's size, place, toolbars and docks, as the settings keep them.
     void restoreLayout();
     void keepLayout();
-    void treeChanged();
     void connectUndo();
     // Add Files and a drop: one step of the history, unless a wave was overwritten.
     void addFilesRecorded(const TreeTarget& target, const std::vector<std::filesystem::path>& files);
@@ -172,9 +171,8 @@ private:
     UserPort* m_port;
     std::unique_ptr<FileChooser> m_ownChooser;
     FileChooser* m_chooser;
-    ProjectCompanionFiles m_companions;
-    ProjectSession m_session;
-    Subscription m_sessionHeard; // after the session: it goes first
+    Project m_project;
+    Subscription m_projectHeard; // after the project: it goes first
     std::unique_ptr<WorkspaceTree> m_tree;
     bool m_editorRunning = false;
 

@@ -3,6 +3,7 @@
 #include "app/file_chooser.h"
 #include "app/undo/project_undo.h"
 #include "host/algorithm_registry.h"
+#include "model/project.h"
 #include "project/project_document.h"
 
 #include <QApplication>
@@ -152,6 +153,17 @@ void WorkspaceBar::setProject(WorkspaceTree* tree, const ProjectDocument* docume
     m_rootSelected = false;
     refreshFiles();
     refreshAlgorithms();
+}
+
+void WorkspaceBar::follow(Project* project)
+{
+    m_following = project ? project->changed.subscribe([this](const ProjectChange& change) {
+        if (change.kind == ProjectChange::Kind::Tree)
+            refreshFiles();
+        else if (change.kind == ProjectChange::Kind::Algorithms)
+            refreshAlgorithms();
+    })
+                          : Subscription();
 }
 
 ProjectItem* WorkspaceBar::itemOf(const QModelIndex& index)

@@ -4,6 +4,7 @@
 // Shift-click) and its Algorithms tree (the project's algorithm registry).
 // The bar shows and selects; the commands themselves are WorkspaceTree's,
 // run by the frame.
+#include "common/observer.h"
 #include "project/workspace_tree.h"
 
 #include <QDockWidget>
@@ -25,6 +26,7 @@ namespace kestrelon {
 
 struct AlgoRegEntry;
 
+class Project;
 class ProjectUndo;
 
 class WorkspaceBar : public QDockWidget {
@@ -40,6 +42,10 @@ public:
     // the project's registry and must outlive the bar's use of it.
     void setProject(WorkspaceTree* tree, const ProjectDocument* document, const QString& projectName,
                     const std::vector<AlgoRegEntry>* algorithms);
+
+    // The trees follow `project`'s edits of the Files tree and of the
+    // registry by themselves. May be null.
+    void follow(Project* project);
 
     // Rebuild the trees from the project, keeping which folders are collapsed
     // and which nodes are selected.
@@ -81,6 +87,7 @@ signals:
     void sourceActivated(ProjectItem* source);
 
 private:
+    Subscription m_following;
     std::optional<TreeTarget> dropTarget(const QPoint& at) const;
     void addChildren(QStandardItem* parent, const std::vector<ProjectItem*>& items);
     void restoreView(QStandardItem* node);

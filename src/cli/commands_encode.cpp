@@ -1,25 +1,22 @@
 #include "cli/commands.h"
 
-#include "codec/row_quality.h"
-
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
-#include "codec/add_encode_data.h"
 #include "cli/spooled_array.h"
-#include "codec/engine_world.h"
-#include "common/platform.h"
-#include "codec/row_codec.h"
+#include "codec/add_encode_data.h"
 #include "codec/engine.h"
 #include "codec/main_list.h"
 #include "codec/project_algorithms.h"
 #include "codec/results.h"
+#include "codec/row_codec.h"
 #include "codec/row_quality.h"
 #include "common/messages.h"
-#include "common/user_port.h"
 #include "common/paths.h"
-#include "playback/project_companions.h"
+#include "common/platform.h"
+#include "common/user_port.h"
 #include "host/codec_host.h"
 #include "host/host_windows.h"
+#include "model/project.h"
 #include "project/project_document.h"
 #include "project/project_session.h"
 #include "project/tree_selection.h"
@@ -43,12 +40,6 @@ RowCodecChoice takeRowCodecChoice(Context& ctx)
 
 // The measures of what a batch decoded, beside the project: a failure to
 // write them is said, but takes nothing from the decodes themselves.
-void keepQuality(const QualityFile& quality, UserPort& port)
-{
-    if (!quality.save())
-        port.showMessage(utf8FromPath(quality.path()) + std::string(msg::kQualityNotWritten));
-}
-
 
 std::string_view outcomeName(RowOutcome outcome)
 {
@@ -189,11 +180,11 @@ Result projectAddAlgo(Context& ctx)
     const fs::path library = absolutePathArgument(words[1]);
     AddAlgorithmOutcome outcome = AddAlgorithmOutcome::Refused;
     Json registry = Json::array();
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
         MainHostWindow mainWindow;
         CodecHost host(ctx.programFolder, ctx.port, mainWindow);
-        outcome = addAlgorithmToProject(session, companions.algorithms(), host, library, ctx.port);
-        registry = registryJson(companions.algorithms());
+        outcome = addAlgorithmToProject(project.session(), project.algorithms(), host, library, ctx.port);
+        registry = registryJson(project.algorithms());
         return outcome != AddAlgorithmOutcome::Refused;
     });
     result.fields["outcome"] = outcomeName(outcome);
@@ -224,7 +215,8 @@ Result projectAddEncode(Context& ctx)
     bool allEncoded = true;
     Json sources = Json::array();
     std::shared_ptr<SpooledArray> rows = std::make_shared<SpooledArray>();
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        ProjectSession& session = project.session();
         // The named sources (or all of them) as a selection of the Files tree, in tree order.
         const std::vector<ProjectItem*> order = filesTreeOrder(session.document());
         std::vector<ProjectItem*> selected;
@@ -240,17 +232,11 @@ Result projectAddEncode(Context& ctx)
             if (item->isSource() && (ids.empty() || std::find(ids.begin(), ids.end(), item->id()) != ids.end()))
                 selected.push_back(item);
 
-        QualityFile quality;
-        quality.load(session.projectFile());
-        {
-            const EngineWorld world({session, companions.algorithms(), bodies, ctx.port, ctx.programFolder,
-                                     userConfigFolder(), codecChoice, decode ? &quality : nullptr});
-            FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
-            LastEncodeSetting last{*body, *algorithm, *bitRate, true};
-            added = addEncodeData(world.environment(), selected, chooser, last, decode);
-        }
-        if (decode)
-            keepQuality(quality, ctx.port);
+        project.setBodies(&bodies);
+        project.setCodec(codecChoice);
+        FixedEncodeSetting chooser(*body, *algorithm, *bitRate);
+        LastEncodeSetting last{*body, *algorithm, *bitRate, true};
+        added = project.addEncodeData(selected, chooser, last, decode, ctx.port);
         // The items live only as long as the open project.
         for (const AddedSource& source : added.sources) {
             Json item = {{"id", source.source->id()}, {"outcome", outcomeName(source.outcome)}};
@@ -296,8 +282,8 @@ Result runBatchCommand(Context& ctx, bool encoding)
 
     BatchResult batch;
     std::shared_ptr<SpooledArray> rows = std::make_shared<SpooledArray>();
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
-        MainList list = MainList::fromDocument(session.document());
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        MainList list = project.rows();
         if (chosen) {
             for (const std::size_t number : *chosen)
                 if (number >= list.size()) {
@@ -309,17 +295,10 @@ Result runBatchCommand(Context& ctx, bool encoding)
         } else {
             list.selectAll();
         }
-        QualityFile quality;
-        quality.load(session.projectFile());
-        {
-            const EngineWorld world({session, companions.algorithms(), bodies, ctx.port, ctx.programFolder,
-                                     userConfigFolder(), codecChoice, &quality});
-            CodecEngine engine(world.environment());
-            batch = encoding ? engine.encodeSelected(list, decodeToo) : engine.decodeSelected(list);
-        }
-        if (!encoding || decodeToo)
-            keepQuality(quality, ctx.port);
-        rows = rowsJson(session, &batch);
+        project.setBodies(&bodies);
+        project.setCodec(codecChoice);
+        batch = encoding ? project.encode(list, decodeToo, ctx.port) : project.decode(list, ctx.port);
+        rows = rowsJson(project.session(), &batch);
         // The rows' results are saved whatever became of the others.
         return true;
     });

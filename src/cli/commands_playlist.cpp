@@ -3,15 +3,15 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
-#include "playback/board_items.h"
-#include "playback/sentence.h"
 #include "common/paths.h"
+#include "host/board_player_host.h"
+#include "host/pc_player_host.h"
+#include "model/project.h"
+#include "playback/board_items.h"
 #include "playback/play_list_edit.h"
 #include "playback/play_list_file.h"
 #include "playback/playback_controller.h"
-#include "playback/project_companions.h"
-#include "host/board_player_host.h"
-#include "host/pc_player_host.h"
+#include "playback/sentence.h"
 #include "project/project_session.h"
 #include "settings/settings_store.h"
 
@@ -104,9 +104,10 @@ Result onPlayList(Context& context, const std::function<bool(ProjectSession&, Pl
         throw UsageError("expected PROJECT.ptp");
     Json entries = Json::array();
     Refusal refusal;
-    Result result = runProjectOperation(context, words[0], [&](ProjectSession& session, ProjectCompanionFiles& companions) {
-        MainList rows = MainList::fromDocument(session.document());
-        PlayList& list = companions.playList();
+    Result result = runProjectOperation(context, words[0], [&](Project& project) {
+        ProjectSession& session = project.session();
+        MainList rows = project.rows();
+        PlayList& list = project.playList();
         if (checkPlayList(list, rows, context.port))
             session.markModified();
         const bool ok = edit(session, list, rows, refusal);

@@ -3,7 +3,8 @@
 #include "cli/project_json.h"
 #include "cli/spooled_array.h"
 #include "common/paths.h"
-#include "playback/project_companions.h"
+#include "common/platform.h"
+#include "model/project.h"
 #include "project/project_folder_ops.h"
 #include "project/project_session.h"
 
@@ -59,24 +60,20 @@ Result runProjectOperation(Context& context, const std::string& ptpPath,
                            std::function<bool(ProjectSession&)> operation)
 {
     return runProjectOperation(context, ptpPath,
-                               [&](ProjectSession& session, ProjectCompanionFiles&) {
-                                   return operation ? operation(session) : true;
-                               });
+                               [&](Project& project) { return operation ? operation(project.session()) : true; });
 }
 
-Result runProjectOperation(Context& context, const std::string& ptpPath,
-                           std::function<bool(ProjectSession&, ProjectCompanionFiles&)> operation)
+Result runProjectOperation(Context& context, const std::string& ptpPath, std::function<bool(Project&)> operation)
 {
     std::error_code ec;
-    const fs::path startFolder = fs::current_path(ec);
     const fs::path file = absolutePathArgument(ptpPath);
-    ProjectCompanionFiles companions(context.port);
     // Closing returns to the folder the command was started in.
-    ProjectSession session(context.port, &companions, nullptr, startFolder);
+    Project project(context.port, {context.programFolder, userConfigFolder(), fs::current_path(ec)});
+    ProjectSession& session = project.session();
     if (!session.openProject(file))
         return {false, {{"files", Json::array()}, {"project", utf8FromPath(file)}}};
 
-    bool ok = operation ? operation(session, companions) : true;
+    bool ok = operation ? operation(project) : true;
     if (ok && session.document().isModified())
         ok = session.saveProject();
     std::shared_ptr<SpooledArray> files = filesJson(session.document());

@@ -1,9 +1,9 @@
 #pragma once
 // The frame of every kestrelon-cli command that changes a project: open it,
 // run the operation, save when the operation succeeded and changed something,
-// close, and answer with the tree as `project dump` shows it. The session runs
-// with the project's play list and algorithm registry, and without a
-// recent-project list: scripts must not reorder the user's menu.
+// close, and answer with the tree as `project dump` shows it. The project is
+// the one the workbench holds, without a recent-project list: scripts must
+// not reorder the user's menu.
 #include "cli/cli_command.h"
 
 #include <filesystem>
@@ -12,7 +12,7 @@
 #include <vector>
 
 namespace kestrelon {
-class ProjectCompanionFiles;
+class Project;
 class ProjectSession;
 }
 
@@ -45,9 +45,8 @@ std::vector<size_t> parseRowNumbers(const std::string& text);
 Result runProjectOperation(Context& context, const std::string& ptpPath,
                            std::function<bool(ProjectSession&)> operation);
 
-// The same for operations that also work on the project's companion files
-// (the algorithm registry, the play list) as the session loaded them.
-Result runProjectOperation(Context& context, const std::string& ptpPath,
-                           std::function<bool(ProjectSession&, ProjectCompanionFiles&)> operation);
+// The same for operations on the whole project (its rows through the engine,
+// its play list and algorithm registry), which the workbench holds alike.
+Result runProjectOperation(Context& context, const std::string& ptpPath, std::function<bool(Project&)> operation);
 
 } // namespace kestrelon::cli

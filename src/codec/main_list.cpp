@@ -17,6 +17,29 @@ namespace kestrelon {
 
 namespace fs = std::filesystem;
 
+std::string rowKey(const ListRow& row)
+{
+    const std::vector<EditInfoRecord>& records = row.source->records();
+    const EditInfoRecord& record = records[row.recordIndex];
+    std::size_t twin = 0;
+    for (std::size_t i = 0; i < row.recordIndex; ++i)
+        twin += records[i].sameRow(record) ? 1 : 0;
+    // Fields are joined by a character no name or number holds.
+    std::string key = row.source->name();
+    for (const std::string* part : {&record.bodyName, &record.algoName, &record.bitRate})
+        (key += '\x1f') += *part;
+    return twin == 0 ? key : key + '\x1f' + std::to_string(twin);
+}
+
+std::vector<std::string> MainList::selectedKeys() const
+{
+    std::vector<std::string> keys;
+    for (std::size_t row = 0; row < m_rows.size(); ++row)
+        if (m_selected[row])
+            keys.push_back(rowKey(m_rows[row]));
+    return keys;
+}
+
 MainList MainList::fromDocument(ProjectDocument& document)
 {
     MainList list;

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace kestrelon {
@@ -28,6 +29,12 @@ struct ListRow {
 
     EditInfoRecord& record() const { return source->records()[recordIndex]; }
 };
+
+// A name for the row that stays while the row does: its source and encode
+// setting, and how many earlier records of its source share them (a
+// duplicated row). Unlike a place in the list, it survives a rebuild, a sort
+// and an undo, which makes the items anew.
+std::string rowKey(const ListRow& row);
 
 class MainList {
 public:
@@ -51,6 +58,9 @@ public:
     bool selectRows(const std::vector<std::size_t>& rows);
 
     // The row showing record `recordIndex` of `source`.
+    // The keys of the selected rows, in list order.
+    std::vector<std::string> selectedKeys() const;
+
     std::optional<std::size_t> rowOf(const ProjectItem* source, std::size_t recordIndex) const;
 
     // "Delete": with no row selected nothing happens; otherwise asks "Are you

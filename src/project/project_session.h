@@ -44,10 +44,9 @@ public:
     virtual void clear() = 0;
 };
 
-// What the views of a session hear: a project opened (new, opened, or saved
-// under another name), closed, saved, its Files tree edited (and with it the
-// rows), or a batch began or ended (busy).
-enum class SessionChange { Opened, Closed, Saved, TreeEdited, Busy };
+// What the owner of a session hears: a project opened (new, opened, or saved
+// under another name), closed, saved, or a batch began or ended (busy).
+enum class SessionChange { Opened, Closed, Saved, Busy };
 
 class ProjectSession {
 public:

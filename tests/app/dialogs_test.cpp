@@ -120,13 +120,12 @@ TEST_F(ViewTest, AddEncodeDataWithAnIncompleteChoiceSaysSoAndAddsNothing)
     open({{"a.wav", "B1", "X", "8000", "", "", "", "", ""}});
     BodySettings bodies;
     bodies.bodies() = {body("B1", {algorithm("X", {"8000"})}), body("Empty", {})};
-    std::vector<AlgoRegEntry> registry;
     settings.lastBodyName = "B1";
     settings.lastAlgName = "X";
     settings.lastBitRate = "8000";
     settings.applyAllFiles = 1;
     MainView view(port);
-    view.setEnvironment(&bodies, &registry, start);
+    model.setBodies(&bodies);
     attach(view);
     ProjectItem* source = session.document().topLevelFiles().front();
 

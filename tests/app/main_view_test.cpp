@@ -331,11 +331,10 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults
     ASSERT_TRUE(bodies.load(programFolder / str(kBodySettingsFileName), programFolder, port));
     const BodyAlgoInfo* adpcm = offeredAlgorithm(bodies, "KS-1 Voice", "ImaAdpcm", "32000");
     ASSERT_NE(adpcm, nullptr);
-    std::vector<AlgoRegEntry> registry;
-    ASSERT_TRUE(bringAlgorithmIntoProject(session, registry, programFolder, *adpcm, port));
+    ASSERT_TRUE(bringAlgorithmIntoProject(session, model.algorithms(), programFolder, *adpcm, port));
     settings.autoDecode = 0;
     MainView view(port);
-    view.setEnvironment(&bodies, &registry, programFolder);
+    model.setBodies(&bodies);
     attach(view);
     view.selectAll();
 
@@ -346,7 +345,10 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults
 
     // The frame hears when each batch starts and ends, and what it came to.
     std::vector<bool> busy;
-    QObject::connect(&view, &MainView::busyChanged, [&] { busy.push_back(session.busy()); });
+    const Subscription following = model.changed.subscribe([&](const ProjectChange& change) {
+        if (change.kind == ProjectChange::Kind::Busy)
+            busy.push_back(session.busy());
+    });
     QStringList said;
     QObject::connect(&view, &MainView::finished, [&](const QString& what) { said << what; });
     view.encodeSelected();

@@ -2,7 +2,7 @@
 // A project on disk with rows to show: the project file is written from a
 // list of rows and opened in a session, as the workbench opens one.
 #include "app/views/main_view.h"
-#include "project/project_session.h"
+#include "model/project.h"
 #include "settings/settings_store.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
@@ -76,11 +76,11 @@ protected:
         ASSERT_TRUE(session.openProject(project / "Demo.ptp"));
     }
 
-    // Puts `view` on this test's settings and session.
+    // Puts `view` on this test's settings and project.
     void attach(MainView& view)
     {
         view.setSettings(&settings);
-        view.setSession(&session);
+        view.setProject(&model);
     }
 
     // Where a closed project leaves the current folder: a folder that outlives
@@ -89,7 +89,8 @@ protected:
     TempDir temp;
     std::filesystem::path project = temp / "Demo";
     ScriptedPort port;
-    ProjectSession session{port, nullptr, nullptr, start};
+    Project model{port, {KESTRELON_PROGRAM_DIR, temp / "config", start}};
+    ProjectSession& session = model.session();
     SettingsStore settings;
 };
 

@@ -72,7 +72,7 @@ void PlayCommands::playRow(const ListRow& row, int column, int loops)
     }
     const PlayWhat what = column == int(ListColumn::DecodePlay) ? PlayWhat::Decoded : PlayWhat::Original;
     m_bridge.controller().playRow(m_session, row.record(), what,
-                                  MainView::rowKey(row) + "@" + std::to_string(column), loops);
+                                  rowKey(row) + "@" + std::to_string(column), loops);
 }
 
 void PlayCommands::loadBoardPlayer(BodySettings& bodies)

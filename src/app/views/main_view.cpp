@@ -12,7 +12,6 @@
 #include "app/views/record_sort_proxy.h"
 #include "app/views/record_table_model.h"
 #include "bodies/body_settings.h"
-#include "codec/row_codec.h"
 #include "codec/add_encode_data.h"
 #include "codec/engine.h"
 #include "codec/row_encoded_file.h"
@@ -39,6 +38,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <unordered_set>
 
 namespace kestrelon {
 
@@ -101,7 +101,6 @@ MainView::MainView(UserPort& port, QWidget* parent)
           [](std::string_view, Buttons buttons, std::string_view) { return answerFor(Answer::No, buttons); }))
 {
     m_proxy->setSourceModel(m_model);
-    m_model->setQuality(&m_quality);
     m_model->setToolTips([this](const ListRow& row) {
         const std::optional<WaveFacts> wave = waveFacts(*row.source);
         const std::optional<AlgorithmFacts> algorithm = algorithmFacts(row.record().algoName);
@@ -174,11 +173,6 @@ MainView::MainView(UserPort& port, QWidget* parent)
     });
 }
 
-std::string MainView::rowKey(const ListRow& row)
-{
-    return std::to_string(reinterpret_cast<std::uintptr_t>(row.source)) + ":" + std::to_string(row.recordIndex);
-}
-
 std::optional<ListRow> MainView::currentListRow() const
 {
     const QModelIndex current = m_table->selectionModel()->currentIndex();
@@ -194,8 +188,8 @@ void MainView::showPlaying(const std::string& key, int column, bool paused)
     m_playingPaused = paused;
     int row = -1;
     if (!key.empty())
-        for (std::size_t i = 0; i < m_model->list().size(); ++i)
-            if (rowKey(m_model->list().rows()[i]) == key)
+        for (std::size_t i = 0; i < m_rowKeys.size(); ++i)
+            if (m_rowKeys[i] == key)
                 row = int(i);
     m_model->setPlayingCell(row, column, paused);
 }
@@ -225,9 +219,9 @@ void MainView::buildContextMenu()
     m_menu->addSeparator();
     add(tr("Encode"), &MainView::encodeSelected, selection);
     add(tr("&Decode"), &MainView::decodeSelected, selection);
-    add(tr("Duplicate"), &MainView::duplicateSelected, [this, selection] { return selection() && m_bodies; });
+    add(tr("Duplicate"), &MainView::duplicateSelected, [this, selection] { return selection() && m_project && m_project->bodies(); });
     add(tr("Clear"), &MainView::clearSelected, selection);
-    add(tr("Compare &Bit Rates..."), &MainView::compareBitRatesRequested, [this, selection] { return selection() && m_bodies; });
+    add(tr("Compare &Bit Rates..."), &MainView::compareBitRatesRequested, [this, selection] { return selection() && m_project && m_project->bodies(); });
     m_menu->addSeparator();
     add(tr("E&xport"), &MainView::exportSelected, selection);
     add(tr("&Property"), &MainView::showProperty, current);
@@ -240,26 +234,32 @@ void MainView::buildContextMenu()
 
 // --- project and settings --------------------------------------------------
 
-void MainView::setSession(ProjectSession* session)
+void MainView::setProject(Project* project)
 {
-    m_session = session;
-    // The rows are the tree's records: an edit of the tree is an edit of the list.
-    m_sessionHeard = session ? session->changed.subscribe([this](SessionChange change) {
-        if (change == SessionChange::TreeEdited)
-            refresh();
-    })
+    m_project = project;
+    m_factsHost.reset(); // it ran the codecs of the program folder it was made for
+    m_projectHeard = project ? project->changed.subscribe([this](const ProjectChange& change) { heard(change); })
                              : Subscription();
+    m_model->setQuality(project ? &project->quality() : nullptr);
     refresh();
 }
 
-void MainView::setEnvironment(BodySettings* bodies, std::vector<AlgoRegEntry>* registry,
-                              std::filesystem::path programFolder)
+void MainView::heard(const ProjectChange& change)
 {
-    m_bodies = bodies;
-    m_registry = registry;
-    if (programFolder != m_programFolder)
-        m_factsHost.reset();
-    m_programFolder = std::move(programFolder);
+    switch (change.kind) {
+    case ProjectChange::Kind::Opened:
+    case ProjectChange::Kind::Closed:
+    case ProjectChange::Kind::Tree:
+    case ProjectChange::Kind::Algorithms: refresh(); break;
+    case ProjectChange::Kind::Rows:
+        // A batch's rows: the sizes of the sources are read again once, for every row's rate.
+        m_originalSizes = originalSizesOf(m_project->session().document(), m_project->session().filesFolder());
+        m_waveFacts.clear();
+        rowsRewritten();
+        break;
+    case ProjectChange::Kind::Saved:
+    case ProjectChange::Kind::Busy: break;
+    }
 }
 
 void MainView::setSettings(SettingsStore* settings)
@@ -323,12 +323,6 @@ void MainView::chooseQualityColumns(const QPoint& at)
     menu.exec(m_table->horizontalHeader()->mapToGlobal(at));
 }
 
-void MainView::keepQuality()
-{
-    if (!m_quality.save())
-        m_port.showMessage(utf8FromPath(m_quality.path()) + std::string(msg::kQualityNotWritten));
-}
-
 void MainView::storeSortSettings(int column, Qt::SortOrder order)
 {
     if (!m_settings)
@@ -366,21 +360,34 @@ void MainView::showRecentProjects(const QStringList& recent)
 void MainView::refresh()
 {
     m_pages->setCurrentIndex(hasProject() ? 1 : 0);
+    // The keys of the selection before the rows are made anew.
+    std::vector<std::string> selected;
+    std::string current;
+    for (const QModelIndex& index : m_table->selectionModel()->selectedRows())
+        selected.push_back(m_rowKeys[std::size_t(m_proxy->mapToSource(index).row())]);
+    if (const std::optional<int> row = currentSourceRow())
+        current = m_rowKeys[std::size_t(*row)];
+
     m_algorithmFacts.clear();
     m_waveFacts.clear();
     m_originalSizes.clear();
     MainList list;
-    if (m_session && m_session->isOpen()) {
-        if (m_quality.path() != qualityFileOf(m_session->projectFile()))
-            m_quality.load(m_session->projectFile());
-        list = MainList::fromDocument(m_session->document());
-        m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
+    if (hasProject()) {
+        ProjectSession& session = m_project->session();
+        m_project->quality(); // read now: the list shows its measures
+        list = MainList::fromDocument(session.document());
+        m_originalSizes = originalSizesOf(session.document(), session.filesFolder());
         updateCompressionRates(list, m_originalSizes);
     }
+    m_rowKeys.clear();
+    m_rowKeys.reserve(list.size());
+    for (const ListRow& row : list.rows())
+        m_rowKeys.push_back(rowKey(row));
     m_model->setList(std::move(list));
     showPlaying(m_playingKey, m_playingColumn, m_playingPaused); // the rows were made anew
     const QHeaderView* header = m_table->horizontalHeader();
     m_proxy->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    selectKeys(selected, current);
     updatePanels();
     emit rowsChanged();
     emit selectionChanged();
@@ -390,7 +397,7 @@ void MainView::refresh()
 
 bool MainView::hasProject() const
 {
-    return m_session && m_session->isOpen();
+    return m_project && m_project->session().isOpen();
 }
 
 bool MainView::hasRows() const
@@ -415,7 +422,7 @@ bool MainView::hasCurrentRow() const
 
 bool MainView::isBusy() const
 {
-    return m_session && m_session->busy();
+    return m_project && m_project->session().busy();
 }
 
 bool MainView::readyForCommand() const
@@ -452,7 +459,7 @@ MainList MainView::shownList() const
 CodecHost& MainView::factsHost()
 {
     if (!m_factsHost)
-        m_factsHost = std::make_unique<CodecHost>(m_programFolder, *m_quietPort, m_hostWindow);
+        m_factsHost = std::make_unique<CodecHost>(m_project->programFolder(), *m_quietPort, m_hostWindow);
     return *m_factsHost;
 }
 
@@ -465,7 +472,7 @@ std::optional<AlgorithmFacts> MainView::algorithmFacts(const std::string& name)
     // A codec that cannot be described leaves the panel with its name only;
     // the reason is told when the row is encoded, not on every click.
     std::optional<AlgorithmFacts> facts;
-    const std::filesystem::path library = algorithmLibraryPath(m_session->projectFolder(), name);
+    const std::filesystem::path library = algorithmLibraryPath(m_project->session().projectFolder(), name);
     std::error_code error;
     if (std::filesystem::is_regular_file(library, error))
         facts = algorithmFactsOf(factsHost(), library);
@@ -479,7 +486,7 @@ std::optional<WaveFacts> MainView::waveFacts(const ProjectItem& source)
         return std::nullopt;
     if (const auto known = m_waveFacts.find(source.id()); known != m_waveFacts.end())
         return known->second;
-    std::optional<WaveFacts> facts = waveFactsOf(joinModel(m_session->filesFolder(), source.id()));
+    std::optional<WaveFacts> facts = waveFactsOf(joinModel(m_project->session().filesFolder(), source.id()));
     m_waveFacts.emplace(source.id(), facts);
     return facts;
 }
@@ -511,8 +518,7 @@ void MainView::deleteSelected()
         return;
     recorded(tr("Delete"), [this] {
         MainList shown = shownList();
-        if (shown.deleteSelected(m_port, *m_session))
-            refresh();
+        m_project->deleteRows(shown, false);
     });
 }
 
@@ -522,8 +528,7 @@ void MainView::deleteAll()
         return;
     recorded(tr("Delete All"), [this] {
         MainList shown = shownList();
-        if (shown.deleteAll(m_port, *m_session))
-            refresh();
+        m_project->deleteRows(shown, true);
     });
 }
 
@@ -537,47 +542,26 @@ void MainView::decodeSelected()
     runBatch(false);
 }
 
-void MainView::setBusy(bool busy)
-{
-    // The engine keeps the flag itself while it runs; setting it here first
-    // lets the frame disable its commands before the first row starts.
-    m_session->setBusy(busy);
-    emit busyChanged();
-}
-
-EngineWorld::Setup MainView::engineSetup(UserPort& port)
+void MainView::chooseCodec()
 {
     const int jobs = m_settings && m_settings->codecJobs > 0 ? m_settings->codecJobs : defaultCodecJobs();
-    return {*m_session, *m_registry,     *m_bodies, port, m_programFolder, m_configFolder,
-            {false, std::min(jobs, kMostCodecJobs)}, &m_quality};
+    m_project->setCodec({false, std::min(jobs, kMostCodecJobs)});
 }
 
 void MainView::runBatch(bool encode)
 {
-    if (!readyForCommand() || !m_bodies || !m_registry)
+    if (!readyForCommand() || !m_project->bodies())
         return;
     MainList shown = shownList();
     if (shown.selectedCount() == 0)
         return;
-    setBusy(true);
     ViewProgressPort port(m_port, *m_progress, *m_model);
     const bool decoding = !encode || (m_settings && m_settings->autoDecode != 0);
-    BatchResult batch;
-    {
-        // Plug-ins run in worker processes: one that crashes or hangs costs its row, not the workbench.
-        const EngineWorld world(engineSetup(port));
-        CodecEngine engine(world.environment());
-        batch = encode ? engine.encodeSelected(shown, decoding) : engine.decodeSelected(shown);
-    }
-    setBusy(false);
+    // Plug-ins run in worker processes: one that crashes or hangs costs its row, not the workbench.
+    chooseCodec();
+    const BatchResult batch = encode ? m_project->encode(shown, decoding, port) : m_project->decode(shown, port);
     forgetHistory();
     emit finished(batchSummary(batch, encode));
-    if (decoding && batch.count(RowOutcome::Done) > 0)
-        keepQuality();
-    // The table of sources' sizes is made again once per batch, for every row's rate.
-    m_originalSizes = originalSizesOf(m_session->document(), m_session->filesFolder());
-    m_waveFacts.clear();
-    rowsRewritten();
 }
 
 QString MainView::batchSummary(const BatchResult& batch, bool encode)
@@ -630,7 +614,8 @@ void MainView::showProperty()
     recorded(tr("Property"), [&] {
         PropertyDialog dialog(m_model->listRow(*row).record(), m_port, this);
         if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
-            m_session->markModified();
+            m_project->session().markModified();
+            m_rowKeys[std::size_t(*row)] = rowKey(m_model->listRow(*row)); // the setting may have changed
             m_model->recordChanged(*row);
             emit rowsChanged();
         }
@@ -643,7 +628,7 @@ void MainView::showEncodeInfo()
     if (!row || !readyForCommand())
         return;
     const EditInfoRecord& record = m_model->listRow(*row).record();
-    if (const std::optional<RowEncodedFile> file = inspectRowEncodedFile(*m_session, record, m_port)) {
+    if (const std::optional<RowEncodedFile> file = inspectRowEncodedFile(m_project->session(), record, m_port)) {
         EncodeInfoDialog dialog(record, *file, this);
         dialog.exec();
     }
@@ -656,19 +641,15 @@ void MainView::clearSelected()
     MainList shown = shownList();
     if (shown.selectedCount() == 0 || m_port.ask(msg::kClearQuestion, Buttons::YesNo) != Answer::Yes)
         return;
-    recorded(tr("Clear"), [&] {
-        if (shown.clearSelectedResults(*m_session) > 0)
-            rowsRewritten();
-    });
+    recorded(tr("Clear"), [&] { m_project->clearRows(shown); });
 }
 
 void MainView::duplicateSelected()
 {
-    if (!readyForCommand() || !m_bodies || !m_registry || !hasSelection())
+    if (!readyForCommand() || !m_project->bodies() || !hasSelection())
         return;
-    runWithEncodeSetting([this](const EngineEnvironment& environment, EncodeSettingChooser& chooser,
-                                LastEncodeSetting& last, bool autoDecode) {
-        duplicateRows(environment, shownList(), chooser, last, autoDecode);
+    runWithEncodeSetting([this](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
+        m_project->duplicate(shownList(), chooser, last, autoDecode, port);
     });
 }
 
@@ -684,9 +665,9 @@ void MainView::showAlgorithmConfiguration(const std::string& name)
     if (!readyForCommand() || name.empty())
         return;
     MainHostWindow window;
-    CodecHost host(m_programFolder, m_port, window);
+    CodecHost host(m_project->programFolder(), m_port, window);
     AlgorithmInfo info;
-    if (describeAlgorithm(host, algorithmLibraryPath(m_session->projectFolder(), name), info)) {
+    if (describeAlgorithm(host, algorithmLibraryPath(m_project->session().projectFolder(), name), info)) {
         AlgorithmInfoDialog dialog(info, this);
         dialog.exec();
     }
@@ -721,7 +702,7 @@ void MainView::runExport(bool all)
     m_lastExportHeader = options.addHeader;
     m_lastFirmware = dialog.firmwareOptions();
 
-    const ExportOutcome outcome = exportRows(*m_session, shown, options,
+    const ExportOutcome outcome = exportRows(m_project->session(), shown, options,
                                              all ? ExportKind::All : ExportKind::Selected, m_port);
     if (outcome.indexFile.empty())
         return;
@@ -738,11 +719,10 @@ void MainView::runExport(bool all)
 
 void MainView::addEncodeData(const std::vector<ProjectItem*>& selectedItems)
 {
-    if (!readyForCommand() || !m_bodies || !m_registry || selectedItems.empty())
+    if (!readyForCommand() || !m_project->bodies() || selectedItems.empty())
         return;
-    runWithEncodeSetting([&selectedItems](const EngineEnvironment& environment, EncodeSettingChooser& chooser,
-                                          LastEncodeSetting& last, bool autoDecode) {
-        kestrelon::addEncodeData(environment, selectedItems, chooser, last, autoDecode);
+    runWithEncodeSetting([&](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
+        m_project->addEncodeData(selectedItems, chooser, last, autoDecode, port);
     });
 }
 
@@ -761,12 +741,13 @@ std::vector<ProjectItem*> MainView::selectedSources() const
 void MainView::addEncodeRows(const std::vector<ProjectItem*>& sources, const std::string& body,
                              const std::string& algorithm, const std::string& bitRate)
 {
-    if (!readyForCommand() || !m_bodies || !m_registry || sources.empty())
+    if (!readyForCommand() || !m_project->bodies() || sources.empty())
         return;
     FixedEncodeSetting fixed(body, algorithm, bitRate);
     runWithEncodeSetting(
-        [&sources](const EngineEnvironment& environment, EncodeSettingChooser& chooser, LastEncodeSetting& last,
-                   bool autoDecode) { kestrelon::addEncodeData(environment, sources, chooser, last, autoDecode); },
+        [&](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
+            m_project->addEncodeData(sources, chooser, last, autoDecode, port);
+        },
         &fixed);
 }
 
@@ -777,43 +758,55 @@ void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeS
         last = LastEncodeSetting{m_settings->lastBodyName, m_settings->lastAlgName, m_settings->lastBitRate,
                                  m_settings->applyAllFiles != 0};
     ProgressPort port(m_port, *m_progress);
-    std::optional<EngineWorld> world(std::in_place, engineSetup(port));
-    EncodeSettingDialogChooser dialogChooser(m_bodies->bodies(), this);
+    EncodeSettingDialogChooser dialogChooser(m_project->bodies()->bodies(), this);
     EncodeSettingChooser& chooser = fixed ? *fixed : dialogChooser;
-    // These commands only add records or change them in place, so the rows
-    // selected before are still there afterwards, at the same place in
-    // their source; the user keeps working on them.
-    std::vector<std::pair<const ProjectItem*, std::size_t>> selected;
-    std::optional<std::pair<const ProjectItem*, std::size_t>> current;
-    const MainList before = shownList();
-    for (std::size_t row = 0; row < before.size(); ++row)
-        if (before.isSelected(row))
-            selected.emplace_back(before.rows()[row].source, before.rows()[row].recordIndex);
-    if (const std::optional<int> row = currentSourceRow())
-        current = std::pair{m_model->listRow(*row).source, m_model->listRow(*row).recordIndex};
     const bool decoding = m_settings && m_settings->autoDecode != 0;
-    command(world->environment(), chooser, last, decoding);
-    world.reset(); // the codec goes, and what broke is kept, before the rows are shown again
+    // These commands add records or change them in place: the list is made
+    // again and keeps its selection by the rows' keys.
+    chooseCodec();
+    command(chooser, last, decoding, port);
     forgetHistory();
-    if (decoding)
-        keepQuality();
     if (m_settings) {
         m_settings->lastBodyName = last.bodyName;
         m_settings->lastAlgName = last.algName;
         m_settings->lastBitRate = last.bitRate;
         m_settings->applyAllFiles = last.applyAllFiles ? 1 : 0;
     }
-    refresh();
-    QItemSelectionModel* selection = m_table->selectionModel();
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        const ListRow& listRow = m_model->listRow(row);
-        const std::pair key{static_cast<const ProjectItem*>(listRow.source), listRow.recordIndex};
-        const QModelIndex shown = m_proxy->mapFromSource(m_model->index(row, 0));
-        if (std::find(selected.begin(), selected.end(), key) != selected.end())
-            selection->select(shown, QItemSelectionModel::Select | QItemSelectionModel::Rows);
-        if (current == key)
-            selection->setCurrentIndex(shown, QItemSelectionModel::NoUpdate);
+}
+
+void MainView::selectKeys(const std::vector<std::string>& keys, const std::string& current)
+{
+    if (keys.empty() && current.empty())
+        return;
+    const std::unordered_set<std::string> wanted(keys.begin(), keys.end());
+    std::vector<int> shownRows;
+    QModelIndex currentIndex;
+    for (std::size_t row = 0; row < m_rowKeys.size(); ++row) {
+        const bool isCurrent = !current.empty() && m_rowKeys[row] == current;
+        const bool isWanted = wanted.contains(m_rowKeys[row]);
+        if (!isCurrent && !isWanted)
+            continue;
+        const QModelIndex shown = m_proxy->mapFromSource(m_model->index(int(row), 0));
+        if (isCurrent)
+            currentIndex = shown;
+        if (isWanted)
+            shownRows.push_back(shown.row());
     }
+    // Runs of neighbouring rows as one range each: a selection of thousands
+    // of rows one by one would cost the selection model far more.
+    std::sort(shownRows.begin(), shownRows.end());
+    QItemSelection selection;
+    for (std::size_t first = 0; first < shownRows.size();) {
+        std::size_t last = first;
+        while (last + 1 < shownRows.size() && shownRows[last + 1] == shownRows[last] + 1)
+            ++last;
+        selection.select(m_proxy->index(shownRows[first], 0), m_proxy->index(shownRows[last], 0));
+        first = last + 1;
+    }
+    QItemSelectionModel* model = m_table->selectionModel();
+    model->select(selection, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    if (currentIndex.isValid())
+        model->setCurrentIndex(currentIndex, QItemSelectionModel::NoUpdate);
 }
 
 } // namespace kestrelon

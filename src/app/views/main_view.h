@@ -9,13 +9,12 @@
 // Encode Data and export are the core's (src/codec, src/settings); the view
 // hands them the rows in the order it shows them, with its selection.
 #include "codec/main_list.h"
-#include "common/observer.h"
-#include "codec/engine_world.h"
 #include "codec/results.h"
-#include "codec/row_quality.h"
+#include "common/observer.h"
+#include "export/firmware_export.h"
 #include "host/algorithm_registry.h"
 #include "host/host_windows.h"
-#include "export/firmware_export.h"
+#include "model/project.h"
 
 #include <QWidget>
 
@@ -40,13 +39,11 @@ class CodecHost;
 class EncodeSettingChooser;
 class InfoPanels;
 class ProgressDialog;
-class ProjectSession;
 class RecordSortProxy;
 class RecordTableModel;
 class RecordingPort;
 class UserPort;
 struct BatchResult;
-struct EngineEnvironment;
 struct LastEncodeSetting;
 struct SettingsStore;
 
@@ -60,26 +57,19 @@ public:
     explicit MainView(UserPort& port, QWidget* parent = nullptr);
     ~MainView() override;
 
-    // The open project, or null. Call refresh() after a project was opened,
-    // closed or its rows changed elsewhere.
-    void setSession(ProjectSession* session);
+    // The project the list shows and follows: its tree, rows and state
+    // changes reach the list by themselves. May be null.
+    void setProject(Project* project);
     // Where the list's edits are kept as steps of the history (Delete, Delete
     // All, Clear, Property), and which encode and decode empty; may be null.
     void setUndo(ProjectUndo* undo) { m_undo = undo; }
-    // The body settings, the project's algorithm registry (the companion
-    // files' list) and the program folder the shipped codecs lie under. The
-    // engine, Add Encode Data and the Encode Setting dialog need them.
-    void setEnvironment(BodySettings* bodies, std::vector<AlgoRegEntry>* registry,
-                        std::filesystem::path programFolder);
     // The in-memory settings: the list's sort (SortIndex, SortOrder) and
     // column scale (Multiple) are taken from them now and written back into
     // them whenever they change; the last Encode Setting choice and the
     // automatic decode switch are read and kept there. The frame saves them.
     void setSettings(SettingsStore* settings);
-    // Where codecs that broke are remembered from run to run.
-    void setConfigFolder(std::filesystem::path folder) { m_configFolder = std::move(folder); }
-
-    // Fills the list again from the project (cleared when none is open).
+    // Fills the list again from the project (cleared when none is open); the
+    // rows that were selected stay selected while they exist.
     void refresh();
 
     bool hasProject() const;
@@ -128,9 +118,8 @@ public slots:
     // The same for the project's algorithm `name` (the Algorithms tree).
     void showAlgorithmConfiguration(const std::string& name);
 
-    // Playing: the key a row is known by while it plays, the current row, and
-    // the play cell that shows the state (idle clears it).
-    static std::string rowKey(const ListRow& row);
+    // Playing: the current row, and the play cell that shows the state of
+    // the row of that key (idle clears it).
     std::optional<ListRow> currentListRow() const;
     // The recent projects the empty view offers, most recent first.
     void showRecentProjects(const QStringList& recent);
@@ -153,17 +142,18 @@ signals:
     void selectionChanged();
     // Rows were added, removed or rewritten.
     void rowsChanged();
-    // A batch of the view started or ended (the session's busy flag changed).
-    void busyChanged();
 
 private:
     void buildContextMenu();
+    void heard(const ProjectChange& change);
     // The model, the panels and the frame follow records changed in place.
     void rowsRewritten();
+    // The rows of these keys selected, and the current row the one of `current`.
+    void selectKeys(const std::vector<std::string>& keys, const std::string& current);
     // Runs a command that shows the "Encode Setting" dialog (Add Encode
     // Data, Duplicate) with the kept choice, then keeps the new one.
     using EncodeSettingCommand =
-        std::function<void(const EngineEnvironment&, EncodeSettingChooser&, LastEncodeSetting&, bool autoDecode)>;
+        std::function<void(EncodeSettingChooser&, LastEncodeSetting&, bool autoDecode, UserPort& port)>;
     // A `fixed` choice stands in for the dialog.
     void runWithEncodeSetting(const EncodeSettingCommand& command, EncodeSettingChooser* fixed = nullptr);
     void applyListSettings();
@@ -173,13 +163,10 @@ private:
     // The header's pop-up: which quality columns show.
     void chooseQualityColumns(const QPoint& at);
     void applyHiddenQualityColumns();
-    // Writes the measures a batch made, saying so when they cannot be kept.
-    void keepQuality();
     void updatePanels();
     void runBatch(bool encode);
-    // The batch's world: rows in worker processes, as many at once as the
-    // settings ask, the quality measures kept in the view's file.
-    EngineWorld::Setup engineSetup(UserPort& port);
+    // Rows in worker processes, as many at once as the settings ask.
+    void chooseCodec();
     // Runs `edit` as one step of the history, when there is one.
     void recorded(const QString& text, const std::function<void()>& edit);
     // After a command that writes or deletes files no step can restore: the
@@ -187,7 +174,6 @@ private:
     void forgetHistory();
     // The status bar's words for what a batch came to.
     static QString batchSummary(const BatchResult& batch, bool encode);
-    void setBusy(bool busy);
     void runExport(bool all);
     std::optional<int> currentSourceRow() const;
     CodecHost& factsHost();
@@ -196,14 +182,10 @@ private:
     bool readyForCommand() const;
 
     UserPort& m_port;
-    ProjectSession* m_session = nullptr;
+    Project* m_project = nullptr;
     ProjectUndo* m_undo = nullptr;
-    BodySettings* m_bodies = nullptr;
-    std::vector<AlgoRegEntry>* m_registry = nullptr;
-    std::filesystem::path m_programFolder;
     SettingsStore* m_settings = nullptr;
-    std::filesystem::path m_configFolder;
-    Subscription m_sessionHeard;
+    Subscription m_projectHeard;
 
     RecordTableModel* m_model;
     RecordSortProxy* m_proxy;
@@ -218,8 +200,10 @@ private:
     QMenu* m_menu = nullptr;
     std::vector<QAction*> m_contextActions;
 
+    // Each model row's key, kept apart from the rows: an undo destroys the
+    // items the rows point at before the list hears of it.
+    std::vector<std::string> m_rowKeys;
     OriginalSizes m_originalSizes;
-    QualityFile m_quality; // the open project's measures, as the engine adds them
     // The panels ask codecs and waves once per refresh, not on every click.
     std::map<std::string, std::optional<AlgorithmFacts>> m_algorithmFacts;
     std::map<std::string, std::optional<WaveFacts>> m_waveFacts;
