@@ -251,7 +251,7 @@ BatchResult CodecEngine::runBatch(MainList& list, std::string_view doing,
     std::size_t reached = 0;
     BatchResult result;
     result.rows.assign(list.size(), RowOutcome::NotSelected);
-    m_env.session.setBusy(true);
+    std::optional<BusyScope> busy(std::in_place, m_env.session);
     m_run = true;
     bool changed = false;
     for (std::size_t row = 0; row < list.size(); ++row) {
@@ -278,7 +278,7 @@ BatchResult CodecEngine::runBatch(MainList& list, std::string_view doing,
         }
         changed = changed || result.rows[row] == RowOutcome::Done;
     }
-    m_env.session.setBusy(false);
+    busy.reset();
     if (changed)
         m_env.session.markModified();
     // Only the rows of this batch have new sizes; a source's size is looked at once.

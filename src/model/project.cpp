@@ -48,6 +48,8 @@ bool Project::withEngine(UserPort& port, bool measuring, const EngineWork& work)
 {
     if (!m_bodies || !m_session.isOpen())
         return false;
+    // Busy from the first batch to the last, and the views told once.
+    const BusyScope busy(m_session);
     {
         // The codec goes, and what broke is kept, before anyone hears of the rows.
         const EngineWorld world({m_session, algorithms(), *m_bodies, port, m_places.program, m_places.config,
@@ -74,13 +76,10 @@ bool addedAny(const AddEncodeResult& added)
 BatchResult Project::encode(MainList& rows, bool decodeToo, UserPort& port)
 {
     BatchResult batch;
-    if (rows.selectedCount() == 0)
+    if (rows.selectedCount() == 0 || !m_bodies || !m_session.isOpen())
         return batch;
-    // Set before the first row starts, so that views disable their commands at once.
-    m_session.setBusy(true);
     withEngine(port, decodeToo,
                [&](const EngineEnvironment& environment) { batch = CodecEngine(environment).encodeSelected(rows, decodeToo); });
-    m_session.setBusy(false);
     rowsEdited(rows.selectedKeys());
     return batch;
 }
@@ -88,11 +87,9 @@ BatchResult Project::encode(MainList& rows, bool decodeToo, UserPort& port)
 BatchResult Project::decode(MainList& rows, UserPort& port)
 {
     BatchResult batch;
-    if (rows.selectedCount() == 0)
+    if (rows.selectedCount() == 0 || !m_bodies || !m_session.isOpen())
         return batch;
-    m_session.setBusy(true);
     withEngine(port, true, [&](const EngineEnvironment& environment) { batch = CodecEngine(environment).decodeSelected(rows); });
-    m_session.setBusy(false);
     rowsEdited(rows.selectedKeys());
     return batch;
 }

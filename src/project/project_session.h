@@ -173,4 +173,18 @@ private:
     std::chrono::milliseconds m_tempWait = kTempFolderWait;
 };
 
+// The session busy for a scope, and as it was afterwards: an operation that
+// runs several batches stays busy from its first to its last.
+class BusyScope {
+public:
+    explicit BusyScope(ProjectSession& session) : m_session(session), m_was(session.busy()) { session.setBusy(true); }
+    ~BusyScope() { m_session.setBusy(m_was); }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    ProjectSession& m_session;
+    bool m_was;
+};
+
 } // namespace kestrelon

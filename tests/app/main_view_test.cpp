@@ -168,6 +168,45 @@ TEST_F(ViewTest, DeleteTakesTheSelectedShownRowsAndDeleteAllAsksFirst)
     EXPECT_EQ(view.table()->model()->rowCount(), 0);
 }
 
+// The list follows edits made anywhere in the project, with no call from the
+// frame, and keeps the rows that were selected selected by what they are, not
+// by where they were.
+TEST_F(ViewTest, TheListFollowsTheProjectAndKeepsItsSelectionByRow)
+{
+    open({{"a.wav", "B1", "adpcm", "8000", "", "", "", "", ""},
+          {"a.wav", "B1", "adpcm", "16000", "", "", "", "", ""},
+          {"b.wav", "B1", "adpcm", "32000", "", "", "", "", ""}});
+    MainView view(port);
+    attach(view);
+    selectShownRows(view, {2, 1});
+    const auto selectedRates = [&view] {
+        QStringList rates;
+        for (int row = 0; row < view.table()->model()->rowCount(); ++row)
+            if (view.table()->selectionModel()->isRowSelected(row))
+                rates << cell(view, row, ListColumn::BitRate);
+        return rates;
+    };
+
+    // A record put before the selected ones moves every row after it.
+    ProjectItem* a = session.document().topLevelFiles()[0];
+    EditInfoRecord added = a->records().front();
+    added.bitRate = "4000";
+    a->records().insert(a->records().begin(), added);
+    model.treeEdited();
+    ASSERT_EQ(view.table()->model()->rowCount(), 4);
+    EXPECT_EQ(selectedRates(), QStringList({"16000", "32000"}));
+    EXPECT_EQ(view.currentListRow()->record().bitRate, "32000");
+
+    // Rows deleted elsewhere leave the list, and the rest stay selected.
+    MainList rows = model.rows();
+    rows.selectRows({3});
+    port.queue(Answer::Yes);
+    ASSERT_TRUE(model.deleteRows(rows, false));
+    EXPECT_EQ(columnTexts(view, ListColumn::BitRate), (std::vector<QString>{"4000", "8000", "16000"}));
+    EXPECT_EQ(selectedRates(), QStringList({"16000"}));
+    EXPECT_FALSE(view.currentListRow().has_value());
+}
+
 TEST_F(ViewTest, TenThousandRowsAreServedRowByRowWithoutMeasuring)
 {
     open({{"a.wav", "B1", "adpcm", "8000", "0", "", "", "", ""}}, std::string(100000, 'w'));
