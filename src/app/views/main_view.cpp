@@ -615,9 +615,7 @@ void MainView::showProperty()
         PropertyDialog dialog(m_model->listRow(*row).record(), m_port, this);
         if (dialog.exec() == QDialog::Accepted && dialog.changed()) {
             m_project->session().markModified();
-            m_rowKeys[std::size_t(*row)] = rowKey(m_model->listRow(*row)); // the setting may have changed
-            m_model->recordChanged(*row);
-            emit rowsChanged();
+            m_project->rowsEdited({m_rowKeys[std::size_t(*row)]}); // the export name: the key stays
         }
     });
 }

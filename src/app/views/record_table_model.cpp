@@ -48,12 +48,6 @@ void RecordTableModel::recordsChanged()
         emit dataChanged(index(0, 0), index(rowCount() - 1, kListColumnCount - 1));
 }
 
-void RecordTableModel::recordChanged(int row)
-{
-    if (row >= 0 && row < rowCount())
-        emit dataChanged(index(row, 0), index(row, kListColumnCount - 1));
-}
-
 int RecordTableModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_list.size());

@@ -42,7 +42,6 @@ public:
 
     // Repaints every cell: after the engine or the rates changed records.
     void recordsChanged();
-    void recordChanged(int row);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
