@@ -35,12 +35,14 @@ constexpr double kDataFrameBytes = 2 + 1 + 1 + 2 + 6 + kDataChunk + 2;
 pid_t startSimulator(const std::vector<std::string>& words)
 {
     int ready[2];
-    if (::pipe(ready) != 0) return -1;
+    if (::pipe(ready) != 0)
+        return -1;
     const pid_t pid = ::fork();
     if (pid == 0) {
         ::dup2(ready[1], STDOUT_FILENO);
         std::vector<char*> argv;
-        for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+        for (const std::string& word : words)
+            argv.push_back(const_cast<char*>(word.c_str()));
         argv.push_back(nullptr);
         ::execv(argv[0], argv.data());
         ::_exit(127);
@@ -70,9 +72,9 @@ int main(int argc, char** argv)
     const fs::path folder = fs::temp_directory_path() / ("kestrelon-board-line-" + std::to_string(::getpid()));
     fs::create_directories(folder / "record");
     const fs::path link = folder / "board";
-    const pid_t simulator = startSimulator({KESTRELON_BOARD_SIM, "--fast", "--link", link.string(), "--record",
-                                            (folder / "record").string(), "--corrupt-rate",
-                                            std::to_string(byteDamage), "--seed", seed});
+    const pid_t simulator =
+        startSimulator({KESTRELON_BOARD_SIM, "--fast", "--link", link.string(), "--record",
+                        (folder / "record").string(), "--corrupt-rate", std::to_string(byteDamage), "--seed", seed});
     if (simulator < 0) {
         std::fprintf(stderr, "board_line: the simulator did not start\n");
         return 1;
@@ -83,7 +85,8 @@ int main(int argc, char** argv)
     for (ListItem& item : items) {
         item.sampleRate = 8000;
         item.data.resize(kItemBytes);
-        for (char& c : item.data) c = char((state = state * 1103515245u + 12345u) >> 16);
+        for (char& c : item.data)
+            c = char((state = state * 1103515245u + 12345u) >> 16);
     }
 
     const int fd = openSerialPort(link.string(), 115200);
@@ -94,8 +97,8 @@ int main(int argc, char** argv)
     Line line(fd);
     HostLink host(line);
     const auto start = std::chrono::steady_clock::now();
-    const SendEnd end = sendPlayList(host, items, SendHooks{[] { return false; }, [] { return false; },
-                                                            [](std::int16_t, std::uint32_t) {}});
+    const SendEnd end = sendPlayList(
+        host, items, SendHooks{[] { return false; }, [] { return false; }, [](std::int16_t, std::uint32_t) {}});
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     ::close(fd);
     ::kill(simulator, SIGTERM);
@@ -104,8 +107,10 @@ int main(int argc, char** argv)
     int wrong = 0, missing = 0;
     for (std::size_t k = 0; k < items.size(); ++k) {
         const fs::path kept = folder / "record" / ("item-" + std::to_string(k) + ".bin");
-        if (!fs::exists(kept)) ++missing;
-        else if (readAll(kept) != items[k].data) ++wrong;
+        if (!fs::exists(kept))
+            ++missing;
+        else if (readAll(kept) != items[k].data)
+            ++wrong;
     }
     std::printf("line noise: %.4f%% of bytes (%.2f%% of data frames), both directions\n", byteDamage * 100,
                 frameDamage * 100);

@@ -29,9 +29,9 @@
 #include "common/dynamic_library.h"
 #include "common/paths.h"
 #include "common/recording_port.h"
-#include "kestrelon/codec_plugin.h"
 #include "host/codec_host.h"
 #include "host/host_windows.h"
+#include "kestrelon/codec_plugin.h"
 #include "project/project_session.h"
 #include "project/workspace_tree.h"
 #include "wave/wave_file.h"
@@ -74,9 +74,11 @@ double best(const std::vector<double>& values)
 class DirectCodec {
 public:
     DirectCodec(fs::path library, std::string bitRate, UserPort& port)
-        : m_library(std::move(library)), m_bitRate(std::move(bitRate)), m_bar(port), m_text(port)
-    {
-    }
+        : m_library(std::move(library))
+        , m_bitRate(std::move(bitRate))
+        , m_bar(port)
+        , m_text(port)
+    {}
 
     bool encode(const fs::path& wave, const fs::path& output)
     {
@@ -117,9 +119,9 @@ private:
         const auto set = [&](int32_t id, const std::string& value) {
             return codec->vtable->set_parameter(codec, id, value.c_str()) == 0;
         };
-        const bool ok = set(KESTRELON_PARAM_BODY_FILE, utf8FromPath(body)) && set(KESTRELON_PARAM_BIT_RATE, m_bitRate) &&
-                        set(KESTRELON_PARAM_MAIN_WINDOW, window) && set(KESTRELON_PARAM_STEP_MESSAGE, "403") &&
-                        work(codec);
+        const bool ok = set(KESTRELON_PARAM_BODY_FILE, utf8FromPath(body)) &&
+                        set(KESTRELON_PARAM_BIT_RATE, m_bitRate) && set(KESTRELON_PARAM_MAIN_WINDOW, window) &&
+                        set(KESTRELON_PARAM_STEP_MESSAGE, "403") && work(codec);
         destroy(&codec);
         return ok;
     }
@@ -174,7 +176,7 @@ int main(int argc, char** argv)
         std::printf("engine_overhead: %s (%.1f s of speech), best of %d runs each\n",
                     kSource.filename().string().c_str(), double(fs::file_size(kSource) - 44) / 16000.0, runs);
         std::printf("%-9s %-6s %10s %10s %8s %12s %8s\n", "codec", "step", "engine ms", "direct ms", "ratio",
-                "file work ms", "w/o it");
+                    "file work ms", "w/o it");
         for (const auto& [algorithm, bitRate] :
              std::vector<std::pair<std::string, std::string>>{{"ImaAdpcm", "32000"}, {"Codec2", "3200"}}) {
             // One row, added and encoded as Add Encode Data does it.
@@ -209,8 +211,14 @@ int main(int argc, char** argv)
                 encode.direct.push_back(milliseconds([&] { return direct.encode(kSource, encoded); }, ok));
                 decode.engine.push_back(milliseconds([&] { return engine.decodeSelected(list).allDone(); }, ok));
                 decode.direct.push_back(milliseconds([&] { return direct.decode(encoded, decoded); }, ok));
-                encodeFileWork.push_back(milliseconds([&] { WaveFile wave; return wave.load(kSource) && EncryptZip(encoded, packed); }, ok));
-                decodeFileWork.push_back(milliseconds([&] { return DecryptUnzip(packed, scratch / "unpacked") && EncryptZip(decoded, packed); }, ok));
+                encodeFileWork.push_back(milliseconds(
+                    [&] {
+                        WaveFile wave;
+                        return wave.load(kSource) && EncryptZip(encoded, packed);
+                    },
+                    ok));
+                decodeFileWork.push_back(milliseconds(
+                    [&] { return DecryptUnzip(packed, scratch / "unpacked") && EncryptZip(decoded, packed); }, ok));
             }
             if (!ok) {
                 std::fprintf(stderr, "engine_overhead: a run of %s failed\n", algorithm.c_str());

@@ -52,14 +52,15 @@ std::string playListText(int items)
 // position, an identifier and (for every other event) a description.
 std::string speechEventText(int events)
 {
-    std::string text = "[TAG_LABEL]\r\nLabelName=Default Label\r\n[SPEECH_EVNTS]\r\nCount=" +
-                       std::to_string(events) + "\r\n";
+    std::string text =
+        "[TAG_LABEL]\r\nLabelName=Default Label\r\n[SPEECH_EVNTS]\r\nCount=" + std::to_string(events) + "\r\n";
     for (int i = 0; i < events; ++i) {
         const std::string n = std::to_string(i);
         text += "[EVENT" + n + "]\r\n";
         text += "Samples=" + std::to_string(160LL * i + 17) + "\r\n";
         text += "ID=" + std::to_string(i % 256) + "\r\n";
-        if (i % 2 == 0) text += "Description=word " + n + "\r\n";
+        if (i % 2 == 0)
+            text += "Description=word " + n + "\r\n";
     }
     return text;
 }
@@ -103,7 +104,8 @@ Measure measure(const std::string& text, int runs, Lookups lookups)
         const long long sum = lookups(*doc);
         m.lookupMs = std::min(m.lookupMs, millisecondsSince(start));
         m.afterLookup = heapInUse() - before;
-        if (run > 0 && sum != m.checksum) m.ok = false;
+        if (run > 0 && sum != m.checksum)
+            m.ok = false;
         m.checksum = sum;
     }
     return m;
@@ -158,8 +160,8 @@ int main(int argc, char** argv)
     });
 
     std::printf("ini_memory: best of %d runs; heap is bytes held per byte of text\n", runs);
-    std::printf("%-13s %8s %8s %10s %10s %9s %9s %9s  %s\n", "file", "sections", "MB", "heap parse",
-                "heap index", "parse ms", "look ms", "us/sect", "checksum");
+    std::printf("%-13s %8s %8s %10s %10s %9s %9s %9s  %s\n", "file", "sections", "MB", "heap parse", "heap index",
+                "parse ms", "look ms", "us/sect", "checksum");
     report("play list", playList, items, list);
     report("speech events", events, items, evt);
     if (!list.ok || !evt.ok) {

@@ -12,10 +12,10 @@
 //     open_project [N...]
 #include "app/main_window.h"
 #include "app/workspace_bar.h"
-#include "project/workspace_tree.h"
 #include "bodies/body_settings.h"
 #include "common/platform.h"
 #include "common/recording_port.h"
+#include "project/workspace_tree.h"
 #include "wave/wave_file.h"
 
 #include <QApplication>
@@ -45,11 +45,13 @@ fs::path makeProject(const fs::path& root, int sources)
     fs::create_directories(folder / "Files");
     fs::create_directories(folder / "Algos");
     const fs::path wave = root / "prompt.wav";
-    if (!fs::exists(wave)) writeWav16(wave, std::vector<std::int16_t>(800, 100), 8000);
+    if (!fs::exists(wave))
+        writeWav16(wave, std::vector<std::int16_t>(800, 100), 8000);
     std::string text = "# Begin Project\n\n# Begin Files\n";
     for (int i = 0; i < sources; ++i) {
         if (i % kGroupSize == 0) {
-            if (i > 0) text += "# End Group\n";
+            if (i > 0)
+                text += "# End Group\n";
             text += "# Begin Group \"G" + std::to_string(i / kGroupSize) + "\"\nID=G" + std::to_string(i / kGroupSize) +
                     "\nPARAM=3\n";
         }
@@ -62,7 +64,8 @@ fs::path makeProject(const fs::path& root, int sources)
                     rate + "\nMultiSelect=0\n# End EditInfo\n";
         text += "# End Source File\n";
     }
-    if (sources > 0) text += "# End Group\n";
+    if (sources > 0)
+        text += "# End Group\n";
     text += "# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n# End Project\n";
     std::ofstream(folder / "P.ptp", std::ios::binary) << text;
     return folder / "P.ptp";
@@ -81,11 +84,14 @@ double timed(F&& work)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     std::vector<int> sizes;
-    for (int i = 1; i < argc; ++i) sizes.push_back(std::max(1, std::atoi(argv[i])));
-    if (sizes.empty()) sizes = {100, 1000, 10000};
+    for (int i = 1; i < argc; ++i)
+        sizes.push_back(std::max(1, std::atoi(argv[i])));
+    if (sizes.empty())
+        sizes = {100, 1000, 10000};
 
     const fs::path root = fs::temp_directory_path() / ("kestrelon-open-" + std::to_string(::getpid()));
     fs::create_directories(root);
@@ -94,8 +100,8 @@ int main(int argc, char** argv)
     BodySettings bodies;
     bodies.load(program / "KestrelonBodySetting.dat", program, port);
 
-    std::printf("%8s %12s %14s %12s %12s %12s %14s\n", "sources", "open+paint", "ms per source", "refresh",
-                "delete 1", "undo", "delete/refresh");
+    std::printf("%8s %12s %14s %12s %12s %12s %14s\n", "sources", "open+paint", "ms per source", "refresh", "delete 1",
+                "undo", "delete/refresh");
     for (const int n : sizes) {
         const fs::path ptp = makeProject(root, n);
         double best = 1e9, refresh = 0, edit = 0, undo = 0;

@@ -66,8 +66,7 @@ int main(int argc, char** argv)
     const double p95 = ms[std::min(ms.size() - 1, ms.size() * 95 / 100)];
     const double period = 1024.0 / 8000.0 * 1000.0;
     std::printf("play to first sample at the device, %d runs: median %.2f ms, p95 %.2f ms\n", runs, median, p95);
-    std::printf("ratio to one device buffer (%.0f ms): median %.3f, p95 %.3f\n", period, median / period,
-                p95 / period);
+    std::printf("ratio to one device buffer (%.0f ms): median %.3f, p95 %.3f\n", period, median / period, p95 / period);
     std::filesystem::remove_all(folder);
     return 0;
 }

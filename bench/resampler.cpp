@@ -133,13 +133,13 @@ int main()
             for (int run = 0; run < 5; ++run) {
                 const auto start = std::chrono::steady_clock::now();
                 const Samples out = convert(speech, inRate, outRate);
-                fastest = std::min(fastest, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+                fastest =
+                    std::min(fastest, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
                 if (out.empty())
                     return 1;
             }
             std::printf("%-22s %6d>%-6d %7.1f %7.1f %7s %8.1f\n", name.c_str(), inRate, outRate, pass, edge,
-                        stop.c_str(),
-                        double(speech.size()) / fastest / 1e6);
+                        stop.c_str(), double(speech.size()) / fastest / 1e6);
         }
     }
     return 0;

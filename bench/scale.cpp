@@ -50,7 +50,8 @@ double cpuOf(const std::vector<std::string>& words)
     const pid_t child = ::fork();
     if (child == 0) {
         std::vector<char*> argv{const_cast<char*>(kCli.c_str())};
-        for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+        for (const std::string& word : words)
+            argv.push_back(const_cast<char*>(word.c_str()));
         argv.push_back(nullptr);
         if (std::freopen("/dev/null", "w", stdout) == nullptr || std::freopen("/dev/null", "w", stderr) == nullptr)
             ::_exit(127);
@@ -84,9 +85,8 @@ double codecAlone(const std::vector<fs::path>& waves, const fs::path& scratch)
 {
     const fs::path program = KESTRELON_PROGRAM_DIR;
     const fs::path library = program / "Algorithms" / ("Codec2" + std::string(kestrelon::librarySuffix()));
-    kestrelon::RecordingPort port([](std::string_view, kestrelon::Buttons, std::string_view) {
-        return kestrelon::Answer::No;
-    });
+    kestrelon::RecordingPort port(
+        [](std::string_view, kestrelon::Buttons, std::string_view) { return kestrelon::Answer::No; });
     kestrelon::MainHostWindow window;
     kestrelon::CodecHost host(program, port, window);
     kestrelon::ProgressBarWindow bar(port);
@@ -98,7 +98,8 @@ double codecAlone(const std::vector<fs::path>& waves, const fs::path& scratch)
         bool ok = host.loadAlgorithmPath(library, "1200") && host.setEventFile({}) &&
                   host.encode(waves[i], encoded, bar.window(), text.window());
         host.releaseAlgorithm();
-        ok = ok && host.loadAlgorithmPath(library, "1200") && host.decode(encoded, decoded, bar.window(), text.window());
+        ok =
+            ok && host.loadAlgorithmPath(library, "1200") && host.decode(encoded, decoded, bar.window(), text.window());
         host.releaseAlgorithm();
         if (!ok) {
             std::fprintf(stderr, "the codec alone failed on %s\n", waves[i].c_str());
@@ -117,9 +118,11 @@ double road(const fs::path& folder, const std::vector<fs::path>& waves, int jobs
     fs::create_directories(folder / "out");
     cpuOf({"project", "new", folder.string(), "Road"});
     std::vector<std::string> add = {"project", "add-files", ptp};
-    for (const fs::path& wave : waves) add.push_back(wave.string());
+    for (const fs::path& wave : waves)
+        add.push_back(wave.string());
     cpuOf(add);
-    cpuOf({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "1200", "--jobs", jobsText});
+    cpuOf({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "1200", "--jobs",
+           jobsText});
     cpuOf({"project", "decode", ptp, "--jobs", jobsText});
     cpuOf({"project", "export", ptp, "--out", (folder / "out").string()});
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -130,20 +133,25 @@ double road(const fs::path& folder, const std::vector<fs::path>& waves, int jobs
 int main(int argc, char** argv)
 {
     std::vector<int> sizes;
-    for (int i = 1; i < argc; ++i) sizes.push_back(std::max(1, std::atoi(argv[i])));
-    if (sizes.empty()) sizes = {100, 1000, 10000};
+    for (int i = 1; i < argc; ++i)
+        sizes.push_back(std::max(1, std::atoi(argv[i])));
+    if (sizes.empty())
+        sizes = {100, 1000, 10000};
 
     const fs::path root = fs::temp_directory_path() / ("kestrelon-scale-" + std::to_string(::getpid()));
     fs::create_directories(root / "waves");
     std::vector<std::int16_t> prompt(800);
-    for (std::size_t i = 0; i < prompt.size(); ++i) prompt[i] = std::int16_t(6000 * std::sin(0.2 * double(i)));
+    for (std::size_t i = 0; i < prompt.size(); ++i)
+        prompt[i] = std::int16_t(6000 * std::sin(0.2 * double(i)));
 
     std::map<std::string, std::map<int, double>> perRow; // step -> N -> ms per row
     for (const int n : sizes) {
-        std::vector<std::string> add = {"project", "add-files", (root / std::to_string(n) / "Scale" / "Scale.ptp").string()};
+        std::vector<std::string> add = {"project", "add-files",
+                                        (root / std::to_string(n) / "Scale" / "Scale.ptp").string()};
         for (int i = 0; i < n; ++i) {
             const fs::path wave = root / "waves" / ("p" + std::to_string(i) + ".wav");
-            if (!fs::exists(wave) && !kestrelon::writeWav16(wave, prompt, 8000)) return 1;
+            if (!fs::exists(wave) && !kestrelon::writeWav16(wave, prompt, 8000))
+                return 1;
             add.push_back(wave.string());
         }
         const std::string ptp = add[2];
@@ -172,7 +180,8 @@ int main(int argc, char** argv)
     fs::create_directories(root / "jobs");
     cpuOf({"project", "new", (root / "jobs").string(), "Jobs"});
     cpuOf(add);
-    cpuOf({"project", "add-encode", jobsPtp, "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "1200", "--jobs", "1"});
+    cpuOf({"project", "add-encode", jobsPtp, "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "1200", "--jobs",
+           "1"});
     std::map<int, double> wall;
     for (int round = 0; round < 2; ++round)
         for (const int jobs : {1, 2}) {
@@ -199,11 +208,13 @@ int main(int argc, char** argv)
     fs::remove_all(root);
 
     std::printf("%-11s", "CPU ms/row");
-    for (const int n : sizes) std::printf(" %10d", n);
+    for (const int n : sizes)
+        std::printf(" %10d", n);
     std::printf("   largest/smallest\n");
     for (const auto& [step, byN] : perRow) {
         std::printf("%-11s", step.c_str());
-        for (const int n : sizes) std::printf(" %10.3f", byN.at(n));
+        for (const int n : sizes)
+            std::printf(" %10.3f", byN.at(n));
         std::printf("   %6.2f\n", byN.at(sizes.back()) / byN.at(sizes.front()));
     }
     std::printf("\nencode --decode of %d rows of 3 s speech (Codec2 1200), best of two, wall seconds:\n", kSpeechRows);

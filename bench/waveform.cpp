@@ -55,7 +55,7 @@ double percentile(std::vector<double> values, double p)
 }
 
 struct Figures {
-    double buildRate = 0;   // samples per second
+    double buildRate = 0; // samples per second
     double summaryShare = 0; // summary bytes / sample bytes
     double allP50 = 0, allP95 = 0, secondP50 = 0, secondP95 = 0; // milliseconds
     double queryP50 = 0; // the summary's part of a "zoom all" frame, in milliseconds
@@ -119,7 +119,8 @@ Figures measure(const std::filesystem::path& folder, std::int64_t seconds, int f
         const auto start = Clock::now();
         const std::vector<SampleRange> columns = summary.columns(0, std::int64_t(samples.size()), view.width());
         queries.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
-        if (columns.empty()) std::exit(1);
+        if (columns.empty())
+            std::exit(1);
     }
     f.queryP50 = percentile(queries, 0.5);
     f.allP50 = percentile(all, 0.5);
@@ -133,14 +134,16 @@ void print(const char* name, const Figures& f)
 {
     std::printf("%-9s summary build %7.1f Msamples/s  summary %5.1f %% of the samples  "
                 "zoom all p50 %6.2f ms p95 %6.2f ms (summary %5.3f ms)  1 s view p50 %6.2f ms p95 %6.2f ms\n",
-                name, f.buildRate / 1e6, 100 * f.summaryShare, f.allP50, f.allP95, f.queryP50, f.secondP50, f.secondP95);
+                name, f.buildRate / 1e6, 100 * f.summaryShare, f.allP50, f.allP95, f.queryP50, f.secondP50,
+                f.secondP95);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication application(argc, argv);
     const int frames = argc > 1 ? std::max(5, std::atoi(argv[1])) : 60;
     const std::filesystem::path folder = std::filesystem::temp_directory_path();

@@ -29,7 +29,8 @@ constexpr std::uint32_t kPortFailed = 64;
 std::string deviceOf(std::uint8_t port)
 {
     const std::string variable = "KESTRELON_BOARD_PORT" + std::to_string(port);
-    if (const char* named = std::getenv(variable.c_str()); named && *named) return named;
+    if (const char* named = std::getenv(variable.c_str()); named && *named)
+        return named;
     return "/dev/ttyUSB" + std::to_string(port);
 }
 
@@ -56,9 +57,10 @@ void playAll(std::uint8_t port, std::vector<ListItem> items, std::uint32_t baud,
     }
     Line line(fd);
     HostLink link(line);
-    const SendEnd end = sendPlayList(link, items,
-                                     SendHooks{[] { return player().stop.load(); }, [] { return player().pause.load(); },
-                                               [status](std::int16_t index, std::uint32_t word) { status(index, word); }});
+    const SendEnd end =
+        sendPlayList(link, items,
+                     SendHooks{[] { return player().stop.load(); }, [] { return player().pause.load(); },
+                               [status](std::int16_t index, std::uint32_t word) { status(index, word); }});
     ::close(fd);
     status(-1, end == SendEnd::AllSent ? kAllPlayed : end == SendEnd::Stopped ? kStopped : KESTRELON_BOARD_NO_ACK);
 }
@@ -74,14 +76,16 @@ struct BoardVersions {
 std::optional<BoardVersions> askVersions(std::uint8_t port, std::uint32_t baud)
 {
     const int fd = openSerialPort(deviceOf(port), baud);
-    if (fd < 0) return std::nullopt;
+    if (fd < 0)
+        return std::nullopt;
     Line line(fd);
     HostLink link(line);
     std::optional<BoardVersions> versions;
     if (link.send(FrameType::Version, {})) {
         const std::optional<Frame> reply = link.receive(HostLink::kAckWait);
         if (reply && reply->type == FrameType::VersionReply && reply->payload.size() >= 3)
-            versions = BoardVersions{std::uint8_t(reply->payload[0]), std::uint8_t(reply->payload[1]), reply->payload[2] != 0};
+            versions =
+                BoardVersions{std::uint8_t(reply->payload[0]), std::uint8_t(reply->payload[1]), reply->payload[2] != 0};
     }
     ::close(fd);
     return versions;
@@ -95,15 +99,18 @@ KESTRELON_EXPORT int32_t UART_ScanPorts(uint8_t port, uint8_t* version, uint32_t
 {
     player().baud = baud_rate;
     const std::optional<BoardVersions> versions = askVersions(port, baud_rate);
-    if (versions && version) *version = std::uint8_t((versions->host & 0x0F) << 4);
+    if (versions && version)
+        *version = std::uint8_t((versions->host & 0x0F) << 4);
     return versions ? 1 : 0;
 }
 
 KESTRELON_EXPORT int32_t UART_CheckIsDeviceReady(uint8_t port, uint8_t* version)
 {
     const std::optional<BoardVersions> versions = askVersions(port, player().baud);
-    if (!versions || !versions->driverOk) return 1;
-    if (version) *version = std::uint8_t((port & 0x0F) | ((versions->driver & 0x0F) << 4));
+    if (!versions || !versions->driverOk)
+        return 1;
+    if (version)
+        *version = std::uint8_t((port & 0x0F) | ((versions->driver & 0x0F) << 4));
     return 0;
 }
 
@@ -112,7 +119,8 @@ KESTRELON_EXPORT void UART_Stop(void)
     Player& p = player();
     std::lock_guard lock(p.mutex);
     p.stop = true;
-    if (p.worker.joinable()) p.worker.join();
+    if (p.worker.joinable())
+        p.worker.join();
 }
 
 // Optional: a host that finds it can hold play and let it go on.
@@ -125,11 +133,13 @@ KESTRELON_EXPORT void UART_Play(uint32_t, const kestrelon_board_play_list* list,
                                 kestrelon_board_status status)
 {
     UART_Stop();
-    if (!list || !status || list->count == 0) return;
+    if (!list || !status || list->count == 0)
+        return;
     std::vector<ListItem> items;
     for (uint32_t i = 0; i < list->count; ++i) {
         const kestrelon_board_item& item = list->items[i];
-        items.push_back({std::string(reinterpret_cast<const char*>(item.data), item.size), item.sample_rate, item.volume});
+        items.push_back(
+            {std::string(reinterpret_cast<const char*>(item.data), item.size), item.sample_rate, item.volume});
     }
     Player& p = player();
     std::lock_guard lock(p.mutex);

@@ -22,8 +22,8 @@
 #include <string>
 
 #include <fcntl.h>
-#include <termios.h>
 #include <stdlib.h>
+#include <termios.h>
 #include <unistd.h>
 
 using namespace kestrelon::board;
@@ -49,16 +49,26 @@ Options parse(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         const std::string name = argv[i];
         const auto value = [&]() -> std::string { return i + 1 < argc ? argv[++i] : std::string(); };
-        if (name == "--link") options.link = value();
-        else if (name == "--record") options.record = value();
-        else if (name == "--fast") options.fast = true;
-        else if (name == "--baud") options.baud = std::uint32_t(std::max(1L, std::atol(value().c_str())));
-        else if (name == "--host-version") options.hostVersion = std::atoi(value().c_str());
-        else if (name == "--driver-version") options.driverVersion = std::atoi(value().c_str());
-        else if (name == "--driver-fails") options.driverFails = true;
-        else if (name == "--stop-acking-after") options.stopAckingAfter = std::atoll(value().c_str());
-        else if (name == "--corrupt-rate") options.corruptRate = std::atof(value().c_str());
-        else if (name == "--seed") options.seed = unsigned(std::atol(value().c_str()));
+        if (name == "--link")
+            options.link = value();
+        else if (name == "--record")
+            options.record = value();
+        else if (name == "--fast")
+            options.fast = true;
+        else if (name == "--baud")
+            options.baud = std::uint32_t(std::max(1L, std::atol(value().c_str())));
+        else if (name == "--host-version")
+            options.hostVersion = std::atoi(value().c_str());
+        else if (name == "--driver-version")
+            options.driverVersion = std::atoi(value().c_str());
+        else if (name == "--driver-fails")
+            options.driverFails = true;
+        else if (name == "--stop-acking-after")
+            options.stopAckingAfter = std::atoll(value().c_str());
+        else if (name == "--corrupt-rate")
+            options.corruptRate = std::atof(value().c_str());
+        else if (name == "--seed")
+            options.seed = unsigned(std::atol(value().c_str()));
     }
     return options;
 }
@@ -67,13 +77,18 @@ std::string g_link; // removed when the simulator ends
 
 void endOnSignal(int)
 {
-    if (!g_link.empty()) ::unlink(g_link.c_str());
+    if (!g_link.empty())
+        ::unlink(g_link.c_str());
     ::_exit(0);
 }
 
 class Board {
 public:
-    Board(Line& line, Options options) : m_line(line), m_options(std::move(options)), m_random(m_options.seed) {}
+    Board(Line& line, Options options)
+        : m_line(line)
+        , m_options(std::move(options))
+        , m_random(m_options.seed)
+    {}
 
     void run()
     {
@@ -87,28 +102,36 @@ public:
             }
             m_received += bytes.size();
             // A real line delivers ten bits a byte at the baud rate.
-            if (!m_options.fast) ::usleep(useconds_t(bytes.size() * 10'000'000ull / m_options.baud));
+            if (!m_options.fast)
+                ::usleep(useconds_t(bytes.size() * 10'000'000ull / m_options.baud));
             parser.feed(noisy(bytes));
-            while (std::optional<Frame> frame = parser.next()) handle(*frame);
+            while (std::optional<Frame> frame = parser.next())
+                handle(*frame);
         }
     }
 
 private:
     std::string noisy(std::string bytes)
     {
-        if (m_options.corruptRate <= 0) return bytes;
+        if (m_options.corruptRate <= 0)
+            return bytes;
         std::bernoulli_distribution flip(m_options.corruptRate);
         std::uniform_int_distribution<int> bit(0, 7);
         for (char& c : bytes)
-            if (flip(m_random)) c = char(c ^ (1 << bit(m_random)));
+            if (flip(m_random))
+                c = char(c ^ (1 << bit(m_random)));
         return bytes;
     }
 
-    void send(FrameType type, std::string payload) { m_line.write(noisy(encodeFrame(Frame{type, m_sent++, std::move(payload)}))); }
+    void send(FrameType type, std::string payload)
+    {
+        m_line.write(noisy(encodeFrame(Frame{type, m_sent++, std::move(payload)})));
+    }
 
     void handle(const Frame& frame)
     {
-        if (m_options.stopAckingAfter >= 0 && (long long)m_received >= m_options.stopAckingAfter) return;
+        if (m_options.stopAckingAfter >= 0 && (long long)m_received >= m_options.stopAckingAfter)
+            return;
         // Every frame is acknowledged once it was acted on (an item is kept
         // before its end is acknowledged). One sent again because its
         // acknowledgement was lost changes nothing the second time: each
@@ -140,13 +163,15 @@ private:
             }
             break;
         case FrameType::Data:
-            if (m_open && p.size() >= 6 && getU16(p, 0) == m_index && getU32(p, 2) == m_item.size()) m_item.append(p.substr(6));
+            if (m_open && p.size() >= 6 && getU16(p, 0) == m_index && getU32(p, 2) == m_item.size())
+                m_item.append(p.substr(6));
             break;
         case FrameType::ItemEnd:
             if (m_open && p.size() >= 6 && getU16(p, 0) == m_index && getU32(p, 2) == m_item.size()) {
                 m_open = false;
                 if (!m_options.record.empty())
-                    std::ofstream(m_options.record + "/item-" + std::to_string(m_recorded) + ".bin", std::ios::binary) << m_item;
+                    std::ofstream(m_options.record + "/item-" + std::to_string(m_recorded) + ".bin", std::ios::binary)
+                        << m_item;
                 ++m_recorded;
                 std::string status;
                 putU16(status, 0xFFFF);

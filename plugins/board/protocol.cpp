@@ -24,7 +24,8 @@ std::uint16_t crc16(std::string_view bytes)
     std::uint16_t crc = 0xFFFF;
     for (const unsigned char c : bytes) {
         crc ^= std::uint16_t(c << 8);
-        for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x8000) ? std::uint16_t((crc << 1) ^ 0x1021) : std::uint16_t(crc << 1);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 0x8000) ? std::uint16_t((crc << 1) ^ 0x1021) : std::uint16_t(crc << 1);
     }
     return crc;
 }
@@ -62,7 +63,10 @@ std::string encodeFrame(const Frame& frame)
     return out;
 }
 
-void FrameParser::feed(std::string_view bytes) { m_buffer.append(bytes); }
+void FrameParser::feed(std::string_view bytes)
+{
+    m_buffer.append(bytes);
+}
 
 std::optional<Frame> FrameParser::next()
 {
@@ -100,7 +104,8 @@ bool Line::write(std::string_view bytes)
     while (!bytes.empty()) {
         const ssize_t wrote = ::write(m_fd, bytes.data(), bytes.size());
         if (wrote < 0) {
-            if (errno == EINTR || errno == EAGAIN) continue;
+            if (errno == EINTR || errno == EAGAIN)
+                continue;
             return false;
         }
         bytes.remove_prefix(std::size_t(wrote));
@@ -118,7 +123,10 @@ std::string Line::read(std::chrono::milliseconds timeout)
     return got > 0 ? std::string(buffer, std::size_t(got)) : std::string();
 }
 
-HostLink::HostLink(Line& line) : m_line(line), m_sequence(std::uint8_t(std::random_device{}())) {}
+HostLink::HostLink(Line& line)
+    : m_line(line)
+    , m_sequence(std::uint8_t(std::random_device{}()))
+{}
 
 bool HostLink::send(FrameType type, std::string payload)
 {
@@ -126,12 +134,14 @@ bool HostLink::send(FrameType type, std::string payload)
     ++m_sent;
     const std::string bytes = encodeFrame(Frame{type, sequence, std::move(payload)});
     for (int attempt = 0; attempt < kRetries; ++attempt) {
-        if (attempt > 0) ++m_resent;
+        if (attempt > 0)
+            ++m_resent;
         if (!m_line.write(bytes))
             return false;
         const auto deadline = std::chrono::steady_clock::now() + kAckWait;
         while (std::chrono::steady_clock::now() < deadline) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
             m_parser.feed(m_line.read(std::max(left, std::chrono::milliseconds(1))));
             while (std::optional<Frame> frame = m_parser.next()) {
                 if (frame->type == FrameType::Ack) {
@@ -151,7 +161,8 @@ std::optional<Frame> HostLink::receive(std::chrono::milliseconds timeout)
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     for (;;) {
         while (std::optional<Frame> frame = m_parser.next())
-            if (frame->type != FrameType::Ack) m_pending.push_back(std::move(*frame));
+            if (frame->type != FrameType::Ack)
+                m_pending.push_back(std::move(*frame));
         if (!m_pending.empty()) {
             Frame frame = std::move(m_pending.front());
             m_pending.pop_front();

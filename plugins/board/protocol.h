@@ -16,15 +16,15 @@ namespace kestrelon::board {
 
 enum class FrameType : std::uint8_t {
     Version = 0x01, // host asks for the versions
-    Begin = 0x02,   // u16 item count
-    Item = 0x03,    // u16 index, u32 sample rate, i32 volume, u32 size
-    Data = 0x04,    // u16 index, u32 offset, bytes
+    Begin = 0x02, // u16 item count
+    Item = 0x03, // u16 index, u32 sample rate, i32 volume, u32 size
+    Data = 0x04, // u16 index, u32 offset, bytes
     ItemEnd = 0x05, // u16 index, u32 size
     Stop = 0x06,
-    Pause = 0x07,   // u8 1 to pause, 0 to go on
-    Ack = 0x80,          // acknowledges the frame with this sequence number
+    Pause = 0x07, // u8 1 to pause, 0 to go on
+    Ack = 0x80, // acknowledges the frame with this sequence number
     VersionReply = 0x82, // u8 host (board) version, u8 driver version
-    Status = 0x83,       // i16 index, u32 status
+    Status = 0x83, // i16 index, u32 status
 };
 
 struct Frame {
@@ -61,7 +61,9 @@ std::uint32_t getU32(std::string_view bytes, std::size_t at);
 // One end of a serial line: raw bytes on a file descriptor.
 class Line {
 public:
-    explicit Line(int fd) : m_fd(fd) {}
+    explicit Line(int fd)
+        : m_fd(fd)
+    {}
     bool write(std::string_view bytes);
     // Up to what is there within `timeout`; empty when nothing came.
     std::string read(std::chrono::milliseconds timeout);
@@ -107,8 +109,8 @@ struct ListItem {
 
 // What the sender asks of its owner between frames.
 struct SendHooks {
-    std::function<bool()> stopped;                           // play was stopped
-    std::function<bool()> pauseWanted;                       // play should be held
+    std::function<bool()> stopped; // play was stopped
+    std::function<bool()> pauseWanted; // play should be held
     std::function<void(std::int16_t, std::uint32_t)> status; // a report for the host
 };
 

@@ -88,7 +88,8 @@ std::uint64_t frameCount(std::uint64_t sampleCount, const Codec2Mode& mode)
     if (sampleCount == 0)
         return 0;
     const std::uint64_t covered = sampleCount + static_cast<std::uint64_t>(mode.lag);
-    return (covered + static_cast<std::uint64_t>(mode.samplesPerFrame) - 1) / static_cast<std::uint64_t>(mode.samplesPerFrame);
+    return (covered + static_cast<std::uint64_t>(mode.samplesPerFrame) - 1) /
+           static_cast<std::uint64_t>(mode.samplesPerFrame);
 }
 
 class BitWriter {
@@ -101,7 +102,8 @@ public:
             if (m_used % 8 == 0)
                 m_bytes.push_back('\0');
             if (bit)
-                m_bytes.back() = static_cast<char>(static_cast<unsigned char>(m_bytes.back()) | (0x80u >> (m_used % 8)));
+                m_bytes.back() =
+                    static_cast<char>(static_cast<unsigned char>(m_bytes.back()) | (0x80u >> (m_used % 8)));
             ++m_used;
         }
     }
@@ -114,7 +116,9 @@ private:
 
 class BitReader {
 public:
-    explicit BitReader(std::string_view bytes) : m_bytes(bytes) {}
+    explicit BitReader(std::string_view bytes)
+        : m_bytes(bytes)
+    {}
     // The next `count` bits into `out` (most significant bit first, the rest of
     // the last byte zero). False when fewer are left.
     bool read(int count, unsigned char* out, std::size_t outSize)
@@ -141,8 +145,7 @@ public:
         : ReferenceCodec({"Codec2", 4, "c2", "codec2",
                           "Codec2 low-rate speech coder at 8000 Hz, 3200 down to 450 bit/s, frames bit-packed"},
                          knownModes())
-    {
-    }
+    {}
 
 private:
     bool encodePayload(const std::vector<std::int16_t>& samples, const CodecMode& codecMode,

@@ -17,8 +17,7 @@ public:
                          {{"32000", 32000, 8000, kBitsPerCode},
                           {"24000", 24000, 6000, kBitsPerCode},
                           {"16000", 16000, 4000, kBitsPerCode}})
-    {
-    }
+    {}
 
 private:
     bool encodePayload(const std::vector<std::int16_t>& samples, const CodecMode&, const ProgressFunction& progress,

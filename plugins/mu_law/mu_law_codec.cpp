@@ -16,8 +16,7 @@ public:
     MuLawCodec()
         : ReferenceCodec({"MuLaw", 2, "ulw", "ulaw", "G.711 mu-law, 8 bits per sample at 8000 or 6000 Hz"},
                          {{"64000", 64000, 8000, kBitsPerCode}, {"48000", 48000, 6000, kBitsPerCode}})
-    {
-    }
+    {}
 
 private:
     bool encodePayload(const std::vector<std::int16_t>& samples, const CodecMode&, const ProgressFunction& progress,

@@ -3,8 +3,8 @@
 // program's own wave reader, so the player hears what the views show); the
 // device's callback hands them out and reports the position and the end to
 // the host from SDL's audio thread, which the contract allows.
-#include "kestrelon/player_plugin.h"
 #include "common/paths.h"
+#include "kestrelon/player_plugin.h"
 #include "wave/wave_file.h"
 
 #include <SDL.h>
@@ -166,8 +166,8 @@ void beginViewPlay(kestrelon_player* player)
 }
 
 const kestrelon_player_vtable kVtable = {
-    nullptr, openFile, nullptr, play, stop, pause, isPlaying, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-    beginViewPlay,
+    nullptr, openFile, nullptr, play,    stop,    pause,   isPlaying,
+    nullptr, nullptr,  nullptr, nullptr, nullptr, nullptr, beginViewPlay,
 };
 
 } // namespace

@@ -15,8 +15,7 @@ public:
     PcmCodec()
         : ReferenceCodec({"Pcm", 3, "pcm", "pcm", "Linear PCM, 16 bits per sample at 8000 or 16000 Hz"},
                          {{"128000", 128000, 8000, kBitsPerCode}, {"256000", 256000, 16000, kBitsPerCode}})
-    {
-    }
+    {}
 
 private:
     bool encodePayload(const std::vector<std::int16_t>& samples, const CodecMode&, const ProgressFunction& progress,

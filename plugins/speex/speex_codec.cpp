@@ -65,11 +65,10 @@ struct DecoderDeleter {
 class SpeexCodec final : public ReferenceCodec {
 public:
     SpeexCodec()
-        : ReferenceCodec({"Speex", 5, "spx", "speex",
-                          "Speex narrowband at 8000 Hz, 2150 to 24600 bit/s, constant bit rate"},
-                         speexModes())
-    {
-    }
+        : ReferenceCodec(
+              {"Speex", 5, "spx", "speex", "Speex narrowband at 8000 Hz, 2150 to 24600 bit/s, constant bit rate"},
+              speexModes())
+    {}
 
 private:
     bool encodePayload(const std::vector<std::int16_t>& samples, const CodecMode& mode,

@@ -17,10 +17,10 @@ constexpr std::string_view kSection = "CODEC";
 class BodyReader {
 public:
     BodyReader(const std::filesystem::path& path, std::string& error)
-        : m_name(utf8FromPath(path.filename())), m_error(error),
-          m_port([](std::string_view, Buttons, std::string_view) { return Answer::Cancel; })
-    {
-    }
+        : m_name(utf8FromPath(path.filename()))
+        , m_error(error)
+        , m_port([](std::string_view, Buttons, std::string_view) { return Answer::Cancel; })
+    {}
 
     // A positive integer; anything else (missing, malformed, zero, negative)
     // fails naming the key.

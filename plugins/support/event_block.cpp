@@ -12,9 +12,9 @@ std::uint32_t scaledPosition(std::uint32_t position, int sourceRate, int working
         return position;
     // Rounded to the nearest sample, halves up; 64 bits hold any 32-bit
     // position times any rate the resampler accepts.
-    const std::uint64_t scaled =
-        (std::uint64_t{position} * static_cast<std::uint64_t>(workingRate) * 2 + static_cast<std::uint64_t>(sourceRate)) /
-        (static_cast<std::uint64_t>(sourceRate) * 2);
+    const std::uint64_t scaled = (std::uint64_t{position} * static_cast<std::uint64_t>(workingRate) * 2 +
+                                  static_cast<std::uint64_t>(sourceRate)) /
+                                 (static_cast<std::uint64_t>(sourceRate) * 2);
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(scaled, UINT32_MAX));
 }
 
@@ -26,7 +26,8 @@ void putU16(std::string& out, std::uint16_t value)
 
 void putU32(std::string& out, std::uint32_t value)
 {
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+    for (int i = 0; i < 4; ++i)
+        out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
 }
 
 std::uint32_t getLittle(std::string_view bytes, std::size_t at, std::size_t size)

@@ -37,7 +37,9 @@ std::string fileName(const std::string& path)
 // at each percent: it takes a Stop click while the bar moves.
 class Progress {
 public:
-    Progress(sdk::HostWindow bar, std::function<void()> step) : m_bar(bar), m_step(std::move(step))
+    Progress(sdk::HostWindow bar, std::function<void()> step)
+        : m_bar(bar)
+        , m_step(std::move(step))
     {
         m_bar.setRange(0, 100);
         m_bar.setPosition(0);
@@ -83,10 +85,10 @@ RecordingPort quietPort()
 } // namespace
 
 ReferenceCodec::ReferenceCodec(CodecIdentity identity, std::vector<CodecMode> modes)
-    : m_identity(std::move(identity)), m_modes(std::move(modes)),
-      m_bodyError(m_identity.name + ".bdy" + text(msg::kCodecBodyUnreadable))
-{
-}
+    : m_identity(std::move(identity))
+    , m_modes(std::move(modes))
+    , m_bodyError(m_identity.name + ".bdy" + text(msg::kCodecBodyUnreadable))
+{}
 
 uint16_t ReferenceCodec::setParameter(int32_t id, const std::string& value)
 {
@@ -118,11 +120,13 @@ void ReferenceCodec::readBody()
         const auto mode = std::find_if(m_modes.begin(), m_modes.end(),
                                        [&](const CodecMode& m) { return m.bitRate == offer.bitRate; });
         if (mode == m_modes.end()) {
-            m_bodyError = name + text(msg::kCodecBodyBadValue) + "BITRATE" + std::to_string(k) + text(msg::kCodecSuffix);
+            m_bodyError =
+                name + text(msg::kCodecBodyBadValue) + "BITRATE" + std::to_string(k) + text(msg::kCodecSuffix);
             return;
         }
         if (mode->workingRate != offer.workingRate) {
-            m_bodyError = name + text(msg::kCodecBodyBadValue) + "WORKRATE" + std::to_string(k) + text(msg::kCodecSuffix);
+            m_bodyError =
+                name + text(msg::kCodecBodyBadValue) + "WORKRATE" + std::to_string(k) + text(msg::kCodecSuffix);
             return;
         }
     }
@@ -202,8 +206,8 @@ int32_t ReferenceCodec::fileValue(const std::string& path)
     return static_cast<int32_t>(std::min<std::uint32_t>(header->field30, std::numeric_limits<int32_t>::max()));
 }
 
-uint16_t ReferenceCodec::encode(const std::string& wavePath, const std::string& outputPath,
-                                sdk::HostWindow progressBar, sdk::HostWindow /*progressText*/)
+uint16_t ReferenceCodec::encode(const std::string& wavePath, const std::string& outputPath, sdk::HostWindow progressBar,
+                                sdk::HostWindow /*progressText*/)
 {
     if (!m_bodyRead)
         return fail(m_bodyError);
@@ -283,8 +287,8 @@ uint16_t ReferenceCodec::decode(const std::string& encodedPath, const std::strin
     if (header->field36 != kPayloadLayout || header->field24 != kDecodedBits || mode == m_modes.end())
         return fail(damaged);
     if (!mode->available)
-        return fail(text(msg::kCodecBitRatePrefix) + mode->bitRate + text(msg::kCodecBitRateMiddle) +
-                    m_identity.name + text(msg::kCodecSuffix));
+        return fail(text(msg::kCodecBitRatePrefix) + mode->bitRate + text(msg::kCodecBitRateMiddle) + m_identity.name +
+                    text(msg::kCodecSuffix));
 
     // Events are for the chip; the decoded sound does not depend on them.
     const std::string_view rest = std::string_view(read.bytes).substr(kEncodedHeaderSize);

@@ -35,9 +35,9 @@ inline constexpr int kDefaultSampleRateMax = 48000;
 
 // One bit rate a codec can work at.
 struct CodecMode {
-    std::string bitRate;    // as users see it: "32000", "700"
-    int bitsPerSecond = 0;  // 700 for "700"
-    int workingRate = 0;    // Hz
+    std::string bitRate; // as users see it: "32000", "700"
+    int bitsPerSecond = 0; // 700 for "700"
+    int workingRate = 0; // Hz
     std::uint16_t mode = 0; // the codec's own number for it, kept in the header
     // False when the codec knows the bit rate but its library was built
     // without it: a body file may name it, yet it is never offered.
@@ -45,10 +45,10 @@ struct CodecMode {
 };
 
 struct CodecIdentity {
-    std::string name;      // the algorithm name, also the library's base name
-    std::uint16_t id = 0;  // kept in the header, so a codec knows its own files
+    std::string name; // the algorithm name, also the library's base name
+    std::uint16_t id = 0; // kept in the header, so a codec knows its own files
     std::string extension; // of encoded files, without the dot
-    std::string tag;       // for output names
+    std::string tag; // for output names
     std::string description;
 };
 

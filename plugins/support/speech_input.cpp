@@ -7,8 +7,8 @@
 
 namespace kestrelon::support {
 
-bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate,
-                      std::vector<std::int16_t>& samples, std::string* error, int* sourceRate)
+bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate, std::vector<std::int16_t>& samples,
+                      std::string* error, int* sourceRate)
 {
     samples.clear();
     WaveFile wave;

@@ -12,8 +12,7 @@ namespace kestrelon::support {
 // left empty, *error (when given) tells why, and the result is false.
 // *sourceRate (when given) receives the file's own rate once it is read, so a
 // caller can map positions in the file onto the working rate.
-bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate,
-                      std::vector<std::int16_t>& samples, std::string* error = nullptr,
-                      int* sourceRate = nullptr);
+bool loadSpeechAtRate(const std::filesystem::path& path, int workingRate, std::vector<std::int16_t>& samples,
+                      std::string* error = nullptr, int* sourceRate = nullptr);
 
 } // namespace kestrelon::support

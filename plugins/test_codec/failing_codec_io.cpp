@@ -72,7 +72,8 @@ extern "C" int32_t fc_encoded_length(const char* path)
     try {
         const kestrelon::ReadResult encoded =
             kestrelon::readFile(kestrelon::pathFromUtf8(path), kMaxInput + kestrelon::kEncodedHeaderSize);
-        if (encoded.status != kestrelon::ReadStatus::Ok || !kestrelon::parseEncodedHeader(std::string_view(encoded.bytes)))
+        if (encoded.status != kestrelon::ReadStatus::Ok ||
+            !kestrelon::parseEncodedHeader(std::string_view(encoded.bytes)))
             return -1;
         return static_cast<int32_t>(encoded.bytes.size() - kestrelon::kEncodedHeaderSize);
     } catch (...) {

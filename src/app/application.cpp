@@ -27,7 +27,8 @@ namespace {
 QString lockFilePath()
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (folder.isEmpty()) folder = QDir::tempPath();
+    if (folder.isEmpty())
+        folder = QDir::tempPath();
     QDir().mkpath(folder);
     return QDir(folder).filePath(QStringLiteral("kestrelon-workbench.lock"));
 }
@@ -43,8 +44,8 @@ int runWorkbench(int argc, char** argv)
 
     // --help and --version answer even while a workbench runs.
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("The Kestrelon workbench: encode speech for speech-playback chips, listen, compare and export."));
+    parser.setApplicationDescription(QStringLiteral(
+        "The Kestrelon workbench: encode speech for speech-playback chips, listen, compare and export."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption settingsDir(QStringLiteral("settings-dir"),
@@ -73,12 +74,14 @@ int runWorkbench(int argc, char** argv)
     const std::filesystem::path configFolder =
         parser.isSet(settingsDir) ? stdPath(parser.value(settingsDir)) : userConfigFolder();
     const BodySettingsFiles bodiesFiles = BodySettingsFiles::forProgram(programFolder, configFolder);
-    if (!bodies.load(bodiesFiles.inUse(), programFolder, startPort)) return 1;
+    if (!bodies.load(bodiesFiles.inUse(), programFolder, startPort))
+        return 1;
 
     FrameOptions options;
     options.programFolder = programFolder;
     options.bodySettingsFile = bodiesFiles.inUse();
-    if (parser.isSet(settingsDir)) options.configFolder = stdPath(parser.value(settingsDir));
+    if (parser.isSet(settingsDir))
+        options.configFolder = stdPath(parser.value(settingsDir));
     int exitCode = 0;
     {
         MainWindow frame(options, &bodies);

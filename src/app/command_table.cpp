@@ -41,7 +41,8 @@ constexpr std::array kFrameTable = {
     CommandRow{kEncode, "Encode", "", Upd::Yes, "Encode the selected rows"},
     CommandRow{kDecode, "&Decode\tCtrl+D", "", Upd::Yes, "Decode the selected rows"},
     CommandRow{kShowWaveform, "Show &Waveform", "", Upd::Yes, "Show the waveform of the selected item"},
-    CommandRow{kExternalEditor, "Call external editor", "", Upd::Yes, "Edit the selected wave file in the external editor"},
+    CommandRow{kExternalEditor, "Call external editor", "", Upd::Yes,
+               "Edit the selected wave file in the external editor"},
     CommandRow{kClear, "Clear", "", Upd::Yes, "Clear"},
     CommandRow{kDuplicate, "Duplicate", "", Upd::Yes, "Duplicate"},
     CommandRow{kSplitterBarKey, "", "Ctrl+F9", Upd::No, ""},
@@ -51,7 +52,8 @@ constexpr std::array kFrameTable = {
     CommandRow{kShowConfigurationUpdateOnly, "Show configuration", "", Upd::UpdateOnly, "Show the configuration"},
     CommandRow{kExportSelected, "E&xport", "", Upd::Yes, "Export the encoded files of the selected rows"},
     CommandRow{kExportAll, "E&xport", "", Upd::Yes, "Export the encoded files of all rows"},
-    CommandRow{kShowConfiguration, "Show configuration", "", Upd::Yes, "Show the configuration of the selected algorithm"},
+    CommandRow{kShowConfiguration, "Show configuration", "", Upd::Yes,
+               "Show the configuration of the selected algorithm"},
     CommandRow{kRefreshKey, "", "Ctrl+R", Upd::Yes, ""},
     CommandRow{kAddEncodeData, "Add Encode Data", "", Upd::Yes, "Add encode settings to the selected files"},
     CommandRow{kCapsLock, "CAP", "", Upd::UpdateOnly, ""},
@@ -83,21 +85,29 @@ constexpr std::array kExtraTable = {
 
 bool isToggle(int id)
 {
-    return id == kWorkspace || id == kActionToolbar || id == kStandardToolbar || id == kPc ||
-           id == kTargetBoard || id == kAutoDecode || id == kCapsLock;
+    return id == kWorkspace || id == kActionToolbar || id == kStandardToolbar || id == kPc || id == kTargetBoard ||
+           id == kAutoDecode || id == kCapsLock;
 }
 
 } // namespace
 
-std::span<const CommandRow> frameCommandTable() { return kFrameTable; }
-std::span<const CommandRow> extraCommands() { return kExtraTable; }
+std::span<const CommandRow> frameCommandTable()
+{
+    return kFrameTable;
+}
+std::span<const CommandRow> extraCommands()
+{
+    return kExtraTable;
+}
 
 const CommandRow* findCommandRow(int id)
 {
     for (const CommandRow& row : kFrameTable)
-        if (row.id == id) return &row;
+        if (row.id == id)
+            return &row;
     for (const CommandRow& row : kExtraTable)
-        if (row.id == id) return &row;
+        if (row.id == id)
+            return &row;
     return nullptr;
 }
 
@@ -118,9 +128,12 @@ std::string plainCommandText(std::string_view text)
             continue;
         out += c;
     }
-    while (!out.empty() && out.back() == ' ') out.pop_back();
-    if (out.size() >= 3 && out.compare(out.size() - 3, 3, "...") == 0) out.erase(out.size() - 3);
-    while (!out.empty() && out.back() == ' ') out.pop_back();
+    while (!out.empty() && out.back() == ' ')
+        out.pop_back();
+    if (out.size() >= 3 && out.compare(out.size() - 3, 3, "...") == 0)
+        out.erase(out.size() - 3);
+    while (!out.empty() && out.back() == ' ')
+        out.pop_back();
     return out;
 }
 
@@ -140,89 +153,66 @@ bool commandEnabled(int id, const FrameState& s)
     case kAbout:
     case kSplitterBarKey:
     case kAutoDecode:
-    case kExit:
-        return true;
+    case kExit: return true;
     case kNewProject:
     case kOpenProject:
     case kCodecWorkers:
     case kDllSetting: // the external editor can be chosen without a project
         return idle;
-    case kBodyInformation:
-        return idle && s.bodiesLoaded;
+    case kBodyInformation: return idle && s.bodiesLoaded;
     case kSaveProject:
     case kSaveProjectAs:
-    case kCloseProject:
-        return projectIdle;
+    case kCloseProject: return projectIdle;
     case kAddFiles:
-    case kAddFolder:
-        return projectIdle && s.hasTarget;
-    case kUndo:
-        return projectIdle && s.canUndo;
-    case kRedo:
-        return projectIdle && s.canRedo;
-    case kDeleteAll:
-        return projectIdle && !s.filesTreeEmpty;
-    case kDeleteFolderFiles:
-        return projectIdle && s.primaryFolderHasFiles;
-    case kDeleteFiles:
-        return projectIdle && s.selectedSources > 0;
-    case kDeleteFolder:
-        return projectIdle && s.selectedFolders > 0;
-    case kShowProperty:
-        return s.projectOpen && s.selectedItems == 1;
-    case kSelectAllTree:
-        return s.projectOpen && !s.filesTreeEmpty;
-    case kRefreshKey:
-        return s.projectOpen;
-    case kExternalEditor:
-        return projectIdle && s.selectedSources > 0 && !s.editorRunning;
-    case kAddEncodeData:
-        return projectIdle && s.selectedSources > 0 && s.bodiesLoaded;
+    case kAddFolder: return projectIdle && s.hasTarget;
+    case kUndo: return projectIdle && s.canUndo;
+    case kRedo: return projectIdle && s.canRedo;
+    case kDeleteAll: return projectIdle && !s.filesTreeEmpty;
+    case kDeleteFolderFiles: return projectIdle && s.primaryFolderHasFiles;
+    case kDeleteFiles: return projectIdle && s.selectedSources > 0;
+    case kDeleteFolder: return projectIdle && s.selectedFolders > 0;
+    case kShowProperty: return s.projectOpen && s.selectedItems == 1;
+    case kSelectAllTree: return s.projectOpen && !s.filesTreeEmpty;
+    case kRefreshKey: return s.projectOpen;
+    case kExternalEditor: return projectIdle && s.selectedSources > 0 && !s.editorRunning;
+    case kAddEncodeData: return projectIdle && s.selectedSources > 0 && s.bodiesLoaded;
     case kSelectAllRows:
     case kSelectAllKey:
     case kDeleteAllRows:
-    case kExportAll:
-        return projectIdle && s.listHasRows;
+    case kExportAll: return projectIdle && s.listHasRows;
     case kDeleteRows: // the list's Delete: the selected rows (encode settings)
     case kEncode:
     case kEncodeKey:
     case kDecode:
     case kDecodeKey:
     case kExportSelected:
-    case kClear:
-        return projectIdle && s.listHasSelection;
+    case kClear: return projectIdle && s.listHasSelection;
     case kDuplicate:
-    case kCompareBitRates:
-        return projectIdle && s.listHasSelection && s.bodiesLoaded;
+    case kCompareBitRates: return projectIdle && s.listHasSelection && s.bodiesLoaded;
     case kEncodeInfo:
     case kShowWaveform:
     case kRowProperty:
-    case kShowConfigurationUpdateOnly:
-        return projectIdle && s.listHasCurrentRow;
-    case kShowConfiguration:
-        return projectIdle && s.algorithmSelected;
-    case kCapsLock:
-        return s.capsLock;
+    case kShowConfigurationUpdateOnly: return projectIdle && s.listHasCurrentRow;
+    case kShowConfiguration: return projectIdle && s.algorithmSelected;
+    case kCapsLock: return s.capsLock;
     case kPc:
-    case kTargetBoard:
-        return true;
+    case kTargetBoard: return true;
     case kPlay:
-    case kPlayLooped:
-        return s.projectOpen && s.listHasCurrentRow && s.playerLoaded;
+    case kPlayLooped: return s.projectOpen && s.listHasCurrentRow && s.playerLoaded;
     case kStop:
-    case kPause:
-        return s.playing;
-    case kPlaySentence:
-        return projectIdle && s.listHasRows;
-    default:
-        return false;
+    case kPause: return s.playing;
+    case kPlaySentence: return projectIdle && s.listHasRows;
+    default: return false;
     }
 }
 
-CommandTable::CommandTable(QWidget* owner) : QObject(owner)
+CommandTable::CommandTable(QWidget* owner)
+    : QObject(owner)
 {
-    for (const CommandRow& row : kFrameTable) add(row, owner);
-    for (const CommandRow& row : kExtraTable) add(row, owner);
+    for (const CommandRow& row : kFrameTable)
+        add(row, owner);
+    for (const CommandRow& row : kExtraTable)
+        add(row, owner);
 }
 
 void CommandTable::add(const CommandRow& row, QWidget* owner)
@@ -231,8 +221,8 @@ void CommandTable::add(const CommandRow& row, QWidget* owner)
     action->setData(row.id);
     action->setObjectName(QStringLiteral("command_%1").arg(row.id));
     if (!row.key.empty()) {
-        action->setShortcut(QKeySequence(QString::fromUtf8(row.key.data(), qsizetype(row.key.size())),
-                                         QKeySequence::PortableText));
+        action->setShortcut(
+            QKeySequence(QString::fromUtf8(row.key.data(), qsizetype(row.key.size())), QKeySequence::PortableText));
         action->setShortcutContext(Qt::WindowShortcut);
     }
     const std::string plain = plainCommandText(row.text);
@@ -258,13 +248,20 @@ QAction* CommandTable::action(int id) const
     return found == m_actions.end() ? nullptr : found->second;
 }
 
-std::vector<QAction*> CommandTable::actions() const { return m_order; }
+std::vector<QAction*> CommandTable::actions() const
+{
+    return m_order;
+}
 
-int CommandTable::idOf(const QAction* action) { return action ? action->data().toInt() : 0; }
+int CommandTable::idOf(const QAction* action)
+{
+    return action ? action->data().toInt() : 0;
+}
 
 void CommandTable::update(const FrameState& state)
 {
-    for (QAction* action : m_order) action->setEnabled(commandEnabled(idOf(action), state));
+    for (QAction* action : m_order)
+        action->setEnabled(commandEnabled(idOf(action), state));
 }
 
 } // namespace kestrelon

@@ -50,18 +50,18 @@ inline constexpr int kDuplicate = 32864;
 inline constexpr int kRecentFirst = 32871; // 32871 .. 32875
 inline constexpr int kRecentLast = 32875;
 inline constexpr int kDeleteAllRows = 32885;
-inline constexpr int kSplitterBarKey = 32890;   // Ctrl+F9: the hidden "Show Splitter Bar" dialog
-inline constexpr int kEncodeKey = 32916;        // Ctrl+E: encode the selected rows
-inline constexpr int kDecodeKey = 32917;        // Ctrl+D: decode the selected rows
+inline constexpr int kSplitterBarKey = 32890; // Ctrl+F9: the hidden "Show Splitter Bar" dialog
+inline constexpr int kEncodeKey = 32916; // Ctrl+E: encode the selected rows
+inline constexpr int kDecodeKey = 32917; // Ctrl+D: decode the selected rows
 inline constexpr int kExportSelected = 32918;
 inline constexpr int kExportAll = 32919;
 inline constexpr int kShowConfiguration = 32920;
-inline constexpr int kRefreshKey = 32922;       // Ctrl+R: read the views again from the project
+inline constexpr int kRefreshKey = 32922; // Ctrl+R: read the views again from the project
 inline constexpr int kAddEncodeData = 32924;
 inline constexpr int kAutoDecode = 32927;
 inline constexpr int kSelectAllTree = 32931;
-inline constexpr int kSelectAllKey = 32932;     // Ctrl+A: select every row of the list
-inline constexpr int kDeleteRows = 32933;       // the list's Delete: the selected rows ("an algo" of a file each)
+inline constexpr int kSelectAllKey = 32932; // Ctrl+A: select every row of the list
+inline constexpr int kDeleteRows = 32933; // the list's Delete: the selected rows ("an algo" of a file each)
 inline constexpr int kHelp = 57670;
 inline constexpr int kCapsLock = 59137;
 
@@ -111,26 +111,26 @@ std::string plainCommandText(std::string_view text);
 // What the enabling rules look at. Filled by the frame on every update.
 struct FrameState {
     bool projectOpen = false;
-    bool busy = false;             // the session's busy flag (encoding, decoding, playing)
-    bool editorRunning = false;    // the external editor has not ended yet
+    bool busy = false; // the session's busy flag (encoding, decoding, playing)
+    bool editorRunning = false; // the external editor has not ended yet
     bool filesTreeEmpty = true;
-    bool hasTarget = false;        // a node of the Files tree (or its root) is selected
-    int selectedItems = 0;         // selected items of the Files tree (the root not counted)
+    bool hasTarget = false; // a node of the Files tree (or its root) is selected
+    int selectedItems = 0; // selected items of the Files tree (the root not counted)
     int selectedSources = 0;
     int selectedFolders = 0;
     bool primaryFolderHasFiles = false;
-    int recentCount = 0;           // entries of the recent-project list
-    bool bodiesLoaded = false;     // the body settings of the program folder
+    int recentCount = 0; // entries of the recent-project list
+    bool bodiesLoaded = false; // the body settings of the program folder
     // The main list's state.
     bool listHasRows = false;
     bool listHasSelection = false;
     bool listHasCurrentRow = false;
     bool algorithmSelected = false; // exactly one node of the Algorithms tree
-    bool capsLock = false;          // known only where the platform tells it
-    bool playerLoaded = false;      // the PC player plug-in
-    bool playing = false;           // something plays (or is paused)
-    bool canUndo = false;           // the project's history has a step back
-    bool canRedo = false;           // ... or one forward again
+    bool capsLock = false; // known only where the platform tells it
+    bool playerLoaded = false; // the PC player plug-in
+    bool playing = false; // something plays (or is paused)
+    bool canUndo = false; // the project's history has a step back
+    bool canRedo = false; // ... or one forward again
 };
 
 // The enabling rule of command `id`: project commands need an open project

@@ -25,7 +25,8 @@ bool runExternalEditor(const std::filesystem::path& editor, const std::filesyste
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     process.start();
     // The loop keeps every window painting and answering until the editor ends.
-    if (process.state() != QProcess::NotRunning) loop.exec();
+    if (process.state() != QProcess::NotRunning)
+        loop.exec();
     if (window) {
         window->raise();
         window->activateWindow();

@@ -7,9 +7,15 @@
 
 namespace kestrelon {
 
-QString qtPath(const std::filesystem::path& path) { return QString::fromStdString(utf8FromPath(path)); }
+QString qtPath(const std::filesystem::path& path)
+{
+    return QString::fromStdString(utf8FromPath(path));
+}
 
-std::filesystem::path stdPath(const QString& path) { return pathFromUtf8(path.toStdString()); }
+std::filesystem::path stdPath(const QString& path)
+{
+    return pathFromUtf8(path.toStdString());
+}
 
 QString qtFileFilter(std::string_view filter)
 {
@@ -17,7 +23,8 @@ QString qtFileFilter(std::string_view filter)
     QStringList entries;
     for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
         const QString description = parts[i].trimmed();
-        if (description.isEmpty()) break; // the closing "||"
+        if (description.isEmpty())
+            break; // the closing "||"
         const QString patterns = parts[i + 1].split(QLatin1Char(';'), Qt::SkipEmptyParts).join(QLatin1Char(' '));
         if (description.contains(QLatin1Char('(') + patterns + QLatin1Char(')')) || patterns.isEmpty())
             entries << description;
@@ -31,7 +38,8 @@ std::optional<std::filesystem::path> QtFileChooser::projectToOpen(const std::fil
 {
     const QString chosen = QFileDialog::getOpenFileName(m_parent, QStringLiteral("Open"), qtPath(startFolder),
                                                         qtFileFilter(kProjectFilter));
-    if (chosen.isEmpty()) return std::nullopt;
+    if (chosen.isEmpty())
+        return std::nullopt;
     return stdPath(chosen);
 }
 
@@ -39,7 +47,8 @@ std::optional<std::filesystem::path> QtFileChooser::projectToSave(const std::fil
 {
     const QString chosen = QFileDialog::getSaveFileName(m_parent, QStringLiteral("Save As"), qtPath(startFolder),
                                                         qtFileFilter(kProjectFilter));
-    if (chosen.isEmpty()) return std::nullopt;
+    if (chosen.isEmpty())
+        return std::nullopt;
     return stdPath(chosen);
 }
 
@@ -57,7 +66,8 @@ std::optional<std::filesystem::path> QtFileChooser::folder(const std::filesystem
     const QString chosen = QFileDialog::getExistingDirectory(
         m_parent, QString::fromUtf8(kChooseDirectoryCaption.data(), qsizetype(kChooseDirectoryCaption.size())),
         qtPath(startFolder));
-    if (chosen.isEmpty()) return std::nullopt;
+    if (chosen.isEmpty())
+        return std::nullopt;
     return stdPath(chosen);
 }
 

@@ -39,7 +39,9 @@ public:
 
 class QtFileChooser : public FileChooser {
 public:
-    explicit QtFileChooser(QWidget* parent) : m_parent(parent) {}
+    explicit QtFileChooser(QWidget* parent)
+        : m_parent(parent)
+    {}
 
     std::optional<std::filesystem::path> projectToOpen(const std::filesystem::path& startFolder) override;
     std::optional<std::filesystem::path> projectToSave(const std::filesystem::path& startFolder) override;

@@ -1,4 +1,7 @@
 // kestrelon: the workbench.
 #include "app/application.h"
 
-int main(int argc, char** argv) { return kestrelon::runWorkbench(argc, argv); }
+int main(int argc, char** argv)
+{
+    return kestrelon::runWorkbench(argc, argv);
+}

@@ -14,34 +14,34 @@
 #include "app/playback/play_sentence_dialog.h"
 #include "app/qt_user_port.h"
 #include "app/undo/project_undo.h"
-#include "app/waveform/wave_window.h"
 #include "app/views/main_view.h"
+#include "app/waveform/wave_window.h"
+#include "app/workspace_bar.h"
 #include "bodies/body_settings.h"
 #include "codec/row_codec.h"
 #include "codec/row_decoded_wave.h"
-#include "app/workspace_bar.h"
 #include "common/messages.h"
-#include "common/version.h"
 #include "common/paths.h"
 #include "common/platform.h"
+#include "common/version.h"
 #include "project/workspace_tree.h"
 
-#include <QInputDialog>
 #include <QCloseEvent>
-#include <QDir>
-#include <QSerialPortInfo>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFormLayout>
 #include <QFrame>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QSerialPortInfo>
+#include <QStandardPaths>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTimer>
-#include <QMessageBox>
-#include <QStandardPaths>
 #include <QToolBar>
 #include <QTreeView>
 #include <QUrl>
@@ -61,7 +61,10 @@ constexpr std::string_view kManualIndex = "manual/index.html";
 // Often enough that the pane follows the key as it is pressed.
 constexpr int kCapsPollMilliseconds = 250;
 // A menu text may not show a path's "&" as a mnemonic.
-QString escapeMnemonics(QString text) { return text.replace(QLatin1Char('&'), QStringLiteral("&&")); }
+QString escapeMnemonics(QString text)
+{
+    return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
 
 // The property of a Files tree node: what it is and where its file lies.
 void showItemProperty(QWidget* parent, const ProjectItem& item, const fs::path& onDisk)
@@ -94,21 +97,22 @@ void showItemProperty(QWidget* parent, const ProjectItem& item, const fs::path& 
 } // namespace
 
 MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* parent)
-    : QMainWindow(parent),
-      m_options(std::move(options)),
-      m_bodies(bodies),
-      m_ownPort(m_options.port ? nullptr : std::make_unique<QtUserPort>()),
-      m_port(m_options.port ? m_options.port : m_ownPort.get()),
-      m_ownChooser(m_options.chooser ? nullptr : std::make_unique<QtFileChooser>(this)),
-      m_chooser(m_options.chooser ? m_options.chooser : m_ownChooser.get()),
-      m_project(*m_port,
+    : QMainWindow(parent)
+    , m_options(std::move(options))
+    , m_bodies(bodies)
+    , m_ownPort(m_options.port ? nullptr : std::make_unique<QtUserPort>())
+    , m_port(m_options.port ? m_options.port : m_ownPort.get())
+    , m_ownChooser(m_options.chooser ? nullptr : std::make_unique<QtFileChooser>(this))
+    , m_chooser(m_options.chooser ? m_options.chooser : m_ownChooser.get())
+    , m_project(*m_port,
                 {m_options.programFolder, m_options.configFolder.empty() ? userConfigFolder() : m_options.configFolder},
                 &m_recent)
 {
     m_project.setBodies(m_bodies);
     // The settings are read before any window of the frame exists.
     loadSettings();
-    if (m_ownPort) m_ownPort->setParent(this);
+    if (m_ownPort)
+        m_ownPort->setParent(this);
 
     setObjectName(QStringLiteral("MainFrame"));
     setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowTabbedDocks);
@@ -127,9 +131,12 @@ MainWindow::MainWindow(FrameOptions options, BodySettings* bodies, QWidget* pare
     connect(m_view, &MainView::selectionChanged, this, &MainWindow::updateCommands);
     connect(m_view, &MainView::compareBitRatesRequested, this, [this] { runCommand(cmd::kCompareBitRates); });
     connect(m_view, &MainView::startChosen, this, [this](const QString& link) {
-        if (link == QLatin1String("new")) runCommand(cmd::kNewProject);
-        else if (link == QLatin1String("open")) runCommand(cmd::kOpenProject);
-        else if (link.startsWith(QLatin1String("recent:"))) runCommand(cmd::kRecentFirst + link.mid(7).toInt());
+        if (link == QLatin1String("new"))
+            runCommand(cmd::kNewProject);
+        else if (link == QLatin1String("open"))
+            runCommand(cmd::kOpenProject);
+        else if (link.startsWith(QLatin1String("recent:")))
+            runCommand(cmd::kRecentFirst + link.mid(7).toInt());
     });
     connect(m_view, &MainView::finished, this, [this](const QString& what) { statusBar()->showMessage(what); });
     connect(m_view, &MainView::rowsChanged, this, [this] {
@@ -191,9 +198,11 @@ MainWindow::~MainWindow()
     // The docks and views are destroyed after this frame is: what they signal
     // while going (the Files dock hides) must not reach it.
     for (QObject* child : {static_cast<QObject*>(m_workspace), static_cast<QObject*>(m_view)})
-        if (child) child->disconnect(this);
+        if (child)
+            child->disconnect(this);
     // The Files tree view must not outlive the tree it shows.
-    if (m_workspace) m_workspace->setProject(nullptr, nullptr, {}, nullptr);
+    if (m_workspace)
+        m_workspace->setProject(nullptr, nullptr, {}, nullptr);
     saveSettings();
 }
 
@@ -250,30 +259,54 @@ void MainWindow::createMenus()
 {
     const auto add = [this](QMenu* menu, std::initializer_list<int> ids) {
         for (int id : ids) {
-            if (id == 0) menu->addSeparator();
-            else menu->addAction(action(id));
+            if (id == 0)
+                menu->addSeparator();
+            else
+                menu->addAction(action(id));
         }
     };
     using namespace cmd;
 
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     add(file, {kNewProject, kOpenProject, kCloseProject, 0, kSaveProject, kSaveProjectAs, 0, kExportAll, 0});
-    for (int id = kRecentFirst; id <= kRecentLast; ++id) file->addAction(action(id));
+    for (int id = kRecentFirst; id <= kRecentLast; ++id)
+        file->addAction(action(id));
     add(file, {0, kExit});
 
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
-    add(edit, {kUndo, kRedo, 0, kAddFiles, kAddFolder, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles, kDeleteAll, 0,
-               kSelectAllTree, kShowProperty});
+    add(edit, {kUndo, kRedo, 0, kAddFiles, kAddFolder, 0, kDeleteFiles, kDeleteFolder, kDeleteFolderFiles, kDeleteAll,
+               0, kSelectAllTree, kShowProperty});
 
     QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
     add(view, {kStandardToolbar, kActionToolbar, kWorkspace, 0, kBodyInformation, kEncodeInfo, kRowProperty,
                kShowWaveform, 0, kShowConfigurationUpdateOnly});
 
     QMenu* act = menuBar()->addMenu(QStringLiteral("&Action"));
-    add(act, {kAddEncodeData, kEncode, kDecode, 0, kSelectAllRows, kDeleteRows, kDeleteAllRows, kClear, kDuplicate,
-              kCompareBitRates, 0, kPc,
-              kTargetBoard, kPlay, kStop, kPause, kPlayLooped, kPlaySentence, 0, kExportSelected, 0, kDllSetting,
-              kAutoDecode, kCodecWorkers, kExternalEditor});
+    add(act, {kAddEncodeData,
+              kEncode,
+              kDecode,
+              0,
+              kSelectAllRows,
+              kDeleteRows,
+              kDeleteAllRows,
+              kClear,
+              kDuplicate,
+              kCompareBitRates,
+              0,
+              kPc,
+              kTargetBoard,
+              kPlay,
+              kStop,
+              kPause,
+              kPlayLooped,
+              kPlaySentence,
+              0,
+              kExportSelected,
+              0,
+              kDllSetting,
+              kAutoDecode,
+              kCodecWorkers,
+              kExternalEditor});
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, {kHelp, kAbout});
@@ -309,17 +342,21 @@ void MainWindow::createToolBars()
     m_standardBar = addToolBar(QStringLiteral("Standard Toolbar"));
     m_standardBar->setObjectName(QStringLiteral("StandardToolbar"));
     for (int id : {kNewProject, kOpenProject, kSaveProject, 0, kHelp}) {
-        if (id == 0) m_standardBar->addSeparator();
-        else m_standardBar->addAction(action(id));
+        if (id == 0)
+            m_standardBar->addSeparator();
+        else
+            m_standardBar->addAction(action(id));
     }
 
     m_actionBar = addToolBar(QStringLiteral("Action Toolbar"));
     m_actionBar->setObjectName(QStringLiteral("ActionToolbar"));
     m_actionBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    for (int id : {kAddFiles, kAddFolder, 0, kAddEncodeData, kEncode, kDecode, 0, kPc, kTargetBoard, kPlay, kStop,
-                   0, kExportSelected}) {
-        if (id == 0) m_actionBar->addSeparator();
-        else m_actionBar->addAction(action(id));
+    for (int id : {kAddFiles, kAddFolder, 0, kAddEncodeData, kEncode, kDecode, 0, kPc, kTargetBoard, kPlay, kStop, 0,
+                   kExportSelected}) {
+        if (id == 0)
+            m_actionBar->addSeparator();
+        else
+            m_actionBar->addAction(action(id));
     }
 
     for (auto [bar, id] : {std::pair{m_standardBar, kStandardToolbar}, std::pair{m_actionBar, kActionToolbar}}) {
@@ -368,7 +405,8 @@ FrameState MainWindow::frameState() const
         state.selectedFolders = int(selection.folders().size());
         if (ProjectItem* primary = selection.primary(); primary && primary->isGroup())
             for (const ProjectItem* child : primary->children())
-                if (child->isSource()) state.primaryFolderHasFiles = true;
+                if (child->isSource())
+                    state.primaryFolderHasFiles = true;
     }
     state.bodiesLoaded = m_bodies != nullptr;
     state.listHasRows = m_view->hasRows();
@@ -401,7 +439,8 @@ void MainWindow::updateCommands()
 void MainWindow::updateCapsIndicator()
 {
     const bool on = capsLockOn().value_or(false);
-    if (on == action(cmd::kCapsLock)->isEnabled()) return;
+    if (on == action(cmd::kCapsLock)->isEnabled())
+        return;
     action(cmd::kCapsLock)->setEnabled(on);
     m_capsIndicator->setText(on ? action(cmd::kCapsLock)->text() : QString());
 }
@@ -469,7 +508,8 @@ void MainWindow::connectUndo()
     // The project's items are made anew: nothing may keep pointing at the old ones.
     connect(m_undo, &ProjectUndo::aboutToRestore, this, [this] {
         m_playing->stop();
-        if (m_tree) m_tree->selection().forgetItems();
+        if (m_tree)
+            m_tree->selection().forgetItems();
     });
     connect(m_undo, &ProjectUndo::restored, this, [this] {
         m_project.treeEdited();
@@ -489,11 +529,14 @@ fs::path MainWindow::startFolder(const std::string& remembered) const
 {
     std::error_code ec;
     const fs::path folder = pathFromUtf8(remembered);
-    if (!remembered.empty() && fs::is_directory(folder, ec)) return folder;
-    if (m_project.session().isOpen()) return m_project.session().projectFolder();
+    if (!remembered.empty() && fs::is_directory(folder, ec))
+        return folder;
+    if (m_project.session().isOpen())
+        return m_project.session().projectFolder();
     // Never the program's own folder: a user's projects belong with their documents.
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (!documents.isEmpty() && fs::is_directory(stdPath(documents), ec)) return stdPath(documents);
+    if (!documents.isEmpty() && fs::is_directory(stdPath(documents), ec))
+        return stdPath(documents);
     return stdPath(QDir::homePath());
 }
 
@@ -502,7 +545,8 @@ fs::path MainWindow::startFolder(const std::string& remembered) const
 void MainWindow::runCommand(int id)
 {
     // A command runs only when its rule allows it, whoever asks.
-    if (!commandEnabled(id, frameState())) return;
+    if (!commandEnabled(id, frameState()))
+        return;
     using namespace cmd;
     if (id >= kRecentFirst && id <= kRecentLast) {
         onRecentProject(id - kRecentFirst);
@@ -568,7 +612,8 @@ bool MainWindow::runListCommand(int id)
     case kExportAll: m_view->exportAll(); return true;
     case kAddEncodeData:
         // Groups among the selected items are passed over by the view.
-        if (m_tree) m_view->addEncodeData(m_tree->selection().items());
+        if (m_tree)
+            m_view->addEncodeData(m_tree->selection().items());
         return true;
     default: return false;
     }
@@ -577,7 +622,8 @@ bool MainWindow::runListCommand(int id)
 void MainWindow::onNewProject()
 {
     NewProjectDialog dialog(*m_port, *m_chooser, startFolder(m_settings.lastProjectPath), this);
-    if (dialog.exec() != QDialog::Accepted) return;
+    if (dialog.exec() != QDialog::Accepted)
+        return;
     m_settings.lastProjectPath = dialog.location();
     m_project.session().newProject(dialog.location(), dialog.name());
 }
@@ -585,14 +631,16 @@ void MainWindow::onNewProject()
 void MainWindow::onOpenProject()
 {
     const auto chosen = m_chooser->projectToOpen(startFolder(m_settings.lastProjectPath));
-    if (!chosen) return;
+    if (!chosen)
+        return;
     openProject(*chosen);
 }
 
 bool MainWindow::openProject(const fs::path& file)
 {
     const bool opened = m_project.session().openProject(file);
-    if (opened) m_settings.lastProjectPath = utf8FromPath(file.parent_path().parent_path());
+    if (opened)
+        m_settings.lastProjectPath = utf8FromPath(file.parent_path().parent_path());
     return opened;
 }
 
@@ -605,8 +653,10 @@ void MainWindow::onSaveProject()
 void MainWindow::onSaveProjectAs()
 {
     const auto chosen = m_chooser->projectToSave(startFolder(m_settings.lastProjectPath));
-    if (!chosen) return;
-    if (!m_project.session().saveProjectAs(*chosen)) return;
+    if (!chosen)
+        return;
+    if (!m_project.session().saveProjectAs(*chosen))
+        return;
     statusBar()->showMessage(tr("Saved %1").arg(qtPath(m_project.session().projectFile().filename())));
 }
 
@@ -618,7 +668,8 @@ void MainWindow::onCloseProject()
 
 void MainWindow::onRecentProject(int index)
 {
-    if (index < 0 || std::size_t(index) >= m_recent.size()) return;
+    if (index < 0 || std::size_t(index) >= m_recent.size())
+        return;
     const std::string path = m_recent.entries()[std::size_t(index)];
     std::error_code ec;
     const bool existed = fs::exists(pathFromUtf8(path), ec);
@@ -633,9 +684,11 @@ void MainWindow::onRecentProject(int index)
 void MainWindow::onAddFiles()
 {
     const auto target = m_workspace->target();
-    if (!m_tree || !target) return;
+    if (!m_tree || !target)
+        return;
     const std::vector<fs::path> chosen = m_chooser->waveFiles(startFolder(m_settings.lastFilePath));
-    if (chosen.empty()) return;
+    if (chosen.empty())
+        return;
     m_settings.lastFilePath = utf8FromPath(chosen.front().parent_path());
     addFilesRecorded(*target, chosen);
 }
@@ -648,13 +701,15 @@ void MainWindow::addFilesRecorded(const TreeTarget& target, const std::vector<fs
             overwrote = overwrote || added.outcome == AddFileOutcome::Overwritten;
     });
     // The overwritten wave's old samples are not the project's to give back.
-    if (overwrote) m_undo->forget();
+    if (overwrote)
+        m_undo->forget();
 }
 
 void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs::path>& files)
 {
     // As Add Files, with every check and question, but for what was dropped.
-    if (!m_tree || m_project.session().busy()) return;
+    if (!m_tree || m_project.session().busy())
+        return;
     m_settings.lastFilePath = utf8FromPath(files.front().parent_path());
     addFilesRecorded(target, files);
     updateCommands();
@@ -663,46 +718,54 @@ void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs:
 void MainWindow::onAddFolder()
 {
     const auto target = m_workspace->target();
-    if (!m_tree || !target) return;
+    if (!m_tree || !target)
+        return;
     AddFolderDialog dialog(this);
-    if (dialog.exec() != QDialog::Accepted) return;
+    if (dialog.exec() != QDialog::Accepted)
+        return;
     m_undo->record(tr("Add Folder"), [&] { m_tree->addFolder(*target, dialog.folderName()); });
 }
 
 void MainWindow::onDeleteAll()
 {
-    if (m_tree) m_undo->record(tr("Delete All"), [this] { m_tree->deleteAll(); });
+    if (m_tree)
+        m_undo->record(tr("Delete All"), [this] { m_tree->deleteAll(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolderFiles()
 {
-    if (m_tree) m_undo->record(tr("Delete Folder Files"), [this] { m_tree->deleteFolderFiles(); });
+    if (m_tree)
+        m_undo->record(tr("Delete Folder Files"), [this] { m_tree->deleteFolderFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFiles()
 {
-    if (m_tree) m_undo->record(tr("Delete Files"), [this] { m_tree->deleteFiles(); });
+    if (m_tree)
+        m_undo->record(tr("Delete Files"), [this] { m_tree->deleteFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolders()
 {
-    if (m_tree) m_undo->record(tr("Delete Folder"), [this] { m_tree->deleteFolders(); });
+    if (m_tree)
+        m_undo->record(tr("Delete Folder"), [this] { m_tree->deleteFolders(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onShowProperty()
 {
-    if (!m_tree) return;
+    if (!m_tree)
+        return;
     if (ProjectItem* item = m_tree->selection().primary())
         showItemProperty(this, *item, item->isSource() ? m_tree->sourcePath(*item) : fs::path());
 }
 
 void MainWindow::onSelectAllTree()
 {
-    if (!m_tree) return;
+    if (!m_tree)
+        return;
     m_tree->selection().selectAll();
     m_workspace->selectItems(m_tree->selection().items());
 }
@@ -719,7 +782,8 @@ void MainWindow::onDllSetting()
 
 void MainWindow::onBodyInformation()
 {
-    if (!m_bodies) return;
+    if (!m_bodies)
+        return;
     BodyInformationDialog dialog(m_bodies->bodies(), *m_port, this);
     if (m_playing->board().isLoaded()) {
         const std::uint32_t baud = std::uint32_t(m_bodies->baudRate());
@@ -728,8 +792,8 @@ void MainWindow::onBodyInformation()
         for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
             devices << info.systemLocation();
         const QByteArray current = qgetenv("KESTRELON_BOARD_PORT0");
-        dialog.setBoardPort(current.isEmpty() ? QStringLiteral("/dev/ttyUSB0") : QString::fromLocal8Bit(current), devices,
-                            [this](const QString& device) {
+        dialog.setBoardPort(current.isEmpty() ? QStringLiteral("/dev/ttyUSB0") : QString::fromLocal8Bit(current),
+                            devices, [this](const QString& device) {
                                 m_settings.boardPorts[0] = device.toStdString();
                                 qputenv("KESTRELON_BOARD_PORT0", device.toLocal8Bit());
                             });
@@ -776,7 +840,8 @@ void MainWindow::onExternalEditor()
         return;
     }
     const std::vector<ProjectItem*> sources = selectedSources();
-    if (!m_tree || sources.empty()) return;
+    if (!m_tree || sources.empty())
+        return;
     ProjectItem* primary = m_tree->selection().primary();
     const ProjectItem* source = primary && primary->isSource() ? primary : sources.front();
     m_editorRunning = true;
@@ -799,7 +864,8 @@ void MainWindow::onCompareBitRates()
     if (!m_bodies->findBody(body) && !m_bodies->bodies().empty())
         body = m_bodies->bodies().front().name;
     CompareRatesDialog dialog(
-        {m_bodies->bodies(), body, std::move(waves), m_options.programFolder / "kestrelon-cli", m_options.bodySettingsFile},
+        {m_bodies->bodies(), body, std::move(waves), m_options.programFolder / "kestrelon-cli",
+         m_options.bodySettingsFile},
         [this, &sources](const std::string& chosenBody, const std::string& algorithm, const std::string& rate) {
             m_view->addEncodeRows(sources, chosenBody, algorithm, rate);
         },
@@ -810,10 +876,11 @@ void MainWindow::onCompareBitRates()
 void MainWindow::onShowWaveform()
 {
     const std::optional<ListRow> row = m_view->currentListRow();
-    if (!row) return;
+    if (!row)
+        return;
     const EditInfoRecord& record = row->record();
-    auto* window = new WaveWindow(m_project.session().filesFolder() / pathFromUtf8(record.fileName), m_settings.colors, *m_port,
-                                  &m_playing->controller(), this);
+    auto* window = new WaveWindow(m_project.session().filesFolder() / pathFromUtf8(record.fileName), m_settings.colors,
+                                  *m_port, &m_playing->controller(), this);
     window->setWindowFlag(Qt::Window);
     if (!window->loaded()) {
         delete window;
@@ -821,8 +888,10 @@ void MainWindow::onShowWaveform()
     }
     // The decoded pane is a bonus: a row not decoded shows its source alone.
     if (!record.decodeName.empty()) {
-        const std::filesystem::path decoded = unpackDecodedWave(m_project.session(), record, window->scratchFolder(), *m_port);
-        if (!decoded.empty()) window->loadDecoded(decoded);
+        const std::filesystem::path decoded =
+            unpackDecodedWave(m_project.session(), record, window->scratchFolder(), *m_port);
+        if (!decoded.empty())
+            window->loadDecoded(decoded);
     }
     m_waveWindows.emplace_back(window);
     window->show();
@@ -830,7 +899,8 @@ void MainWindow::onShowWaveform()
 
 void MainWindow::onPlaySentence()
 {
-    PlaySentenceDialog dialog(m_project.session(), m_project.companions().playList(), *m_playing, m_bodies, *m_port, this);
+    PlaySentenceDialog dialog(m_project.session(), m_project.companions().playList(), *m_playing, m_bodies, *m_port,
+                              this);
     dialog.exec();
     dialog.stop();
 }
@@ -839,14 +909,16 @@ void MainWindow::closeWaveWindows()
 {
     // Their files are the project's: they go with it.
     for (const QPointer<WaveWindow>& window : m_waveWindows)
-        if (window) window->close();
+        if (window)
+            window->close();
     m_waveWindows.clear();
 }
 
 void MainWindow::onSplitterBar()
 {
     SplitterBarDialog dialog(splitViewEnabled(), *m_port, this);
-    if (dialog.exec() == QDialog::Accepted) setSplitViewEnabled(dialog.showChecked());
+    if (dialog.exec() == QDialog::Accepted)
+        setSplitViewEnabled(dialog.showChecked());
 }
 
 void MainWindow::onAutoDecode()

@@ -167,7 +167,7 @@ private:
     RecentProjects m_recent;
     std::unique_ptr<QtUserPort> m_ownPort;
     std::vector<QPointer<WaveWindow>> m_waveWindows; // open waveform windows of the project
-    QPointer<ManualWindow> m_manual;                   // the user manual, once F1 opened it
+    QPointer<ManualWindow> m_manual; // the user manual, once F1 opened it
     UserPort* m_port;
     std::unique_ptr<FileChooser> m_ownChooser;
     FileChooser* m_chooser;

@@ -6,16 +6,19 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
-#include <QPlainTextEdit>
-#include <QVBoxLayout>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace kestrelon {
 
 namespace {
 
-QString qtText(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+QString qtText(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
 
 QString captionOr(std::string_view caption)
 {
@@ -35,13 +38,18 @@ Answer QtUserPort::askCheck(std::string_view text, std::string_view caption)
     QPushButton* stop = box.addButton(QStringLiteral("Stop"), QMessageBox::RejectRole);
     box.setEscapeButton(stop);
     box.exec();
-    if (box.clickedButton() == replace) return Answer::Yes;
-    if (box.clickedButton() == skip) return Answer::No;
-    if (box.clickedButton() == skipAll) return Answer::SkipAll;
+    if (box.clickedButton() == replace)
+        return Answer::Yes;
+    if (box.clickedButton() == skip)
+        return Answer::No;
+    if (box.clickedButton() == skipAll)
+        return Answer::SkipAll;
     return Answer::Cancel;
 }
 
-QtUserPort::QtUserPort(QWidget* parent) : m_parent(parent) {}
+QtUserPort::QtUserPort(QWidget* parent)
+    : m_parent(parent)
+{}
 
 QtUserPort::~QtUserPort() = default;
 
@@ -60,14 +68,9 @@ Answer QtUserPort::ask(std::string_view text, Buttons buttons, std::string_view 
         shown = QMessageBox::Yes | QMessageBox::No;
         escape = QMessageBox::No;
         break;
-    case Buttons::YesNoCancel:
-        shown = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
-        break;
-    case Buttons::OkCancel:
-        shown = QMessageBox::Ok | QMessageBox::Cancel;
-        break;
-    case Buttons::ReplaceSkipSkipAllStop:
-        return askCheck(text, caption);
+    case Buttons::YesNoCancel: shown = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel; break;
+    case Buttons::OkCancel: shown = QMessageBox::Ok | QMessageBox::Cancel; break;
+    case Buttons::ReplaceSkipSkipAllStop: return askCheck(text, caption);
     }
     QMessageBox box(QMessageBox::Question, captionOr(caption), qtText(text), shown, m_parent);
     box.setEscapeButton(escape);
@@ -105,23 +108,40 @@ Answer QtUserPort::askAboutFiles(std::string_view heading, const std::vector<std
 
 ProgressDialog& QtUserPort::progress()
 {
-    if (!m_progress) m_progress = std::make_unique<ProgressDialog>(m_parent);
+    if (!m_progress)
+        m_progress = std::make_unique<ProgressDialog>(m_parent);
     return *m_progress;
 }
 
-void QtUserPort::beginProgress(std::string_view title) { progress().begin(title); }
+void QtUserPort::beginProgress(std::string_view title)
+{
+    progress().begin(title);
+}
 
-void QtUserPort::setProgressRange(int low, int high) { progress().setRange(low, high); }
+void QtUserPort::setProgressRange(int low, int high)
+{
+    progress().setRange(low, high);
+}
 
-void QtUserPort::setProgressPosition(int position) { progress().setPosition(position); }
+void QtUserPort::setProgressPosition(int position)
+{
+    progress().setPosition(position);
+}
 
-void QtUserPort::setProgressText(std::string_view text) { progress().setText(text); }
+void QtUserPort::setProgressText(std::string_view text)
+{
+    progress().setText(text);
+}
 
 void QtUserPort::endProgress()
 {
-    if (m_progress) m_progress->end();
+    if (m_progress)
+        m_progress->end();
 }
 
-bool QtUserPort::stopRequested() { return m_progress && m_progress->stopRequested(); }
+bool QtUserPort::stopRequested()
+{
+    return m_progress && m_progress->stopRequested();
+}
 
 } // namespace kestrelon

@@ -25,7 +25,10 @@ namespace kestrelon {
 
 namespace {
 
-QString qtText(const std::string& text) { return QString::fromStdString(text); }
+QString qtText(const std::string& text)
+{
+    return QString::fromStdString(text);
+}
 
 // Calls `visit` on every node below `parent`, parents before children.
 template <typename Visit>
@@ -40,7 +43,8 @@ void forEachNode(QStandardItem* parent, Visit&& visit)
 
 } // namespace
 
-WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Workspace"), parent)
+WorkspaceBar::WorkspaceBar(QWidget* parent)
+    : QDockWidget(QStringLiteral("Workspace"), parent)
 {
     setObjectName(QStringLiteral("WorkspaceBar"));
     setAllowedAreas(Qt::AllDockWidgetAreas);
@@ -76,18 +80,22 @@ WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Worksp
 
     connect(m_filesView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { takeSelectionFromView(); });
-    connect(m_filesView, &QTreeView::collapsed, this, [this](const QModelIndex& index) { collapsedOrExpanded(index, false); });
-    connect(m_filesView, &QTreeView::expanded, this, [this](const QModelIndex& index) { collapsedOrExpanded(index, true); });
+    connect(m_filesView, &QTreeView::collapsed, this,
+            [this](const QModelIndex& index) { collapsedOrExpanded(index, false); });
+    connect(m_filesView, &QTreeView::expanded, this,
+            [this](const QModelIndex& index) { collapsedOrExpanded(index, true); });
     connect(m_filesModel, &QStandardItemModel::itemChanged, this, [this](QStandardItem* node) { renamed(node); });
     connect(m_filesView, &QTreeView::doubleClicked, this, [this](const QModelIndex& index) {
         ProjectItem* item = itemOf(index);
-        if (item && item->isSource()) emit sourceActivated(item);
+        if (item && item->isSource())
+            emit sourceActivated(item);
     });
     connect(m_filesView, &QTreeView::customContextMenuRequested, this, [this](const QPoint& at) {
         const QModelIndex index = m_filesView->indexAt(at);
         if (index.isValid() && !m_filesView->selectionModel()->isSelected(index))
             m_filesView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-        if (m_filesMenu) m_filesMenu->exec(m_filesView->viewport()->mapToGlobal(at));
+        if (m_filesMenu)
+            m_filesMenu->exec(m_filesView->viewport()->mapToGlobal(at));
     });
     connect(m_algorithmsView, &QTreeWidget::itemSelectionChanged, this, [this] { emit selectionChanged(); });
     connect(m_algorithmsView, &QTreeWidget::customContextMenuRequested, this, [this](const QPoint& at) {
@@ -95,11 +103,15 @@ WorkspaceBar::WorkspaceBar(QWidget* parent) : QDockWidget(QStringLiteral("Worksp
             m_algorithmsView->clearSelection();
             item->setSelected(true);
         }
-        if (m_algorithmsMenu) m_algorithmsMenu->exec(m_algorithmsView->viewport()->mapToGlobal(at));
+        if (m_algorithmsMenu)
+            m_algorithmsMenu->exec(m_algorithmsView->viewport()->mapToGlobal(at));
     });
 }
 
-QSize WorkspaceBar::sizeHint() const { return {170, 150}; }
+QSize WorkspaceBar::sizeHint() const
+{
+    return {170, 150};
+}
 
 std::optional<TreeTarget> WorkspaceBar::dropTarget(const QPoint& at) const
 {
@@ -138,8 +150,7 @@ bool WorkspaceBar::eventFilter(QObject* watched, QEvent* event)
         emit filesDropped(*target, files);
         return true;
     }
-    default:
-        return QDockWidget::eventFilter(watched, event);
+    default: return QDockWidget::eventFilter(watched, event);
     }
 }
 
@@ -227,24 +238,30 @@ void WorkspaceBar::giveSelectionToView()
     QItemSelection selection;
     QModelIndex current;
     if (QStandardItem* root = m_filesModel->item(0)) {
-        if (m_rootSelected) selection.select(root->index(), root->index());
+        if (m_rootSelected)
+            selection.select(root->index(), root->index());
         const ProjectItem* focus = m_tree ? m_tree->selection().focus() : nullptr;
         forEachNode(root, [&](QStandardItem* node) {
             ProjectItem* item = itemOf(node->index());
-            if (item && m_tree->selection().isSelected(item)) selection.select(node->index(), node->index());
-            if (item && item == focus) current = node->index();
+            if (item && m_tree->selection().isSelected(item))
+                selection.select(node->index(), node->index());
+            if (item && item == focus)
+                current = node->index();
         });
-        if (!current.isValid() && m_rootSelected) current = root->index();
+        if (!current.isValid() && m_rootSelected)
+            current = root->index();
     }
     m_filesView->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-    if (current.isValid()) m_filesView->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    if (current.isValid())
+        m_filesView->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     m_syncing = false;
     emit selectionChanged();
 }
 
 void WorkspaceBar::takeSelectionFromView()
 {
-    if (m_syncing || !m_tree) return;
+    if (m_syncing || !m_tree)
+        return;
     const QModelIndex current = m_filesView->selectionModel()->currentIndex();
     std::vector<ProjectItem*> items;
     ProjectItem* currentItem = nullptr;
@@ -255,23 +272,28 @@ void WorkspaceBar::takeSelectionFromView()
             continue;
         }
         if (ProjectItem* item = itemOf(index)) {
-            if (index == current) currentItem = item;
-            else items.push_back(item);
+            if (index == current)
+                currentItem = item;
+            else
+                items.push_back(item);
         }
     }
     // The node clicked last becomes the selection's focus and anchor, so a
     // later Shift-click extends from it.
-    if (currentItem) items.push_back(currentItem);
+    if (currentItem)
+        items.push_back(currentItem);
     m_tree->selection().selectOnly(items);
     emit selectionChanged();
 }
 
 void WorkspaceBar::collapsedOrExpanded(const QModelIndex& index, bool expanded)
 {
-    if (m_syncing || !m_tree) return;
+    if (m_syncing || !m_tree)
+        return;
     if (index.data(kRootRole).toBool()) {
         // The root hides everything when collapsed: nothing hidden stays selected.
-        if (!expanded) m_tree->selection().clear();
+        if (!expanded)
+            m_tree->selection().clear();
     } else if (ProjectItem* item = itemOf(index)) {
         m_tree->selection().setExpanded(item, expanded);
     }
@@ -280,19 +302,25 @@ void WorkspaceBar::collapsedOrExpanded(const QModelIndex& index, bool expanded)
 
 void WorkspaceBar::renamed(QStandardItem* node)
 {
-    if (m_syncing || !m_tree) return;
+    if (m_syncing || !m_tree)
+        return;
     ProjectItem* item = itemOf(node->index());
-    if (!item || !item->isGroup()) return;
+    if (!item || !item->isGroup())
+        return;
     const std::string newName = node->text().toStdString();
     // The rename refreshes the trees; not from inside the model's own signal.
     QTimer::singleShot(0, this, [this, item, newName] {
-        if (!m_tree || !m_document) return;
+        if (!m_tree || !m_document)
+            return;
         const std::vector<ProjectItem*> live = filesTreeOrder(*m_document);
-        if (std::find(live.begin(), live.end(), item) == live.end()) return;
+        if (std::find(live.begin(), live.end(), item) == live.end())
+            return;
         CommandOutcome outcome = CommandOutcome::NothingToDo;
         const auto rename = [&] { outcome = m_tree->renameFolder(item, newName); };
-        if (m_undo) m_undo->record(tr("Rename Folder"), rename);
-        else rename();
+        if (m_undo)
+            m_undo->record(tr("Rename Folder"), rename);
+        else
+            rename();
         if (outcome != CommandOutcome::Done)
             refreshFiles(); // a refused name goes back to the folder's own
     });
@@ -300,15 +328,22 @@ void WorkspaceBar::renamed(QStandardItem* node)
 
 std::optional<TreeTarget> WorkspaceBar::target() const
 {
-    if (!m_tree) return std::nullopt;
+    if (!m_tree)
+        return std::nullopt;
     const QModelIndex current = m_filesView->selectionModel()->currentIndex();
-    if (m_rootSelected && current.data(kRootRole).toBool()) return TreeTarget::topLevel();
-    if (auto found = m_tree->targetFor(nullptr)) return found;
-    if (m_rootSelected) return TreeTarget::topLevel();
+    if (m_rootSelected && current.data(kRootRole).toBool())
+        return TreeTarget::topLevel();
+    if (auto found = m_tree->targetFor(nullptr))
+        return found;
+    if (m_rootSelected)
+        return TreeTarget::topLevel();
     return std::nullopt;
 }
 
-bool WorkspaceBar::rootSelected() const { return m_rootSelected; }
+bool WorkspaceBar::rootSelected() const
+{
+    return m_rootSelected;
+}
 
 std::string WorkspaceBar::selectedAlgorithm() const
 {
@@ -320,7 +355,8 @@ std::string WorkspaceBar::selectedAlgorithm() const
 void WorkspaceBar::refreshAlgorithms()
 {
     m_algorithmsView->clear();
-    if (!m_algorithms) return;
+    if (!m_algorithms)
+        return;
     auto* root = new QTreeWidgetItem(m_algorithmsView, {QStringLiteral("Algorithms")});
     root->setIcon(0, m_folderIcon);
     root->setFlags(root->flags() & ~Qt::ItemIsSelectable);
@@ -334,7 +370,8 @@ void WorkspaceBar::refreshAlgorithms()
 
 void WorkspaceBar::selectItems(const std::vector<ProjectItem*>& items, bool root)
 {
-    if (!m_tree) return;
+    if (!m_tree)
+        return;
     m_rootSelected = root;
     m_tree->selection().selectOnly(items);
     giveSelectionToView();

@@ -7,12 +7,12 @@
 namespace kestrelon {
 
 struct BodyAlgoInfo {
-    std::string name;                  // ALGO<j>
-    std::string section;               // ALGO<j>_SECTION: the section describing the algorithm
-    std::string dllDir;                // DLLDIR
-    std::string pathName;              // PATHNAME
+    std::string name; // ALGO<j>
+    std::string section; // ALGO<j>_SECTION: the section describing the algorithm
+    std::string dllDir; // DLLDIR
+    std::string pathName; // PATHNAME
     std::vector<std::string> bitRates; // the non-empty BITRATE<k>, as shown to the user
-    int config = 0;                    // CONFIG
+    int config = 0; // CONFIG
 };
 
 struct BodyInfo {
@@ -26,7 +26,7 @@ struct BodyInfo {
     int volumeMax = 0;
     int volumeMin = 0;
     int defaultVolume = 0;
-    int currentVolume = 0;   // written back at exit
+    int currentVolume = 0; // written back at exit
     int confirmedVolume = 0; // the current volume as last confirmed; Cancel restores it
     std::vector<BodyAlgoInfo> algorithms;
 };

@@ -38,7 +38,8 @@ std::optional<AlgorithmData> readAlgorithmSection(const IniDocument& doc, const 
     // Missing BITRATE<k> slots read as empty and are skipped, so walking only
     // the slots present reads the same as walking the whole count.
     for (auto& [k, bitRate] : doc.numberedValues(section, "BITRATE", "", *bitRateCount))
-        if (!bitRate.empty()) data.bitRates.push_back(std::move(bitRate));
+        if (!bitRate.empty())
+            data.bitRates.push_back(std::move(bitRate));
     // Unlike the counts, CONFIG has no meaningful default: an entry whose
     // section lacks it is not complete.
     if (!doc.value(section, "CONFIG"))
@@ -58,7 +59,8 @@ std::optional<BodyInfo> readBodySection(const IniDocument& doc, const std::strin
     body.name = name;
     // A malformed value shows "Invalid data!" and leaves the field at 0.
     const auto take = [&](std::string_view key, int& field) {
-        if (const auto value = doc.getInt(name, key, 0, port)) field = *value;
+        if (const auto value = doc.getInt(name, key, 0, port))
+            field = *value;
     };
     take("BODYID", body.bodyId);
     take("SAMPLERATE_MAX", body.sampleRateMax);
@@ -111,7 +113,8 @@ bool BodySettings::load(const std::filesystem::path& path, const std::filesystem
     // Empty or missing BODY<i> slots are skipped: walking the slots present
     // reads the same as walking COUNT, however large COUNT is.
     for (auto& [i, name] : doc.numberedValues("BODY", "BODY", "", *count)) {
-        if (name.empty()) continue;
+        if (name.empty())
+            continue;
         BodyInfo body;
         body.name = std::move(name);
         m_bodies.push_back(std::move(body));
@@ -136,7 +139,8 @@ bool BodySettings::load(const std::filesystem::path& path, const std::filesystem
     std::unordered_map<std::string, std::optional<BodyInfo>> bodySections;
     for (BodyInfo& body : m_bodies) {
         auto [cached, fresh] = bodySections.try_emplace(toUpperAscii(body.name));
-        if (fresh) cached->second = readBodySection(doc, body.name, port);
+        if (fresh)
+            cached->second = readBodySection(doc, body.name, port);
         if (cached->second) {
             if (!withinBudget(cached->second->algorithms.size()))
                 return false;
@@ -150,8 +154,10 @@ bool BodySettings::load(const std::filesystem::path& path, const std::filesystem
     for (BodyInfo& body : m_bodies) {
         for (BodyAlgoInfo& algo : body.algorithms) {
             auto [cached, fresh] = algorithmSections.try_emplace(toUpperAscii(algo.section));
-            if (fresh) cached->second = readAlgorithmSection(doc, algo.section, port);
-            if (!cached->second) continue;
+            if (fresh)
+                cached->second = readAlgorithmSection(doc, algo.section, port);
+            if (!cached->second)
+                continue;
             if (!withinBudget(cached->second->bitRates.size()))
                 return false;
             algo.dllDir = cached->second->dllDir;
@@ -179,7 +185,8 @@ bool BodySettings::saveCurrentVolumes(const std::filesystem::path& path) const
 const BodyInfo* BodySettings::findBody(std::string_view name) const
 {
     for (const BodyInfo& body : m_bodies)
-        if (body.name == name) return &body;
+        if (body.name == name)
+            return &body;
     return nullptr;
 }
 

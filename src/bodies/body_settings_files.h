@@ -12,7 +12,7 @@
 namespace kestrelon {
 
 struct BodySettingsFiles {
-    std::filesystem::path shipped;  // <program folder>/KestrelonBodySetting.dat
+    std::filesystem::path shipped; // <program folder>/KestrelonBodySetting.dat
     std::filesystem::path userCopy; // <config>/Corvane/KestrelonBodySetting.dat; empty without a config folder
 
     static BodySettingsFiles forProgram(const std::filesystem::path& programFolder,
@@ -24,7 +24,7 @@ struct BodySettingsFiles {
 struct VolumesSaved {
     bool ok = false;
     std::filesystem::path file; // where the volumes are now kept
-    std::string error;          // why they could not be kept, when !ok
+    std::string error; // why they could not be kept, when !ok
 };
 
 // Writes the current volumes back into the file in use (a file with no change

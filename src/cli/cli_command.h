@@ -28,7 +28,9 @@ struct UsageError : std::runtime_error {
 // what is left are positional arguments.
 class Arguments {
 public:
-    explicit Arguments(std::vector<std::string> words) : m_words(std::move(words)) {}
+    explicit Arguments(std::vector<std::string> words)
+        : m_words(std::move(words))
+    {}
 
     bool takeFlag(std::string_view name);
     std::optional<std::string> takeOption(std::string_view name);
@@ -48,8 +50,8 @@ private:
 struct Context {
     Arguments& args;
     RecordingPort& port;
-    Answer blanket;                      // --yes / --no / --cancel
-    bool json = false;                   // --json
+    Answer blanket; // --yes / --no / --cancel
+    bool json = false; // --json
     std::filesystem::path programFolder; // folder of the executable
     // --settings FILE: the body settings file; by default the user's copy
     // when there is one, else <program folder>/KestrelonBodySetting.dat.

@@ -3,10 +3,10 @@
 #include "bodies/body_settings.h"
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
-#include "playback/board_items.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "host/board_player_host.h"
+#include "playback/board_items.h"
 #include "project/project_session.h"
 #include "settings/settings_store.h"
 
@@ -77,7 +77,8 @@ Result playEncodedOnBoard(Context& ctx, const std::string& ptp, std::size_t row)
             std::this_thread::sleep_for(kFollowPeriod);
             for (const BoardReport& r : board.follow()) {
                 reports.push_back(Json{{"index", r.index}, {"status", r.status}});
-                if (r.index == -1) last = r.status;
+                if (r.index == -1)
+                    last = r.status;
             }
         }
         if (last != kAllPlayed)

@@ -14,19 +14,16 @@ namespace {
 Json algorithmJson(const BodyAlgoInfo& algo)
 {
     return Json{
-        {"name", algo.name},
-        {"section", algo.section},
-        {"dllDir", algo.dllDir},
-        {"pathName", algo.pathName},
-        {"bitRates", algo.bitRates},
-        {"config", algo.config},
+        {"name", algo.name},         {"section", algo.section},   {"dllDir", algo.dllDir},
+        {"pathName", algo.pathName}, {"bitRates", algo.bitRates}, {"config", algo.config},
     };
 }
 
 Json bodyJson(const BodyInfo& body)
 {
     Json algorithms = Json::array();
-    for (const BodyAlgoInfo& algo : body.algorithms) algorithms.push_back(algorithmJson(algo));
+    for (const BodyAlgoInfo& algo : body.algorithms)
+        algorithms.push_back(algorithmJson(algo));
     return Json{
         {"name", body.name},
         {"bodyId", body.bodyId},
@@ -63,7 +60,8 @@ Result runBodies(Context& context)
     if (!settings.load(file, programFolder, context.port))
         return Result{false, Json{{"file", utf8FromPath(file)}}};
     Json bodies = Json::array();
-    for (const BodyInfo& body : settings.bodies()) bodies.push_back(bodyJson(body));
+    for (const BodyInfo& body : settings.bodies())
+        bodies.push_back(bodyJson(body));
     return Result{true, Json{
                             {"file", utf8FromPath(file)},
                             {"pcPlayDll", utf8FromPath(settings.pcPlayDll())},
@@ -85,7 +83,9 @@ Result runSetVolume(Context& context)
 
     BodySettings settings;
     if (!settings.load(context.bodySettingsFile, context.programFolder, context.port))
-        return finishCommand(context, Result{false}, "the body settings file " + utf8FromPath(context.bodySettingsFile) + " cannot be read", {});
+        return finishCommand(context, Result{false},
+                             "the body settings file " + utf8FromPath(context.bodySettingsFile) + " cannot be read",
+                             {});
     BodyInfo* body = settings.findBody(words[0]);
     if (!body)
         return finishCommand(context, Result{false}, "no body is named " + words[0], {});

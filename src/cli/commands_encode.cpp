@@ -221,8 +221,9 @@ Result projectAddEncode(Context& ctx)
         const std::vector<ProjectItem*> order = filesTreeOrder(session.document());
         std::vector<ProjectItem*> selected;
         for (const std::string& id : ids) {
-            const auto found = std::find_if(order.begin(), order.end(),
-                                            [&](const ProjectItem* item) { return item->isSource() && item->id() == id; });
+            const auto found = std::find_if(order.begin(), order.end(), [&](const ProjectItem* item) {
+                return item->isSource() && item->id() == id;
+            });
             if (found == order.end()) {
                 error = "no source file with id " + id;
                 return false;
@@ -260,9 +261,9 @@ Result projectAddEncode(Context& ctx)
     for (const AddedSource& source : added.sources)
         ++counts[static_cast<int>(source.outcome)];
     return finishCommand(ctx, std::move(result), error,
-                  *body + " / " + *algorithm + " / " + *bitRate + ": " + std::to_string(counts[0]) + " added, " +
-                      std::to_string(counts[1]) + " replaced, " + std::to_string(counts[2]) + " skipped" +
-                      (added.stopped ? ", stopped" : ""));
+                         *body + " / " + *algorithm + " / " + *bitRate + ": " + std::to_string(counts[0]) + " added, " +
+                             std::to_string(counts[1]) + " replaced, " + std::to_string(counts[2]) + " skipped" +
+                             (added.stopped ? ", stopped" : ""));
 }
 
 // encode and decode: the rows of --rows (all rows without it) are the selection.
@@ -306,11 +307,17 @@ Result runBatchCommand(Context& ctx, bool encoding)
     setSpooledField(result, "rows", std::move(rows));
     const std::size_t done = batch.count(RowOutcome::Done);
     return finishCommand(ctx, std::move(result), error,
-                  (encoding ? "encoded " : "decoded ") + std::to_string(done) + " row(s)");
+                         (encoding ? "encoded " : "decoded ") + std::to_string(done) + " row(s)");
 }
 
-Result projectEncode(Context& ctx) { return runBatchCommand(ctx, true); }
-Result projectDecode(Context& ctx) { return runBatchCommand(ctx, false); }
+Result projectEncode(Context& ctx)
+{
+    return runBatchCommand(ctx, true);
+}
+Result projectDecode(Context& ctx)
+{
+    return runBatchCommand(ctx, false);
+}
 
 Result projectList(Context& ctx)
 {
@@ -331,10 +338,14 @@ void addEncodeCommands(std::vector<CommandSpec>& table)
     table.push_back({{"project", "add-algo"}, "project add-algo PROJECT.ptp PLUGIN", &projectAddAlgo, false});
     table.push_back({{"project", "add-encode"},
                      "project add-encode PROJECT.ptp --body B --algo A --rate R [--decode] [--jobs N] [ID...]",
-                     &projectAddEncode, false});
-    table.push_back({{"project", "encode"}, "project encode PROJECT.ptp [--rows N,...] [--decode] [--jobs N]", &projectEncode,
+                     &projectAddEncode,
                      false});
-    table.push_back({{"project", "decode"}, "project decode PROJECT.ptp [--rows N,...] [--jobs N]", &projectDecode, false});
+    table.push_back({{"project", "encode"},
+                     "project encode PROJECT.ptp [--rows N,...] [--decode] [--jobs N]",
+                     &projectEncode,
+                     false});
+    table.push_back(
+        {{"project", "decode"}, "project decode PROJECT.ptp [--rows N,...] [--jobs N]", &projectDecode, false});
     table.push_back({{"project", "list"}, "project list PROJECT.ptp", &projectList, true});
 }
 

@@ -22,14 +22,16 @@ Json eventJson(const SpeechEvent& event)
 Json eventsJson(const SpeechEventList& events, const std::string& label)
 {
     Json list = Json::array();
-    for (const SpeechEvent& event : events) list.push_back(eventJson(event));
+    for (const SpeechEvent& event : events)
+        list.push_back(eventJson(event));
     return Json{{"label", label}, {"events", std::move(list)}};
 }
 
 long long requiredNumber(Context& context, std::string_view name, long long low, long long high)
 {
     const std::optional<long long> value = context.args.takeNumber(name, low, high);
-    if (!value) throw UsageError(std::string(name) + " is required");
+    if (!value)
+        throw UsageError(std::string(name) + " is required");
     return *value;
 }
 
@@ -37,11 +39,13 @@ long long requiredNumber(Context& context, std::string_view name, long long low,
 Result confirm(Context& context, const SpeechEventEditor& editor)
 {
     if (!editor.write()) {
-        context.port.showMessage(std::string(msg::kEventFileNotWrittenPrefix) + utf8FromPath(editor.eventFile()) + " !");
+        context.port.showMessage(std::string(msg::kEventFileNotWrittenPrefix) + utf8FromPath(editor.eventFile()) +
+                                 " !");
         return Result{false};
     }
     const std::string label = editor.customLabelChosen() ? editor.customLabel() : std::string(msg::kDefaultLabel);
-    printSummary(context, utf8FromPath(editor.eventFile()) + ": " + std::to_string(editor.events().size()) + " event(s)");
+    printSummary(context,
+                 utf8FromPath(editor.eventFile()) + ": " + std::to_string(editor.events().size()) + " event(s)");
     return Result{true, eventsJson(editor.events(), label)};
 }
 
@@ -65,11 +69,13 @@ Result runEventsAdd(Context& context)
     const std::optional<std::string> description = context.args.takeOption("--description");
     const std::optional<std::string> label = context.args.takeOption("--label");
     const bool defaultLabel = context.args.takeFlag("--default-label");
-    if (label && defaultLabel) throw UsageError("--label and --default-label exclude each other");
+    if (label && defaultLabel)
+        throw UsageError("--label and --default-label exclude each other");
     const std::vector<std::string> words = context.args.expect(1);
 
     SpeechEventEditor editor(absolutePathArgument(words[0]), context.port);
-    if (defaultLabel) editor.chooseDefaultLabel();
+    if (defaultLabel)
+        editor.chooseDefaultLabel();
     if (label) {
         editor.chooseCustomLabel();
         editor.setCustomLabel(*label);
@@ -98,7 +104,8 @@ void addEventCommands(std::vector<CommandSpec>& table)
     table.push_back({{"events", "dump"}, "events dump FILE.evt", runEventsDump, true});
     table.push_back({{"events", "add"},
                      "events add FILE.evt --samples N --id K [--description D] [--label TEXT | --default-label]",
-                     runEventsAdd, false});
+                     runEventsAdd,
+                     false});
     table.push_back({{"events", "delete"}, "events delete FILE.evt --id K", runEventsDelete, false});
 }
 

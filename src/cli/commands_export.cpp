@@ -3,9 +3,9 @@
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
 #include "common/paths.h"
-#include "project/project_session.h"
 #include "export/export.h"
 #include "export/firmware_export.h"
+#include "project/project_session.h"
 
 #include <algorithm>
 #include <iostream>
@@ -42,8 +42,7 @@ FirmwareOptions firmwareOptionsFrom(Arguments& args)
         unsigned long value = 256;
         try {
             value = std::stoul(*pad, &used, 0);
-        } catch (const std::exception&) {
-        }
+        } catch (const std::exception&) {}
         if (used != pad->size() || value > 255)
             throw UsageError("--pad takes a byte, e.g. 0xff or 0: " + *pad);
         options.padByte = static_cast<std::uint8_t>(value);
@@ -88,11 +87,12 @@ Result projectExport(Context& ctx)
             error = "no row " + std::to_string(bad) + ": the project has " + std::to_string(list.size()) + " row(s)";
             return false;
         }
-        outcome = exportRows(session, list, {outFolder, header},
-                             chosen ? ExportKind::Selected : ExportKind::All, ctx.port);
+        outcome =
+            exportRows(session, list, {outFolder, header}, chosen ? ExportKind::Selected : ExportKind::All, ctx.port);
         if (outcome.indexFile.empty())
             return false;
-        firmwareOutcome = writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, header, firmware, ctx.port);
+        firmwareOutcome =
+            writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, header, firmware, ctx.port);
         if (!firmwareOutcome.ok)
             error = firmwareOutcome.error;
         return outcome.ok && firmwareOutcome.ok;
@@ -122,9 +122,12 @@ Result projectExport(Context& ctx)
 
 void addExportCommands(std::vector<CommandSpec>& table)
 {
-    table.push_back({{"project", "export"}, "project export PROJECT.ptp --out DIR [--header] [--rows N,...] [--format raw|c|image] [--name BASE] "
-                     "[--align N] [--byte-order little|big] [--pad BYTE]",
-                     &projectExport, false});
+    table.push_back(
+        {{"project", "export"},
+         "project export PROJECT.ptp --out DIR [--header] [--rows N,...] [--format raw|c|image] [--name BASE] "
+         "[--align N] [--byte-order little|big] [--pad BYTE]",
+         &projectExport,
+         false});
 }
 
 } // namespace kestrelon::cli

@@ -11,17 +11,10 @@ Json headerJson(const EncodedFileInfo& info)
 {
     const EncodedHeaderFields& header = info.header;
     return Json{
-        {"version", header.version},
-        {"formatCode", header.formatCode},
-        {"signature", header.signature},
-        {"field22", header.field22},
-        {"field24", header.field24},
-        {"sampleRate", header.sampleRate},
-        {"field30", header.field30},
-        {"field34", header.field34},
-        {"field36", header.field36},
-        {"dataOffset", kEncodedHeaderSize},
-        {"dataSize", info.dataSize()},
+        {"version", header.version},        {"formatCode", header.formatCode}, {"signature", header.signature},
+        {"field22", header.field22},        {"field24", header.field24},       {"sampleRate", header.sampleRate},
+        {"field30", header.field30},        {"field34", header.field34},       {"field36", header.field36},
+        {"dataOffset", kEncodedHeaderSize}, {"dataSize", info.dataSize()},
     };
 }
 

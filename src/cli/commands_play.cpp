@@ -4,8 +4,8 @@
 #include "cli/project_runner.h"
 #include "codec/main_list.h"
 #include "common/paths.h"
-#include "playback/playback_controller.h"
 #include "host/pc_player_host.h"
+#include "playback/playback_controller.h"
 #include "project/project_session.h"
 
 #include <chrono>
@@ -75,7 +75,8 @@ Result play(Context& ctx)
 
 void addPlayCommands(std::vector<CommandSpec>& table)
 {
-    table.push_back({{"play"}, "play PROJECT.ptp --row N --what original|decoded|encoded [--loop-count K]", &play, false});
+    table.push_back(
+        {{"play"}, "play PROJECT.ptp --row N --what original|decoded|encoded [--loop-count K]", &play, false});
 }
 
 } // namespace kestrelon::cli

@@ -29,11 +29,8 @@ constexpr std::uint32_t kAllPlayed = 16;
 Json playItemJson(const PlayItem& item)
 {
     return Json{
-        {"fileName", item.sourceKey},
-        {"bodyName", item.bodyName},
-        {"algoName", item.algorithmName},
-        {"bitRate", item.bitRate},
-        {"itemId", item.itemId},
+        {"fileName", item.sourceKey}, {"bodyName", item.bodyName}, {"algoName", item.algorithmName},
+        {"bitRate", item.bitRate},    {"itemId", item.itemId},
     };
 }
 
@@ -41,18 +38,16 @@ Json playItemJson(const PlayItem& item)
 Json entryJson(const PlayItem& item)
 {
     return Json{
-        {"fileName", item.sourceKey},
-        {"body", item.bodyName},
-        {"algorithm", item.algorithmName},
-        {"bitRate", item.bitRate},
-        {"itemId", item.itemId},
+        {"fileName", item.sourceKey}, {"body", item.bodyName}, {"algorithm", item.algorithmName},
+        {"bitRate", item.bitRate},    {"itemId", item.itemId},
     };
 }
 
 Json entriesJson(const PlayList& list)
 {
     Json entries = Json::array();
-    for (const PlayItem& item : list) entries.push_back(entryJson(item));
+    for (const PlayItem& item : list)
+        entries.push_back(entryJson(item));
     return entries;
 }
 
@@ -63,7 +58,8 @@ Result runPlayListDump(Context& context)
     if (!loadPlayList(pathFromUtf8(words[0]), list, context.port))
         return Result{false};
     Json items = Json::array();
-    for (const PlayItem& item : list) items.push_back(playItemJson(item));
+    for (const PlayItem& item : list)
+        items.push_back(playItemJson(item));
     return Result{true, Json{{"items", std::move(items)}}};
 }
 
@@ -149,10 +145,12 @@ Result runPlayListRemove(Context& context)
         std::sort(which.rbegin(), which.rend());
         which.erase(std::unique(which.begin(), which.end()), which.end());
         if (!which.empty() && which.front() >= list.size()) {
-            refusal = "no entry " + std::to_string(which.front()) + ": the play list has " + std::to_string(list.size());
+            refusal =
+                "no entry " + std::to_string(which.front()) + ": the play list has " + std::to_string(list.size());
             return false;
         }
-        for (const std::size_t entry : which) list.erase(list.begin() + std::ptrdiff_t(entry));
+        for (const std::size_t entry : which)
+            list.erase(list.begin() + std::ptrdiff_t(entry));
         if (!which.empty())
             session.markModified();
         return true;
@@ -193,8 +191,10 @@ Result runPlayListPlay(Context& context)
             while (board.playing()) {
                 std::this_thread::sleep_for(kFollowPeriod);
                 for (const BoardReport& r : board.follow()) {
-                    if (r.index >= 0) played = std::max(played, r.index + 1);
-                    if (r.index == -1) last = r.status;
+                    if (r.index >= 0)
+                        played = std::max(played, r.index + 1);
+                    if (r.index == -1)
+                        last = r.status;
                 }
             }
             return last == kAllPlayed;

@@ -1,8 +1,8 @@
 #include "cli/commands.h"
 
 #include "cli/project_json.h"
-#include "cli/spooled_array.h"
 #include "cli/project_runner.h"
+#include "cli/spooled_array.h"
 #include "common/messages.h"
 #include "common/paths.h"
 #include "playback/project_companions.h"
@@ -25,7 +25,8 @@ Result projectDump(Context& ctx)
     const bool dropMissing = ctx.args.takeFlag("--drop-missing");
     const auto words = ctx.args.expect(1);
     const Answer answer = dropMissing ? Answer::Ok : Answer::Cancel;
-    ctx.port.setPolicy([answer](std::string_view, Buttons buttons, std::string_view) { return answerFor(answer, buttons); });
+    ctx.port.setPolicy(
+        [answer](std::string_view, Buttons buttons, std::string_view) { return answerFor(answer, buttons); });
 
     ProjectDocument project;
     Result result{project.open(pathFromUtf8(words[0]), ctx.port), {{"modified", project.isModified()}}};
@@ -89,7 +90,6 @@ Result projectSaveAs(Context& ctx)
     return result;
 }
 
-
 // ---- The Files tree's commands: each runs on the open project as the
 // workbench would and leaves the folder as Save and Close leave it.
 
@@ -149,7 +149,8 @@ bool itemsForIds(const WorkspaceTree& tree, const std::vector<std::string>& ids,
 {
     for (const std::string& id : ids) {
         ProjectItem* item = itemForId(tree, id, kind, error);
-        if (!item) return false;
+        if (!item)
+            return false;
         items.push_back(item);
     }
     return true;
@@ -171,7 +172,8 @@ Result projectAddFolder(Context& ctx)
         TreeTarget target = TreeTarget::topLevel();
         if (parentId) {
             target.folder = itemForId(tree, *parentId, ItemKind::Folder, error);
-            if (!target.folder) return false;
+            if (!target.folder)
+                return false;
         }
         return tree.addFolder(target, words[1]) != nullptr;
     });
@@ -201,10 +203,12 @@ Result projectAddFiles(Context& ctx)
         TreeTarget target = TreeTarget::topLevel();
         if (folderId) {
             target.folder = itemForId(tree, *folderId, ItemKind::Folder, error);
-            if (!target.folder) return false;
+            if (!target.folder)
+                return false;
         }
         for (const AddedFile& file : tree.addFiles(target, chosen)) {
-            allAdded = allAdded && file.outcome != AddFileOutcome::Refused && file.outcome != AddFileOutcome::CopyFailed;
+            allAdded =
+                allAdded && file.outcome != AddFileOutcome::Refused && file.outcome != AddFileOutcome::CopyFailed;
             added.push_back({{"file", utf8FromPath(file.chosen)}, {"outcome", outcomeName(file.outcome)}});
         }
         return true;
@@ -212,7 +216,8 @@ Result projectAddFiles(Context& ctx)
     result.ok = result.ok && allAdded;
     std::string summary;
     for (const Json& file : added)
-        summary += (summary.empty() ? "" : "\n") + file["outcome"].get<std::string>() + " " + file["file"].get<std::string>();
+        summary +=
+            (summary.empty() ? "" : "\n") + file["outcome"].get<std::string>() + " " + file["file"].get<std::string>();
     result.fields["added"] = std::move(added);
     return finishCommand(ctx, std::move(result), error, summary);
 }
@@ -229,7 +234,8 @@ Result deleteSelected(Context& ctx, ItemKind kind)
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
         WorkspaceTree tree = treeOf(session, ctx.port);
         std::vector<ProjectItem*> items;
-        if (!itemsForIds(tree, ids, kind, items, error)) return false;
+        if (!itemsForIds(tree, ids, kind, items, error))
+            return false;
         tree.selection().selectOnly(items);
         outcome = kind == ItemKind::File ? tree.deleteFiles() : tree.deleteFolders();
         return true;
@@ -238,9 +244,15 @@ Result deleteSelected(Context& ctx, ItemKind kind)
     return finishCommand(ctx, std::move(result), error, deletionSummary(outcome));
 }
 
-Result projectDeleteFiles(Context& ctx) { return deleteSelected(ctx, ItemKind::File); }
+Result projectDeleteFiles(Context& ctx)
+{
+    return deleteSelected(ctx, ItemKind::File);
+}
 
-Result projectDeleteFolder(Context& ctx) { return deleteSelected(ctx, ItemKind::Folder); }
+Result projectDeleteFolder(Context& ctx)
+{
+    return deleteSelected(ctx, ItemKind::Folder);
+}
 
 Result projectDeleteAll(Context& ctx)
 {
@@ -262,7 +274,8 @@ Result projectRenameFolder(Context& ctx)
     Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
         WorkspaceTree tree = treeOf(session, ctx.port);
         ProjectItem* folder = itemForId(tree, words[1], ItemKind::Folder, error);
-        if (!folder) return false;
+        if (!folder)
+            return false;
         outcome = tree.renameFolder(folder, words[2]);
         return outcome != CommandOutcome::Refused;
     });
@@ -278,12 +291,17 @@ void addProjectCommands(std::vector<CommandSpec>& table)
     table.push_back({{"project", "rewrite"}, "project rewrite IN.ptp OUT.ptp", &projectRewrite, false});
     table.push_back({{"project", "new"}, "project new LOCATION NAME", &projectNew, false});
     table.push_back({{"project", "save-as"}, "project save-as PROJECT.ptp NEW.ptp", &projectSaveAs, false});
-    table.push_back({{"project", "add-folder"}, "project add-folder PROJECT.ptp NAME [--parent ID]", &projectAddFolder, false});
-    table.push_back({{"project", "add-files"}, "project add-files PROJECT.ptp [--folder ID] WAV...", &projectAddFiles, false});
-    table.push_back({{"project", "delete-files"}, "project delete-files PROJECT.ptp ID...", &projectDeleteFiles, false});
-    table.push_back({{"project", "delete-folder"}, "project delete-folder PROJECT.ptp ID...", &projectDeleteFolder, false});
+    table.push_back(
+        {{"project", "add-folder"}, "project add-folder PROJECT.ptp NAME [--parent ID]", &projectAddFolder, false});
+    table.push_back(
+        {{"project", "add-files"}, "project add-files PROJECT.ptp [--folder ID] WAV...", &projectAddFiles, false});
+    table.push_back(
+        {{"project", "delete-files"}, "project delete-files PROJECT.ptp ID...", &projectDeleteFiles, false});
+    table.push_back(
+        {{"project", "delete-folder"}, "project delete-folder PROJECT.ptp ID...", &projectDeleteFolder, false});
     table.push_back({{"project", "delete-all"}, "project delete-all PROJECT.ptp", &projectDeleteAll, false});
-    table.push_back({{"project", "rename-folder"}, "project rename-folder PROJECT.ptp ID NEWNAME", &projectRenameFolder, false});
+    table.push_back(
+        {{"project", "rename-folder"}, "project rename-folder PROJECT.ptp ID NEWNAME", &projectRenameFolder, false});
 }
 
 } // namespace kestrelon::cli

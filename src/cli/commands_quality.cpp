@@ -46,8 +46,11 @@ Result projectQuality(Context& ctx)
             if (chosen && !list.isSelected(i))
                 continue;
             const EditInfoRecord& record = list.rows()[i].record();
-            Json row = {{"row", i},           {"fileName", record.fileName}, {"body", record.bodyName},
-                        {"algorithm", record.algoName}, {"bitRate", record.bitRate}};
+            Json row = {{"row", i},
+                        {"fileName", record.fileName},
+                        {"body", record.bodyName},
+                        {"algorithm", record.algoName},
+                        {"bitRate", record.bitRate}};
             std::optional<QualityMeasures> measures = stored.find(record);
             if (!measures && !record.decodeName.empty()) {
                 measures = measureRowQuality(session, record, ctx.port);
@@ -76,7 +79,8 @@ Result projectQuality(Context& ctx)
     result.fields.erase("files");
     result.fields["qualityFile"] = utf8FromPath(stored.path());
     result.fields["rows"] = std::move(rows);
-    return finishCommand(ctx, std::move(result), error, "measured the decoded rows; kept in " + utf8FromPath(stored.path()));
+    return finishCommand(ctx, std::move(result), error,
+                         "measured the decoded rows; kept in " + utf8FromPath(stored.path()));
 }
 
 } // namespace

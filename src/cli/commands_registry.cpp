@@ -10,7 +10,8 @@ namespace {
 Json entriesJson(const std::vector<AlgoRegEntry>& entries)
 {
     Json list = Json::array();
-    for (const AlgoRegEntry& entry : entries) list.push_back(Json{{"name", entry.name}, {"path", entry.path}});
+    for (const AlgoRegEntry& entry : entries)
+        list.push_back(Json{{"name", entry.name}, {"path", entry.path}});
     return list;
 }
 

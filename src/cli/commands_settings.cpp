@@ -48,12 +48,9 @@ Json settingsJson(const SettingsStore& store)
     };
     out[key(names::kAutoSection)] = {{key(names::kDecode), store.autoDecode}};
     out[key(names::kLastSection)] = {
-        {key(names::kBodyName), store.lastBodyName},
-        {key(names::kAlgName), store.lastAlgName},
-        {key(names::kBitRate), store.lastBitRate},
-        {key(names::kApplyAllFiles), store.applyAllFiles},
-        {key(names::kProjectPath), store.lastProjectPath},
-        {key(names::kFilePath), store.lastFilePath},
+        {key(names::kBodyName), store.lastBodyName},         {key(names::kAlgName), store.lastAlgName},
+        {key(names::kBitRate), store.lastBitRate},           {key(names::kApplyAllFiles), store.applyAllFiles},
+        {key(names::kProjectPath), store.lastProjectPath},   {key(names::kFilePath), store.lastFilePath},
         {key(names::kExternalEditor), store.externalEditor},
     };
     out[key(names::kRecentSection)] = std::move(recent);

@@ -132,7 +132,8 @@ Result sweepWaves(Context& ctx, const SweepRequest& request, const std::vector<f
             for (const std::string& rate : algorithm.bitRates)
                 settings.push_back({algorithm.name, rate});
     if (settings.empty())
-        return finishCommand(ctx, Result{false}, "the body \"" + request.body + "\" offers none of these algorithms", {});
+        return finishCommand(ctx, Result{false}, "the body \"" + request.body + "\" offers none of these algorithms",
+                             {});
 
     // Every setting in a scratch project of its own; `jobs` workers take them in turn.
     std::string error;
@@ -188,7 +189,8 @@ Result sweepWaves(Context& ctx, const SweepRequest& request, const std::vector<f
 
     if (!request.csv.empty()) {
         std::string text = "fileName,algorithm,bitRate,encodeSize,compressionRate,segmentalSnrDb,melDistanceDb,"
-                           "durationRatio" + std::string(kNativeEol);
+                           "durationRatio" +
+                           std::string(kNativeEol);
         for (const Json& row : rows) {
             std::string line;
             for (const char* key : {"fileName", "algorithm", "bitRate", "encodeSize", "compressionRate",
@@ -254,7 +256,8 @@ void addSweepCommands(std::vector<CommandSpec>& table)
 {
     table.push_back({{"project", "sweep"},
                      "project sweep PROJECT.ptp --body B [--algo A ...] [--csv FILE] [--jobs N] [ID...]",
-                     &projectSweep, false});
+                     &projectSweep,
+                     false});
     table.push_back({{"sweep"}, "sweep --body B [--algo A ...] [--csv FILE] [--jobs N] WAVE...", &wavesSweep, false});
 }
 

@@ -22,7 +22,8 @@ constexpr long long kMaxPictureSide = 16384;
 
 bool loadWave(Context& context, const std::string& word, WaveFile& wave)
 {
-    if (wave.load(absolutePathArgument(word))) return true;
+    if (wave.load(absolutePathArgument(word)))
+        return true;
     context.port.showMessage(wave.error());
     return false;
 }
@@ -40,20 +41,26 @@ Result runWaveSave(Context& context)
     auto [from, to] = takeRange(context);
     const std::vector<std::string> words = context.args.expect(2);
     WaveFile wave;
-    if (!loadWave(context, words[0], wave)) return Result{false};
-    if (to < 0) to = std::int64_t(wave.samples().size());
+    if (!loadWave(context, words[0], wave))
+        return Result{false};
+    if (to < 0)
+        to = std::int64_t(wave.samples().size());
     const std::filesystem::path target = absolutePathArgument(words[1]);
-    if (!saveWaveAs(target, wave.samples(), wave.sampleRate(), from, to, context.port)) return Result{false};
+    if (!saveWaveAs(target, wave.samples(), wave.sampleRate(), from, to, context.port))
+        return Result{false};
     printSummary(context, "saved " + std::to_string(to - from) + " samples to " + words[1]);
-    return Result{true, Json{{"path", utf8FromPath(target)}, {"samples", to - from}, {"sampleRate", wave.sampleRate()}}};
+    return Result{true,
+                  Json{{"path", utf8FromPath(target)}, {"samples", to - from}, {"sampleRate", wave.sampleRate()}}};
 }
 
 // Fonts need a GUI application; a command line has no screen, so it gets the
 // off-screen platform unless the caller chose one.
 std::unique_ptr<QGuiApplication> pictureApplication()
 {
-    if (QCoreApplication::instance()) return nullptr;
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (QCoreApplication::instance())
+        return nullptr;
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     static int argc = 1;
     static char name[] = "kestrelon-cli";
     static char* argv[] = {name, nullptr};
@@ -69,11 +76,14 @@ Result runWaveRender(Context& context)
     const std::optional<std::string> eventsFile = context.args.takeOption("--events");
     const std::optional<std::string> settingsFolder = context.args.takeOption("--settings-dir");
     const std::vector<std::string> words = context.args.expect(1);
-    if (!png) throw UsageError("--png OUT.png is required");
+    if (!png)
+        throw UsageError("--png OUT.png is required");
 
     WaveFile wave;
-    if (!loadWave(context, words[0], wave)) return Result{false};
-    if (to < 0) to = std::int64_t(wave.samples().size());
+    if (!loadWave(context, words[0], wave))
+        return Result{false};
+    if (to < 0)
+        to = std::int64_t(wave.samples().size());
     if (from >= to || to > std::int64_t(wave.samples().size())) {
         context.port.showMessage(msg::kWaveRangeInvalid);
         return Result{false};
@@ -88,7 +98,8 @@ Result runWaveRender(Context& context)
         const std::filesystem::path path = absolutePathArgument(*eventsFile);
         if (!readSpeechEvents(path, events, label, context.port, &error))
             return finishCommand(context, Result{false},
-                                 utf8FromPath(path) + (error.empty() ? std::string(msg::kWaveMissing) : ": " + error), {});
+                                 utf8FromPath(path) + (error.empty() ? std::string(msg::kWaveMissing) : ": " + error),
+                                 {});
     }
 
     const std::unique_ptr<QGuiApplication> application = pictureApplication();
@@ -105,7 +116,8 @@ Result runWaveRender(Context& context)
     if (!saveWaveImage(renderWaveImage(request), target))
         return finishCommand(context, Result{false}, "cannot write " + utf8FromPath(target), {});
     printSummary(context, "drew samples " + std::to_string(from) + " to " + std::to_string(to) + " in " + *png);
-    return Result{true, Json{{"path", utf8FromPath(target)}, {"width", width}, {"height", height}, {"from", from}, {"to", to}}};
+    return Result{
+        true, Json{{"path", utf8FromPath(target)}, {"width", width}, {"height", height}, {"from", from}, {"to", to}}};
 }
 
 } // namespace
@@ -116,7 +128,8 @@ void addWaveCommands(std::vector<CommandSpec>& table)
     table.push_back({{"wave", "render"},
                      "wave render SOURCE.wav --png OUT.png [--width W --height H] [--from S --to S] "
                      "[--events FILE.evt] [--settings-dir DIR]",
-                     runWaveRender, false});
+                     runWaveRender,
+                     false});
 }
 
 } // namespace kestrelon::cli

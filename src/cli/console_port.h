@@ -9,7 +9,10 @@ namespace kestrelon::cli {
 
 class ConsolePort : public RecordingPort {
 public:
-    ConsolePort(Policy policy, std::ostream& err) : RecordingPort(std::move(policy)), m_err(err) {}
+    ConsolePort(Policy policy, std::ostream& err)
+        : RecordingPort(std::move(policy))
+        , m_err(err)
+    {}
 
     void showMessage(std::string_view text) override;
     void showFailure(std::string_view text, std::string_view reason) override;

@@ -2,11 +2,11 @@
 // firmware builds. Prints one JSON object on standard output; messages also go
 // to standard error as they are shown. Exit 0: done; 1: failed; 2: usage.
 #include "bodies/body_settings.h"
-#include "common/fault_points.h"
 #include "cli/cli_command.h"
 #include "cli/command_help.h"
 #include "cli/console_port.h"
 #include "cli/spooled_array.h"
+#include "common/fault_points.h"
 #include "common/paths.h"
 #include "common/platform.h"
 #include "common/version.h"
@@ -27,7 +27,8 @@ const CommandSpec* findCommand(const std::vector<std::string>& words, size_t& us
         bool match = true;
         for (size_t i = 0; i < command.words.size() && match; ++i)
             match = words[i] == command.words[i];
-        if (match) best = &command;
+        if (match)
+            best = &command;
     }
     used = best ? best->words.size() : 0;
     return best;
@@ -62,9 +63,18 @@ int main(int argc, char** argv)
         const bool json = global.takeFlag("--json");
         Answer blanket = Answer::No; // a script never destroys by accident
         int answerFlags = 0;
-        if (global.takeFlag("--yes")) { blanket = Answer::Yes; ++answerFlags; }
-        if (global.takeFlag("--no")) { blanket = Answer::No; ++answerFlags; }
-        if (global.takeFlag("--cancel")) { blanket = Answer::Cancel; ++answerFlags; }
+        if (global.takeFlag("--yes")) {
+            blanket = Answer::Yes;
+            ++answerFlags;
+        }
+        if (global.takeFlag("--no")) {
+            blanket = Answer::No;
+            ++answerFlags;
+        }
+        if (global.takeFlag("--cancel")) {
+            blanket = Answer::Cancel;
+            ++answerFlags;
+        }
         if (answerFlags > 1)
             throw UsageError("--yes, --no and --cancel exclude each other");
         const std::optional<std::string> settings = global.takeOption("--settings");
@@ -81,8 +91,9 @@ int main(int argc, char** argv)
             throw UsageError(words.empty() ? "no command given" : "unknown command: " + words.front());
 
         Arguments args(std::vector<std::string>(words.begin() + static_cast<std::ptrdiff_t>(used), words.end()));
-        ConsolePort port([blanket](std::string_view, Buttons buttons, std::string_view) { return answerFor(blanket, buttons); },
-                         std::cerr);
+        ConsolePort port(
+            [blanket](std::string_view, Buttons buttons, std::string_view) { return answerFor(blanket, buttons); },
+            std::cerr);
         const std::filesystem::path programFolder = executableFolder();
         // A file named by --settings is used as it is, without a user's copy.
         const BodySettingsFiles bodyFiles =

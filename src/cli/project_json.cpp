@@ -9,15 +9,9 @@ namespace kestrelon::cli {
 Json recordJson(const EditInfoRecord& record)
 {
     return {
-        {"fileName", record.fileName},
-        {"bodyName", record.bodyName},
-        {"algoName", record.algoName},
-        {"bitRate", record.bitRate},
-        {"encodeName", record.encodeName},
-        {"encodeSize", record.encodeSize},
-        {"renameEncode", record.renameEncode},
-        {"decodeName", record.decodeName},
-        {"decodeSize", record.decodeSize},
+        {"fileName", record.fileName},         {"bodyName", record.bodyName},     {"algoName", record.algoName},
+        {"bitRate", record.bitRate},           {"encodeName", record.encodeName}, {"encodeSize", record.encodeSize},
+        {"renameEncode", record.renameEncode}, {"decodeName", record.decodeName}, {"decodeSize", record.decodeSize},
         {"multiSelect", record.multiSelect},
     };
 }

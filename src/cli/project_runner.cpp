@@ -56,8 +56,7 @@ std::vector<size_t> parseRowNumbers(const std::string& text)
     }
 }
 
-Result runProjectOperation(Context& context, const std::string& ptpPath,
-                           std::function<bool(ProjectSession&)> operation)
+Result runProjectOperation(Context& context, const std::string& ptpPath, std::function<bool(ProjectSession&)> operation)
 {
     return runProjectOperation(context, ptpPath,
                                [&](Project& project) { return operation ? operation(project.session()) : true; });

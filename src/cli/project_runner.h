@@ -14,7 +14,7 @@
 namespace kestrelon {
 class Project;
 class ProjectSession;
-}
+} // namespace kestrelon
 
 namespace kestrelon::cli {
 

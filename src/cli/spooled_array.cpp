@@ -27,7 +27,8 @@ std::string dumped(const Json& value)
 
 } // namespace
 
-SpooledArray::SpooledArray() : m_file(std::tmpfile(), &std::fclose)
+SpooledArray::SpooledArray()
+    : m_file(std::tmpfile(), &std::fclose)
 {
     if (!m_file)
         throw std::runtime_error("no room for a temporary file to hold the answer");

@@ -13,9 +13,10 @@
 namespace kestrelon {
 
 FixedEncodeSetting::FixedEncodeSetting(std::string body, std::string algorithm, std::string bitRate)
-    : m_body(std::move(body)), m_algorithm(std::move(algorithm)), m_bitRate(std::move(bitRate))
-{
-}
+    : m_body(std::move(body))
+    , m_algorithm(std::move(algorithm))
+    , m_bitRate(std::move(bitRate))
+{}
 
 EncodeSettingAnswer FixedEncodeSetting::choose(const ProjectItem&, const LastEncodeSetting&)
 {
@@ -29,9 +30,9 @@ namespace {
 class RowSettingChooser : public EncodeSettingChooser {
 public:
     RowSettingChooser(EncodeSettingChooser& dialog, std::map<const ProjectItem*, LastEncodeSetting> settings)
-        : m_dialog(dialog), m_settings(std::move(settings))
-    {
-    }
+        : m_dialog(dialog)
+        , m_settings(std::move(settings))
+    {}
 
     EncodeSettingAnswer choose(const ProjectItem& source, const LastEncodeSetting& last) override
     {
@@ -65,8 +66,8 @@ RowOutcome encodeOne(CodecEngine& engine, ProjectItem* source, std::size_t index
 
 } // namespace
 
-AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list,
-                              EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode)
+AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list, EncodeSettingChooser& chooser,
+                              LastEncodeSetting& last, bool autoDecode)
 {
     std::vector<ProjectItem*> sources;
     std::map<const ProjectItem*, LastEncodeSetting> settings;

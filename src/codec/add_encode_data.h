@@ -57,23 +57,23 @@ private:
 
 // What happened to one source.
 enum class SourceOutcome {
-    Added,    // a new row, encoded (see `encode`)
+    Added, // a new row, encoded (see `encode`)
     Replaced, // the row with the same algorithm took the new choice and was encoded again
-    Skipped,  // Skip or Skip All at the replace question
+    Skipped, // Skip or Skip All at the replace question
     NoChoice, // the dialog's choice was invalid ("There is a error!") or not offered by the body settings
 };
 
 struct AddedSource {
     ProjectItem* source = nullptr;
     SourceOutcome outcome = SourceOutcome::NoChoice;
-    std::size_t recordIndex = 0;               // the row's record, for Added and Replaced
+    std::size_t recordIndex = 0; // the row's record, for Added and Replaced
     RowOutcome encode = RowOutcome::NotReached; // for Added and Replaced
 };
 
 struct AddEncodeResult {
     std::vector<AddedSource> sources; // in tree order, up to where the command ended
-    bool cancelled = false;           // Cancel in the dialog
-    bool stopped = false;             // Stop at the replace question, or a stop request
+    bool cancelled = false; // Cancel in the dialog
+    bool stopped = false; // Stop at the replace question, or a stop request
 };
 
 // `selected` are the selected items of the Files tree in tree order; groups
@@ -87,8 +87,8 @@ AddEncodeResult addEncodeData(const EngineEnvironment& environment, const std::v
 // The dialog opens on the setting of the source's first selected row rather
 // than on the kept choice, so the user changes just what differs; the same
 // algorithm again leads to the replace question.
-AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list,
-                              EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode = false);
+AddEncodeResult duplicateRows(const EngineEnvironment& environment, const MainList& list, EncodeSettingChooser& chooser,
+                              LastEncodeSetting& last, bool autoDecode = false);
 
 // The replace question for `source` and `algorithm`:
 // "\"hello.wav\" ImaAdpcm already existed!\nDo you want to replace it?"

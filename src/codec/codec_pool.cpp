@@ -133,7 +133,9 @@ struct CodecPool::Prepared {
 // ask no questions; one that did would hear Cancel.
 class CodecPool::HelperPort : public UserPort {
 public:
-    explicit HelperPort(const std::atomic<bool>& cancel) : m_cancel(cancel) {}
+    explicit HelperPort(const std::atomic<bool>& cancel)
+        : m_cancel(cancel)
+    {}
 
     void showMessage(std::string_view text) override { m_shown.push_back({Shown::Kind::Message, std::string(text)}); }
     void showFailure(std::string_view text, std::string_view reason) override
@@ -161,9 +163,11 @@ private:
 };
 
 CodecPool::CodecPool(std::unique_ptr<CodecRunner> own, UserPort& port, MakeCodec make, int helpers)
-    : m_own(std::move(own)), m_port(port), m_make(std::move(make)), m_helperCount(helpers)
-{
-}
+    : m_own(std::move(own))
+    , m_port(port)
+    , m_make(std::move(make))
+    , m_helperCount(helpers)
+{}
 
 CodecPool::~CodecPool()
 {

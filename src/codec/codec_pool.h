@@ -90,7 +90,7 @@ private:
     std::vector<std::unique_ptr<Prepared>> m_jobs;
     // Encodes by library, rate and source, in row order.
     std::unordered_map<std::string, std::vector<std::size_t>> m_encodes;
-    std::size_t m_cursor = 0;   // jobs before it will not be asked for
+    std::size_t m_cursor = 0; // jobs before it will not be asked for
     std::size_t m_nextTake = 0; // the next job a helper may take
     bool m_closing = false;
     std::atomic<bool> m_cancel{false};
@@ -102,9 +102,9 @@ private:
     std::string m_bitRate;
     std::optional<std::filesystem::path> m_events;
     Prepared* m_answered = nullptr; // whose encode answered the row's last encode
-    bool m_live = false;            // the engine's own codec serves the row
-    bool m_liveLoaded = false;      // and loaded
-    bool m_broke = false;           // a helper's codec broke in the row's calls
+    bool m_live = false; // the engine's own codec serves the row
+    bool m_liveLoaded = false; // and loaded
+    bool m_broke = false; // a helper's codec broke in the row's calls
     int m_served = 0;
 };
 

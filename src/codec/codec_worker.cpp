@@ -63,9 +63,11 @@ std::optional<fs::path> codecWorkerProgram(const fs::path& programFolder)
 }
 
 CodecWorker::CodecWorker(fs::path program, fs::path programFolder, UserPort& port, MainHostWindow& mainWindow)
-    : m_program(std::move(program)), m_programFolder(std::move(programFolder)), m_port(port), m_mainWindow(mainWindow)
-{
-}
+    : m_program(std::move(program))
+    , m_programFolder(std::move(programFolder))
+    , m_port(port)
+    , m_mainWindow(mainWindow)
+{}
 
 CodecWorker::~CodecWorker()
 {
@@ -123,8 +125,7 @@ void CodecWorker::end(bool kill)
     if (kill)
         ::kill(m_pid, SIGKILL);
     int status = 0;
-    while (::waitpid(m_pid, &status, 0) < 0 && errno == EINTR) {
-    }
+    while (::waitpid(m_pid, &status, 0) < 0 && errno == EINTR) {}
     ::close(m_reports);
     m_pid = -1;
     m_asks = m_reports = -1;
@@ -166,8 +167,7 @@ void CodecWorker::report(const worker::Frame& frame, const kestrelon_host_window
 
 std::optional<CodecWorker::Reply> CodecWorker::call(Ask ask, const std::vector<std::string>& fields,
                                                     steady_clock::duration limit, const std::string& doing,
-                                                    const kestrelon_host_window* bar,
-                                                    const kestrelon_host_window* text)
+                                                    const kestrelon_host_window* bar, const kestrelon_host_window* text)
 {
     if (m_pid <= 0 && !start()) {
         m_port.showFailure(std::string(msg::kCodecWorkerMissing) + m_program.string(), std::strerror(errno));

@@ -9,8 +9,8 @@
 #include "host/worker_frames.h"
 
 #include <chrono>
-#include <memory>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>

@@ -9,15 +9,19 @@ namespace {
 // Byte-wise little-endian access, so the layout is the same on every host.
 class Writer {
 public:
-    explicit Writer(EncodedHeaderBytes& bytes) : m_bytes(bytes) {}
+    explicit Writer(EncodedHeaderBytes& bytes)
+        : m_bytes(bytes)
+    {}
     void u8(std::size_t at, std::uint8_t value) { m_bytes[at] = value; }
     void u16(std::size_t at, std::uint16_t value)
     {
-        for (std::size_t i = 0; i < 2; ++i) m_bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+        for (std::size_t i = 0; i < 2; ++i)
+            m_bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
     }
     void u32(std::size_t at, std::uint32_t value)
     {
-        for (std::size_t i = 0; i < 4; ++i) m_bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+        for (std::size_t i = 0; i < 4; ++i)
+            m_bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
     }
 
 private:
@@ -32,7 +36,8 @@ std::uint16_t readU16(std::span<const std::uint8_t> bytes, std::size_t at)
 std::uint32_t readU32(std::span<const std::uint8_t> bytes, std::size_t at)
 {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i) value |= static_cast<std::uint32_t>(bytes[at + i]) << (8 * i);
+    for (std::size_t i = 0; i < 4; ++i)
+        value |= static_cast<std::uint32_t>(bytes[at + i]) << (8 * i);
     return value;
 }
 

@@ -1,12 +1,12 @@
 #include "codec/engine.h"
 
 #include "bodies/body_settings.h"
-#include "codec/interim_packer.h"
 #include "codec/broken_codecs.h"
+#include "codec/engine_scopes.h"
+#include "codec/interim_packer.h"
 #include "codec/project_algorithms.h"
 #include "codec/quality_queue.h"
 #include "codec/raw_extraction.h"
-#include "codec/engine_scopes.h"
 #include "codec/results.h"
 #include "codec/row_quality.h"
 #include "codec/temp_names.h"
@@ -88,9 +88,9 @@ bool BatchResult::allDone() const
 }
 
 CodecEngine::CodecEngine(EngineEnvironment environment)
-    : m_env(std::move(environment)), m_measures(m_env.quality ? std::make_unique<QualityQueue>(*m_env.quality) : nullptr)
-{
-}
+    : m_env(std::move(environment))
+    , m_measures(m_env.quality ? std::make_unique<QualityQueue>(*m_env.quality) : nullptr)
+{}
 
 CodecEngine::~CodecEngine() = default;
 
@@ -130,7 +130,7 @@ bool CodecEngine::stopRequested()
 }
 
 std::optional<CodecJob> CodecEngine::encodeJob(const ProjectItem& source, const EditInfoRecord& record,
-                                              bool autoDecode) const
+                                               bool autoDecode) const
 {
     const BodyAlgoInfo* algorithm = validCombination(record);
     if (algorithm == nullptr || !isPlainFileName(source.id()) || refused(record.algoName))
@@ -180,8 +180,8 @@ std::unique_ptr<RowsAhead> CodecEngine::expectRows(const std::vector<CodecJob>& 
                                        measured);
 }
 
-std::unique_ptr<RowsAhead> CodecEngine::expectSelected(
-    const MainList& list, const std::function<std::optional<CodecJob>(const ListRow&)>& jobOf)
+std::unique_ptr<RowsAhead>
+CodecEngine::expectSelected(const MainList& list, const std::function<std::optional<CodecJob>(const ListRow&)>& jobOf)
 {
     if (m_rowsTold || m_env.host.rowsAtOnce() <= 1)
         return nullptr; // told already, or a codec that does not work ahead: no jobs to make
@@ -317,9 +317,9 @@ StemTaken CodecEngine::takenStems()
         if (stems->count(toLowerAscii(stem)) != 0)
             return true;
         const std::string s(stem);
-        for (const fs::path& candidate :
-             {project / pathFromUtf8(s + ".tmp"), project / pathFromUtf8(s + ".evt"), project / pathFromUtf8(s + ".dfn"),
-              temp / pathFromUtf8(s + ".dfn"), temp / "evt" / pathFromUtf8(s + ".evt")}) {
+        for (const fs::path& candidate : {project / pathFromUtf8(s + ".tmp"), project / pathFromUtf8(s + ".evt"),
+                                          project / pathFromUtf8(s + ".dfn"), temp / pathFromUtf8(s + ".dfn"),
+                                          temp / "evt" / pathFromUtf8(s + ".evt")}) {
             std::error_code ec;
             if (fs::exists(fs::symlink_status(candidate, ec)))
                 return true;
@@ -335,7 +335,8 @@ std::optional<fs::path> CodecEngine::newTempFile()
     fs::create_directories(temp, ec); // a missing Temp folder never stops work
     std::optional<fs::path> made = createUniqueTempFile(temp, takenStems());
     if (!made) {
-        m_env.port.showMessage(std::string(msg::kNoTempFileIn) + utf8FromPath(temp) + std::string(msg::kCanNotCopySuffix));
+        m_env.port.showMessage(std::string(msg::kNoTempFileIn) + utf8FromPath(temp) +
+                               std::string(msg::kCanNotCopySuffix));
         return std::nullopt;
     }
     m_env.session.addTemporaryFile(*made);
@@ -438,7 +439,8 @@ RowOutcome CodecEngine::encodeRow(const ListRow& row)
     if (!codec->encode(wave, encoded, bar.window(), text.window()) || !codec->outputExtension(extension))
         return RowOutcome::Failed;
     std::string tag;
-    codec->outputTag(tag); // asked for, as the contract has it, but not part of an encode's stored names (docs/engine.md)
+    codec->outputTag(
+        tag); // asked for, as the contract has it, but not part of an encode's stored names (docs/engine.md)
     const std::uintmax_t rawSize = fs::file_size(encoded, ec);
     // A codec that says it succeeded has still to deliver an encoded file:
     // without its header the data would reach the firmware as speech.
@@ -521,8 +523,8 @@ RowOutcome CodecEngine::decodeRow(const ListRow& row)
     codec->outputTag(tag);
     while (!tag.empty() && tag.back() == '_')
         tag.pop_back();
-    const ScratchFile wave(temp / pathFromUtf8(fileNameSafe(normalizeNamePart(tag)) + decodeStem +
-                                               std::string(kDecodeScratchExtension)));
+    const ScratchFile wave(
+        temp / pathFromUtf8(fileNameSafe(normalizeNamePart(tag)) + decodeStem + std::string(kDecodeScratchExtension)));
     {
         const ProgressScope progress(port, record.algoName + std::string(msg::kDecodingSuffix));
         ProgressBarWindow bar(port);

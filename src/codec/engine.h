@@ -16,12 +16,12 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <map>
-#include <unordered_set>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace kestrelon {
@@ -56,11 +56,11 @@ struct EngineEnvironment {
 // What became of one row of a batch.
 enum class RowOutcome {
     NotSelected,
-    Done,        // encoded (and decoded, when asked) or decoded
-    Invalid,     // body / algorithm / bit rate not a valid combination: passed over silently
-    Unreadable,  // the source wave is missing or not loadable (encode), or nothing was encoded yet (decode)
-    Failed,      // the codec or the file work failed; the row keeps its old results
-    NotReached,  // the batch was stopped before this row, or in it (the row keeps its earlier results)
+    Done, // encoded (and decoded, when asked) or decoded
+    Invalid, // body / algorithm / bit rate not a valid combination: passed over silently
+    Unreadable, // the source wave is missing or not loadable (encode), or nothing was encoded yet (decode)
+    Failed, // the codec or the file work failed; the row keeps its old results
+    NotReached, // the batch was stopped before this row, or in it (the row keeps its earlier results)
 };
 
 struct BatchResult {

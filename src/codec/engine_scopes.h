@@ -17,9 +17,10 @@ class LoadedCodec {
 public:
     // `broke` learns, as the codec is let go, whether it crashed or stopped answering.
     LoadedCodec(CodecRunner& host, const std::filesystem::path& library, const std::string& bitRate, bool& broke)
-        : m_host(host), m_loaded(host.loadAlgorithmPath(library, bitRate)), m_broke(broke)
-    {
-    }
+        : m_host(host)
+        , m_loaded(host.loadAlgorithmPath(library, bitRate))
+        , m_broke(broke)
+    {}
     ~LoadedCodec()
     {
         m_broke = m_broke || m_host.brokeSinceLoad();
@@ -45,7 +46,9 @@ class RowsAhead {
 public:
     RowsAhead(CodecRunner& host, bool& told, const std::vector<CodecJob>& jobs, const std::filesystem::path& scratch,
               std::function<void()> onEnd)
-        : m_host(host), m_told(told), m_onEnd(std::move(onEnd))
+        : m_host(host)
+        , m_told(told)
+        , m_onEnd(std::move(onEnd))
     {
         m_told = true;
         m_host.expect(jobs, scratch);
@@ -68,7 +71,8 @@ private:
 class ProgressScope {
 public:
     // The title shows as the text too, until the codec says more.
-    ProgressScope(UserPort& port, std::string_view title) : m_port(port)
+    ProgressScope(UserPort& port, std::string_view title)
+        : m_port(port)
     {
         m_port.beginProgress(title);
         m_port.setProgressRange(0, 100);

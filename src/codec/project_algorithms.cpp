@@ -53,13 +53,15 @@ void addOrRefreshEntry(std::vector<AlgoRegEntry>& registry, const std::string& n
 
 AlgoRegEntry* findRegistryEntry(std::vector<AlgoRegEntry>& registry, std::string_view name)
 {
-    const auto it = std::find_if(registry.begin(), registry.end(), [&](const AlgoRegEntry& e) { return e.name == name; });
+    const auto it =
+        std::find_if(registry.begin(), registry.end(), [&](const AlgoRegEntry& e) { return e.name == name; });
     return it == registry.end() ? nullptr : &*it;
 }
 
 const AlgoRegEntry* findRegistryEntry(const std::vector<AlgoRegEntry>& registry, std::string_view name)
 {
-    const auto it = std::find_if(registry.begin(), registry.end(), [&](const AlgoRegEntry& e) { return e.name == name; });
+    const auto it =
+        std::find_if(registry.begin(), registry.end(), [&](const AlgoRegEntry& e) { return e.name == name; });
     return it == registry.end() ? nullptr : &*it;
 }
 
@@ -110,7 +112,8 @@ bool bringAlgorithmIntoProject(ProjectSession& session, std::vector<AlgoRegEntry
         plan.push_back({resolved(bodyFileOf(shipped)), body});
     for (const FileCopy& copy : plan)
         if (!isRegularFile(copy.from)) {
-            showCopyFailure(port, {false, copy, std::generic_category().message(ENOENT)}, msg::kAlgorithmNotAddedSuffix);
+            showCopyFailure(port, {false, copy, std::generic_category().message(ENOENT)},
+                            msg::kAlgorithmNotAddedSuffix);
             return false;
         }
     if (const CopyOutcome copied = copyFilesStaged(plan); !copied.ok) {
@@ -127,8 +130,8 @@ bool bringAlgorithmIntoProject(ProjectSession& session, std::vector<AlgoRegEntry
     return true;
 }
 
-AddAlgorithmOutcome addAlgorithmToProject(ProjectSession& session, std::vector<AlgoRegEntry>& registry,
-                                          CodecHost& host, const fs::path& givenLibrary, UserPort& port)
+AddAlgorithmOutcome addAlgorithmToProject(ProjectSession& session, std::vector<AlgoRegEntry>& registry, CodecHost& host,
+                                          const fs::path& givenLibrary, UserPort& port)
 {
     if (!session.isOpen())
         return AddAlgorithmOutcome::Refused;

@@ -49,10 +49,10 @@ bool bringAlgorithmIntoProject(ProjectSession& session, std::vector<AlgoRegEntry
                                UserPort& port);
 
 enum class AddAlgorithmOutcome {
-    Added,     // new in Algos and in the registry
+    Added, // new in Algos and in the registry
     Refreshed, // Algos files replaced (or already the same) and the entry refreshed
-    Declined,  // the person would not overwrite; nothing changed
-    Refused,   // it does not load, is not a codec or fails its own check; nothing changed
+    Declined, // the person would not overwrite; nothing changed
+    Refused, // it does not load, is not a codec or fails its own check; nothing changed
 };
 
 // `project add-algo`: the codec library at `library` and the ".bdy" beside
@@ -61,7 +61,7 @@ enum class AddAlgorithmOutcome {
 // Algos — asking "The file "NAME" already existed in this folder!\nDo you
 // want to overwrite it?" when a file of that name is there — and the registry
 // entry is added or its path refreshed. The project is marked modified.
-AddAlgorithmOutcome addAlgorithmToProject(ProjectSession& session, std::vector<AlgoRegEntry>& registry,
-                                          CodecHost& host, const std::filesystem::path& library, UserPort& port);
+AddAlgorithmOutcome addAlgorithmToProject(ProjectSession& session, std::vector<AlgoRegEntry>& registry, CodecHost& host,
+                                          const std::filesystem::path& library, UserPort& port);
 
 } // namespace kestrelon

@@ -19,7 +19,9 @@ class QualityFile;
 
 class QualityQueue {
 public:
-    explicit QualityQueue(QualityFile& file) : m_file(file) {}
+    explicit QualityQueue(QualityFile& file)
+        : m_file(file)
+    {}
     ~QualityQueue() { finish(); }
     QualityQueue(const QualityQueue&) = delete;
     QualityQueue& operator=(const QualityQueue&) = delete;

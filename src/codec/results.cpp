@@ -53,8 +53,8 @@ void updateCompressionRates(MainList& list, const OriginalSizes& originalSizes)
     for (const ListRow& row : list.rows()) {
         EditInfoRecord& record = row.record();
         const auto original = originalSizes.find(record.fileName);
-        record.compressionRate =
-            compressionRateText(record.encodeSize, original == originalSizes.end() ? std::string_view() : original->second);
+        record.compressionRate = compressionRateText(
+            record.encodeSize, original == originalSizes.end() ? std::string_view() : original->second);
     }
 }
 

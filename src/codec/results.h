@@ -39,12 +39,12 @@ void updateCompressionRates(MainList& list, const OriginalSizes& originalSizes);
 
 // "File Information" of a source wave, as shown.
 struct WaveFacts {
-    std::string name;       // the file name
+    std::string name; // the file name
     std::string sampleRate; // "8000 Hz"
-    std::string channels;   // "Mono"
+    std::string channels; // "Mono"
     std::string resolution; // bits per sample as stored: "16 bit" (a mu-law file shows "8 bit")
-    std::string fileSize;   // "96044 byte"
-    std::string time;       // length in milliseconds: "3000 ms"
+    std::string fileSize; // "96044 byte"
+    std::string time; // length in milliseconds: "3000 ms"
 };
 
 // nullopt when the file cannot be loaded as a wave (its error in `error`).
@@ -54,8 +54,8 @@ std::optional<WaveFacts> waveFactsOf(const std::filesystem::path& wavePath, std:
 struct AlgorithmFacts {
     std::string name;
     std::string version = "1.0.0"; // until an algorithm is shown
-    std::string sampleRate;        // "8000 Hz"
-    std::string resolution;        // "16 bit"
+    std::string sampleRate; // "8000 Hz"
+    std::string resolution; // "16 bit"
 };
 
 // Asks the codec itself (loaded into `host` and released again). nullopt when

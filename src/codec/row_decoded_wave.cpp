@@ -21,7 +21,8 @@ fs::path unpackDecodedWave(const ProjectSession& session, const EditInfoRecord& 
         port.showMessage(msg::kNothingDecodedToPlay);
         return {};
     }
-    const fs::path packed = isPlainFileName(record.decodeName) ? findInterimFile(session, record.decodeName) : fs::path();
+    const fs::path packed =
+        isPlainFileName(record.decodeName) ? findInterimFile(session, record.decodeName) : fs::path();
     if (packed.empty()) {
         port.showMessage(msg::kDecodedTempNotFound);
         return {};

@@ -22,9 +22,9 @@ std::filesystem::path findInterimFile(const ProjectSession& session, const std::
 
 struct RowEncodedFile {
     std::filesystem::path interimFile; // the packed file that was read
-    std::uintmax_t packedSize = 0;     // its size on disk
-    EncodedFileInfo encoded;           // the unpacked encoded file: header and size
-    std::string speech;                // its data after the header: what a board or a firmware build gets
+    std::uintmax_t packedSize = 0; // its size on disk
+    EncodedFileInfo encoded; // the unpacked encoded file: header and size
+    std::string speech; // its data after the header: what a board or a firmware build gets
 };
 
 // What stands between a row and its encoded data.

@@ -87,7 +87,8 @@ std::optional<QualityMeasures> measureRowQuality(const ProjectSession& session, 
         port.showMessage(record.fileName + std::string(msg::kDoNotExistInProjectFolder));
         return std::nullopt;
     }
-    const fs::path packed = isPlainFileName(record.decodeName) ? findInterimFile(session, record.decodeName) : fs::path();
+    const fs::path packed =
+        isPlainFileName(record.decodeName) ? findInterimFile(session, record.decodeName) : fs::path();
     if (packed.empty()) {
         port.showMessage(msg::kDecodedTempNotFound);
         return std::nullopt;

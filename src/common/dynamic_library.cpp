@@ -19,9 +19,9 @@ std::string lastErrorText()
 {
     const DWORD code = GetLastError();
     wchar_t* buffer = nullptr;
-    const DWORD length = FormatMessageW(
-        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code,
-        0, reinterpret_cast<LPWSTR>(&buffer), 0, nullptr);
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                       nullptr, code, 0, reinterpret_cast<LPWSTR>(&buffer), 0, nullptr);
     std::string text;
     if (length != 0 && buffer != nullptr) {
         const int bytes = WideCharToMultiByte(CP_UTF8, 0, buffer, int(length), nullptr, 0, nullptr, nullptr);
@@ -52,9 +52,9 @@ DynamicLibrary::~DynamicLibrary()
 }
 
 DynamicLibrary::DynamicLibrary(DynamicLibrary&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, nullptr)),
-      m_path(std::move(other.m_path)),
-      m_error(std::move(other.m_error))
+    : m_handle(std::exchange(other.m_handle, nullptr))
+    , m_path(std::move(other.m_path))
+    , m_error(std::move(other.m_error))
 {
     other.m_path.clear();
     other.m_error.clear();

@@ -24,16 +24,22 @@ struct Plan {
 Plan readPlan()
 {
     const char* text = std::getenv("KESTRELON_FAULT");
-    if (!text) return {};
+    if (!text)
+        return {};
     const std::string value(text);
-    if (value == "trace") return {Mode::Trace, 0};
+    if (value == "trace")
+        return {Mode::Trace, 0};
     const std::size_t sign = value.find('@');
-    if (sign == std::string::npos) return {};
+    if (sign == std::string::npos)
+        return {};
     const std::string what = value.substr(0, sign);
     const long at = std::atol(value.c_str() + sign + 1);
-    if (at <= 0) return {};
-    if (what == "kill") return {Mode::Kill, at};
-    if (what == "full") return {Mode::Full, at};
+    if (at <= 0)
+        return {};
+    if (what == "kill")
+        return {Mode::Kill, at};
+    if (what == "full")
+        return {Mode::Full, at};
     return {};
 }
 
@@ -41,12 +47,16 @@ Plan g_plan;
 
 } // namespace
 
-void enableFaultPoints() { g_plan = readPlan(); }
+void enableFaultPoints()
+{
+    g_plan = readPlan();
+}
 
 bool injectedFault(FaultPoint point, const std::filesystem::path& file)
 {
     const Plan& plan = g_plan;
-    if (plan.mode == Mode::None) return false;
+    if (plan.mode == Mode::None)
+        return false;
     static std::atomic<long> reached{0};
     const long number = ++reached;
     if (plan.mode == Mode::Trace)

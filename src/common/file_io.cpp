@@ -51,7 +51,8 @@ bool writeAllSynced(int fd, std::string_view bytes)
     while (!bytes.empty()) {
         const ssize_t wrote = ::write(fd, bytes.data(), bytes.size());
         if (wrote < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             return false;
         }
         bytes.remove_prefix(std::size_t(wrote));
@@ -69,7 +70,8 @@ bool syncToDisk(const std::filesystem::path& path)
     return true; // not flushed: FlushFileBuffers needs a handle opened for writing, which a name does not give
 #else
     const int fd = ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
+    if (fd < 0)
+        return false;
     const bool synced = ::fsync(fd) == 0;
     ::close(fd);
     return synced;
@@ -82,7 +84,8 @@ bool writeFileAtomically(const std::filesystem::path& path, std::string_view byt
     std::filesystem::path temp = path;
     temp += ".kestrelon-" + std::to_string(counter++) + ".part";
     const auto fail = [&](int error) {
-        if (why) *why = std::generic_category().message(error);
+        if (why)
+            *why = std::generic_category().message(error);
         std::error_code ignored;
         std::filesystem::remove(temp, ignored);
         return false;
@@ -93,23 +96,28 @@ bool writeFileAtomically(const std::filesystem::path& path, std::string_view byt
 #ifdef _WIN32
     {
         std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-        if (!out) return fail(EACCES);
+        if (!out)
+            return fail(EACCES);
         out.write(bytes.data(), static_cast<std::streamsize>(full ? bytes.size() / 2 : bytes.size()));
         out.flush();
-        if (!out || full) return fail(ENOSPC);
+        if (!out || full)
+            return fail(ENOSPC);
     }
 #else
     const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return fail(errno);
+    if (fd < 0)
+        return fail(errno);
     const bool written = writeAllSynced(fd, full ? bytes.substr(0, bytes.size() / 2) : bytes);
     const int error = written ? 0 : errno;
     ::close(fd);
-    if (!written || full) return fail(full ? ENOSPC : error);
+    if (!written || full)
+        return fail(full ? ENOSPC : error);
 #endif
     injectedFault(FaultPoint::Rename, path);
     std::error_code ec;
     std::filesystem::rename(temp, path, ec);
-    if (ec) return fail(ec.value());
+    if (ec)
+        return fail(ec.value());
     // A rename is on the disk once the folder that holds the name is.
     syncToDisk(path.parent_path());
     return true;

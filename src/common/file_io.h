@@ -41,7 +41,7 @@ bool syncToDisk(const std::filesystem::path& path);
 // Questions about the disk that never throw: an entry that cannot be examined
 // answers false.
 bool isRegularFile(const std::filesystem::path& path); // follows a link
-bool entryExists(const std::filesystem::path& path);   // the entry itself: a dangling link exists
+bool entryExists(const std::filesystem::path& path); // the entry itself: a dangling link exists
 // Removes a file (or an empty folder) if it is there; a failure is ignored, for
 // scratch files whose removal nothing depends on.
 void removeQuietly(const std::filesystem::path& path);

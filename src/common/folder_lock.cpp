@@ -5,9 +5,9 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <thread>
 #include <cstring>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -24,7 +24,8 @@ LockHolder readHolder(int fd)
     char text[512] = {};
     const ssize_t got = pread(fd, text, sizeof text - 1, 0);
     LockHolder holder;
-    if (got <= 0) return holder;
+    if (got <= 0)
+        return holder;
     std::istringstream in(std::string(text, std::size_t(got)));
     std::getline(in, holder.program);
     in >> holder.process;
@@ -36,7 +37,8 @@ LockHolder readHolder(int fd)
 std::string hostName()
 {
     char name[256] = {};
-    if (gethostname(name, sizeof name - 1) != 0) return "?";
+    if (gethostname(name, sizeof name - 1) != 0)
+        return "?";
     return name;
 }
 
@@ -52,10 +54,11 @@ bool holderIsGone(const LockHolder& holder)
 } // namespace
 
 FolderLock::FolderLock(FolderLock&& other) noexcept
-    : m_fd(std::exchange(other.m_fd, -1)), m_folder(std::move(other.m_folder)), m_holder(std::move(other.m_holder)),
-      m_error(std::move(other.m_error))
-{
-}
+    : m_fd(std::exchange(other.m_fd, -1))
+    , m_folder(std::move(other.m_folder))
+    , m_holder(std::move(other.m_holder))
+    , m_error(std::move(other.m_error))
+{}
 
 FolderLock& FolderLock::operator=(FolderLock&& other) noexcept
 {
@@ -86,8 +89,10 @@ FolderLock::Outcome FolderLock::take(const std::filesystem::path& folder)
         }
         if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
             const int why = errno;
-            if (why == EWOULDBLOCK) m_holder = readHolder(fd);
-            else m_error = std::strerror(why);
+            if (why == EWOULDBLOCK)
+                m_holder = readHolder(fd);
+            else
+                m_error = std::strerror(why);
             ::close(fd);
             // A holder killed a moment ago can still be letting go: a child it
             // was starting keeps the lock until that child's program begins.
@@ -120,7 +125,8 @@ FolderLock::Outcome FolderLock::take(const std::filesystem::path& folder)
 
 void FolderLock::release()
 {
-    if (m_fd < 0) return;
+    if (m_fd < 0)
+        return;
     // Removed while still locked, so nobody takes a file that is going.
     ::unlink((m_folder / kFileName).c_str());
     ::close(m_fd);

@@ -19,8 +19,10 @@ constexpr size_t npos = std::string::npos;
 std::string_view trimBlanks(std::string_view text)
 {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
@@ -37,12 +39,14 @@ std::optional<int> parseDecimal(std::string_view text)
     if (digits.empty())
         return std::nullopt;
     for (char c : digits)
-        if (c < '0' || c > '9') return std::nullopt;
+        if (c < '0' || c > '9')
+            return std::nullopt;
     long long value = 0;
     const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (ec != std::errc() || end != digits.data() + digits.size())
         return std::nullopt;
-    if (negative) value = -value;
+    if (negative)
+        value = -value;
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
         return std::nullopt;
     return static_cast<int>(value);
@@ -69,7 +73,8 @@ int numberIn(std::string_view name, std::string_view prefix, std::string_view su
         return -1;
     long long n = 0;
     for (char c : digits) {
-        if (c < '0' || c > '9') return -1;
+        if (c < '0' || c > '9')
+            return -1;
         n = n * 10 + (c - '0');
     }
     return n > std::numeric_limits<int>::max() ? -1 : static_cast<int>(n);
@@ -151,7 +156,8 @@ bool IniDocument::parse(std::string_view all)
         size_t end = all.find('\n', start);
         const bool ended = end != npos;
         const size_t next = ended ? end + 1 : all.size();
-        if (!ended) end = all.size();
+        if (!ended)
+            end = all.size();
         std::string_view raw = all.substr(start, end - start);
         // Only a CR that is part of a CR LF line end belongs to the line end; a
         // CR closing a last line without LF is the line's own byte.
@@ -235,7 +241,8 @@ std::vector<std::string> IniDocument::sectionNames() const
 {
     std::vector<std::string> names;
     for (const Line& line : m_lines)
-        if (line.kind == Line::Section) names.emplace_back(line.name());
+        if (line.kind == Line::Section)
+            names.emplace_back(line.name());
     return names;
 }
 
@@ -243,9 +250,11 @@ std::vector<int> IniDocument::numberedSections(std::string_view prefix, int limi
 {
     std::vector<int> numbers;
     for (const Line& line : m_lines) {
-        if (line.kind != Line::Section) continue;
+        if (line.kind != Line::Section)
+            continue;
         const int n = numberIn(line.name(), prefix, {});
-        if (n >= 0 && n < limit) numbers.push_back(n);
+        if (n >= 0 && n < limit)
+            numbers.push_back(n);
     }
     std::sort(numbers.begin(), numbers.end());
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
@@ -260,7 +269,8 @@ std::vector<std::pair<int, std::string>> IniDocument::numberedValues(std::string
         return {};
     std::map<int, std::string> found;
     for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i) {
-        if (m_lines[i].kind != Line::Key) continue;
+        if (m_lines[i].kind != Line::Key)
+            continue;
         const int n = numberIn(m_lines[i].name(), prefix, suffix);
         if (n >= 0 && n < limit && !found.contains(n)) // the first of duplicates wins
             found.emplace(n, std::string(m_lines[i].value()));
@@ -287,10 +297,12 @@ bool IniDocument::setString(std::string_view section, std::string_view key, std:
         Line& line = m_lines[k];
         if (line.value() == keyLine.value())
             return true; // the line stays as written
-        if (keyLine.text.size() > line.text.size() && keyLine.text.size() - line.text.size() > kMaxTextBytes - m_textBytes)
+        if (keyLine.text.size() > line.text.size() &&
+            keyLine.text.size() - line.text.size() > kMaxTextBytes - m_textBytes)
             return false;
         m_textBytes = m_textBytes - line.text.size() + keyLine.text.size();
-        if (keyLine.kind == Line::Section) m_indexed = false;
+        if (keyLine.kind == Line::Section)
+            m_indexed = false;
         line = std::move(keyLine);
         return true;
     }
@@ -299,7 +311,8 @@ bool IniDocument::setString(std::string_view section, std::string_view key, std:
     // After the section's last key line, so blank lines between sections stay put.
     size_t insertAt = s + 1;
     for (size_t i = s + 1; i < m_lines.size() && m_lines[i].kind != Line::Section; ++i)
-        if (m_lines[i].kind == Line::Key) insertAt = i + 1;
+        if (m_lines[i].kind == Line::Key)
+            insertAt = i + 1;
     insertLine(insertAt, std::move(keyLine));
     return true;
 }

@@ -49,12 +49,12 @@ inline constexpr std::string_view kAbandonedWorkDropped =
     "project is as it was last saved.";
 inline constexpr std::string_view kCannotSaveWait = "Cannot save the project, please wait !";
 inline constexpr std::string_view kSaveProjectFailed = "Save project failed !";
-inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy ";        // source, then kCopyTo, then target
+inline constexpr std::string_view kCanNotCopyPrefix = "Can not copy "; // source, then kCopyTo, then target
 inline constexpr std::string_view kCopyTo = " to ";
 inline constexpr std::string_view kCopyBackFailedSuffix = " !\nNothing has been deleted and the project stays open.";
 inline constexpr std::string_view kSaveAsCopyFailedSuffix = " !\nThe project has not been saved under the new name.";
-inline constexpr std::string_view kCanNotCreateFolderSuffix = " !";       // after kCanNotCreatePrefix and a folder
-inline constexpr std::string_view kCanNotDeletePrefix = "Can not delete ";    // a folder, then kCanNotDeleteSuffix
+inline constexpr std::string_view kCanNotCreateFolderSuffix = " !"; // after kCanNotCreatePrefix and a folder
+inline constexpr std::string_view kCanNotDeletePrefix = "Can not delete "; // a folder, then kCanNotDeleteSuffix
 inline constexpr std::string_view kCanNotDeleteSuffix = " completely !";
 inline constexpr std::string_view kSaveAsIntoTemp = "A project can not be saved inside its own Temp folder !";
 
@@ -106,19 +106,24 @@ inline constexpr std::string_view kTheExportFilePrefix = "The export file ";
 inline constexpr std::string_view kExportError = "There is a error when exportting!";
 // Failures of export: an export name that would overwrite the project's own
 // files, the index or another row's events is refused rather than written.
-inline constexpr std::string_view kExportNameInvalidSuffix = " is not a valid export file name !"; // after the quoted name
+inline constexpr std::string_view kExportNameInvalidSuffix =
+    " is not a valid export file name !"; // after the quoted name
 inline constexpr std::string_view kExportCanNotWritePrefix = "Can not write the export file "; // path, then the suffix
 inline constexpr std::string_view kExportCanNotWriteSuffix = " !";
-inline constexpr std::string_view kExportWorkingFileSuffix = " is a working file of the project and can not be replaced !"; // after the quoted name
-inline constexpr std::string_view kExportNameIsIndexSuffix = " is the name of the export's index file and can not be an export file name !"; // after the quoted name
-inline constexpr std::string_view kExportEventsClashPrefix = "The speech events of "; // export name, middle, .tab path, then " !"
+inline constexpr std::string_view kExportWorkingFileSuffix =
+    " is a working file of the project and can not be replaced !"; // after the quoted name
+inline constexpr std::string_view kExportNameIsIndexSuffix =
+    " is the name of the export's index file and can not be an export file name !"; // after the quoted name
+inline constexpr std::string_view kExportEventsClashPrefix =
+    "The speech events of "; // export name, middle, .tab path, then " !"
 inline constexpr std::string_view kExportEventsClashMiddle = " would replace those of another row in ";
 
 // Speech events
 inline constexpr std::string_view kDefaultLabel = "Default Label";
 inline constexpr std::string_view kEventIdExists = "The ID already existed , replace it ?";
 inline constexpr std::string_view kEventIdRange = "The ID must be a number from 1 to 254 !";
-inline constexpr std::string_view kEventFileNotWrittenPrefix = "Can not write the speech event file "; // path, then " !"
+inline constexpr std::string_view kEventFileNotWrittenPrefix =
+    "Can not write the speech event file "; // path, then " !"
 inline constexpr std::string_view kEventNotFoundPrefix = "There is no event with the ID "; // then the ID and " !"
 
 // Waveform windows
@@ -129,14 +134,16 @@ inline constexpr std::string_view kWaveRangeInvalid = "The range to save lies ou
 
 // Settings
 inline constexpr std::string_view kSettingsUnreadable = "The settings could not be read; the defaults are used.";
-inline constexpr std::string_view kSettingsNotSaved = "The settings could not be saved; the changes of this session are lost.";
+inline constexpr std::string_view kSettingsNotSaved =
+    "The settings could not be saved; the changes of this session are lost.";
 
 // Wave files (the file's name is put in front)
 inline constexpr std::string_view kWaveMissing = " does not exist !";
 inline constexpr std::string_view kWaveNotReadable = " is not a readable wave file !";
 inline constexpr std::string_view kWaveDamaged = " is damaged: it holds less sound than its header says !";
 inline constexpr std::string_view kWaveTooLong = " is too long to load !";
-inline constexpr std::string_view kWaveRateUnsupported = " has a sample rate that cannot be converted to the codec's rate !";
+inline constexpr std::string_view kWaveRateUnsupported =
+    " has a sample rate that cannot be converted to the codec's rate !";
 
 // Reference codec plug-ins (shown by the host as the codec's error text). A
 // file or codec name goes in front of a text beginning with a blank; the
@@ -158,8 +165,10 @@ inline constexpr std::string_view kCodecOtherCodecFile = " was not encoded by ";
 inline constexpr std::string_view kCodecDamaged = " is damaged: its encoded data is incomplete or altered !";
 
 // Body information
-inline constexpr std::string_view kVolumeAboveMaximum = "The input volume value is larger than the maximum value of this body!";
-inline constexpr std::string_view kVolumeBelowMinimum = "The input volume value is smaller than the minimum value of this body!";
+inline constexpr std::string_view kVolumeAboveMaximum =
+    "The input volume value is larger than the maximum value of this body!";
+inline constexpr std::string_view kVolumeBelowMinimum =
+    "The input volume value is smaller than the minimum value of this body!";
 
 // The volumes written back at exit, when neither the program folder's file nor
 // the user's copy could take them.
@@ -167,7 +176,8 @@ inline constexpr std::string_view kVolumesNotKeptPrefix = "The body volumes coul
 
 // Playing on the PC.
 inline constexpr std::string_view kPcPlayDllNotFound = "Body PcPlay DLL not found!!";
-inline constexpr std::string_view kDoNotExistInProjectFolder = " do not exist in project folder !"; // after the file name
+inline constexpr std::string_view kDoNotExistInProjectFolder =
+    " do not exist in project folder !"; // after the file name
 inline constexpr std::string_view kDecodedTempNotFound = "The decoded temporary file is not found!";
 // Play lists.
 inline constexpr std::string_view kBoardIsPlaying = "The board is playing!";
@@ -207,7 +217,8 @@ inline constexpr std::string_view kCanNotPlayPrefix = "Can not play "; // the fi
 // DLL setting: removing an algorithm asks first, and a registry or library
 // that could not be changed is named, so Algos and the registry never drift apart
 // unnoticed.
-inline constexpr std::string_view kRemoveAlgorithmPrefix = "Are you sure to remove the algorithm "; // name, then the suffix
+inline constexpr std::string_view kRemoveAlgorithmPrefix =
+    "Are you sure to remove the algorithm "; // name, then the suffix
 inline constexpr std::string_view kRemoveAlgorithmSuffix = " from the project?";
 inline constexpr std::string_view kCanNotDeleteFileSuffix = " !"; // after kCanNotDeletePrefix and a file
 inline constexpr std::string_view kEditorNotExecutable = " is not an executable program !"; // after the path
@@ -219,7 +230,8 @@ inline constexpr std::string_view kExternalEditorNotExisted = "The external edit
 inline constexpr std::string_view kInterimMissing = " does not exist in the project folder !";
 inline constexpr std::string_view kInterimCanNotPack = " could not be packed !";
 inline constexpr std::string_view kInterimCanNotUnpack = " could not be unpacked: it is damaged !";
-inline constexpr std::string_view kInterimNotWrittenMiddle = " could not be written: "; // name, this, the system's reason, " !"
+inline constexpr std::string_view kInterimNotWrittenMiddle =
+    " could not be written: "; // name, this, the system's reason, " !"
 inline constexpr std::string_view kNoTempFileIn = "Can not create a temporary file in "; // folder, then " !"
 inline constexpr std::string_view kCanNotCopySuffix = " !"; // after kCanNotCopyPrefix, a file, kCopyTo, a file
 
@@ -233,7 +245,8 @@ inline constexpr std::string_view kSourceUnreadableSuffix = " could not be read,
 inline constexpr std::string_view kCodecStoppedWorking = " stopped working while ";
 inline constexpr std::string_view kCodecStoppedAnswering = " stopped answering while ";
 // The list of codecs that broke, after its file's path.
-inline constexpr std::string_view kBrokenCodecsNotWritten = " could not be written: the codecs that broke are not remembered !";
+inline constexpr std::string_view kBrokenCodecsNotWritten =
+    " could not be written: the codecs that broke are not remembered !";
 // Asked before a batch gives such a codec a row again: "Codec2 stopped working in ...".
 inline constexpr std::string_view kCodecBrokeBefore = " stopped working in an earlier batch.\nUse it again ?";
 inline constexpr std::string_view kCodecWorkerMissing = "The codec worker could not be started: ";

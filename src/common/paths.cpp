@@ -48,14 +48,16 @@ std::string_view librarySuffix()
 }
 
 namespace {
-char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
+char lowerAscii(char c)
+{
+    return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
+}
 } // namespace
 
 bool equalsNoCase(std::string_view a, std::string_view b)
 {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return lowerAscii(x) == lowerAscii(y);
-           });
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lowerAscii(x) == lowerAscii(y); });
 }
 
 bool startsWithNoCase(std::string_view text, std::string_view prefix)
@@ -72,7 +74,8 @@ std::string toUpperAscii(std::string_view text)
 {
     std::string out(text);
     for (char& c : out)
-        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
+        if (c >= 'a' && c <= 'z')
+            c = char(c - 'a' + 'A');
     return out;
 }
 

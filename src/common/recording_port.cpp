@@ -14,7 +14,9 @@ std::string_view answerName(Answer answer)
     return "cancel";
 }
 
-RecordingPort::RecordingPort(Policy policy) : m_policy(std::move(policy)) {}
+RecordingPort::RecordingPort(Policy policy)
+    : m_policy(std::move(policy))
+{}
 
 void RecordingPort::showMessage(std::string_view text)
 {
@@ -37,16 +39,17 @@ Answer answerFor(Answer blanket, Buttons buttons)
 {
     const bool yes = blanket == Answer::Yes || blanket == Answer::Ok;
     switch (buttons) {
-    case Buttons::YesNo:
-        return yes ? Answer::Yes : Answer::No;
-    case Buttons::OkCancel:
-        return yes ? Answer::Ok : Answer::Cancel;
+    case Buttons::YesNo: return yes ? Answer::Yes : Answer::No;
+    case Buttons::OkCancel: return yes ? Answer::Ok : Answer::Cancel;
     case Buttons::YesNoCancel:
-        if (yes) return Answer::Yes;
+        if (yes)
+            return Answer::Yes;
         return blanket == Answer::No ? Answer::No : Answer::Cancel;
     case Buttons::ReplaceSkipSkipAllStop:
-        if (yes) return Answer::Yes;
-        if (blanket == Answer::No || blanket == Answer::SkipAll) return blanket;
+        if (yes)
+            return Answer::Yes;
+        if (blanket == Answer::No || blanket == Answer::SkipAll)
+            return blanket;
         return Answer::Cancel;
     }
     return Answer::Cancel;

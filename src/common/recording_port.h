@@ -14,7 +14,7 @@ struct ShownMessage {
     std::string text;
     std::string caption;
     std::optional<Answer> answer; // set for questions only
-    std::string reason;           // the system's reason, for failures that know one
+    std::string reason; // the system's reason, for failures that know one
 };
 
 class RecordingPort : public UserPort {

@@ -11,13 +11,17 @@ namespace kestrelon {
 class ScratchFile {
 public:
     ScratchFile() = default;
-    explicit ScratchFile(std::filesystem::path path) : m_path(std::move(path)) {}
+    explicit ScratchFile(std::filesystem::path path)
+        : m_path(std::move(path))
+    {}
     ~ScratchFile()
     {
         if (!m_path.empty())
             removeQuietly(m_path);
     }
-    ScratchFile(ScratchFile&& other) noexcept : m_path(std::exchange(other.m_path, {})) {}
+    ScratchFile(ScratchFile&& other) noexcept
+        : m_path(std::exchange(other.m_path, {}))
+    {}
     ScratchFile& operator=(ScratchFile&& other) noexcept
     {
         if (this != &other) {

@@ -7,12 +7,12 @@
 #include "codec/temp_names.h"
 #include "common/file_io.h"
 #include "common/messages.h"
-#include "project/project_folder_ops.h"
 #include "common/paths.h"
 #include "common/scratch_file.h"
 #include "common/user_port.h"
 #include "project/edit_info_record.h"
 #include "project/new_project.h"
+#include "project/project_folder_ops.h"
 #include "project/project_item.h"
 #include "project/project_session.h"
 
@@ -85,8 +85,8 @@ bool prepareFolder(const std::string& folderText, ExportKind kind, UserPort& por
 // anything already stand at that name, another name is taken, so that the
 // scratch file, which is deleted afterwards, never replaces a file.
 // The row's own target is avoided too, for an export into Temp itself.
-fs::path chooseScratchFile(const fs::path& tempFolder, const std::string& interimName,
-                           const std::vector<ListRow>& rows, const fs::path& target)
+fs::path chooseScratchFile(const fs::path& tempFolder, const std::string& interimName, const std::vector<ListRow>& rows,
+                           const fs::path& target)
 {
     std::error_code ec;
     fs::create_directories(tempFolder, ec); // a missing Temp never stops work
@@ -152,10 +152,14 @@ class Exporter {
 public:
     Exporter(const ProjectSession& session, const std::vector<ListRow>& rows, const ExportOptions& options,
              ExportKind kind, fs::path folder, UserPort& port, ExportOutcome& outcome)
-        : m_session(session), m_rows(rows), m_options(options), m_kind(kind), m_folder(std::move(folder)),
-          m_port(port), m_outcome(outcome)
-    {
-    }
+        : m_session(session)
+        , m_rows(rows)
+        , m_options(options)
+        , m_kind(kind)
+        , m_folder(std::move(folder))
+        , m_port(port)
+        , m_outcome(outcome)
+    {}
 
     RowResult exportRow(const ListRow& row);
 
@@ -183,8 +187,8 @@ private:
 bool Exporter::isWorkingFile(const std::string& exportName) const
 {
     std::error_code ec;
-    const bool workingFolder = fs::equivalent(m_folder, m_session.projectFolder(), ec) ||
-                               fs::equivalent(m_folder, m_session.tempFolder(), ec);
+    const bool workingFolder =
+        fs::equivalent(m_folder, m_session.projectFolder(), ec) || fs::equivalent(m_folder, m_session.tempFolder(), ec);
     if (!workingFolder)
         return false;
     for (const ListRow& row : m_rows)
@@ -211,8 +215,8 @@ bool Exporter::writeEncodedData(const ScratchFile& scratch, const std::string& i
         return false;
     }
     std::string_view bytes = unpacked.bytes;
-    const auto header = parseEncodedHeader(
-        std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+    const auto header =
+        parseEncodedHeader(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
     if (header)
         file.sampleRate = header->sampleRate;
     if (!m_options.addHeader) {
@@ -237,8 +241,7 @@ bool Exporter::copyEvents(const ListRow& row, const std::string& exportName, con
     const EventSource events = findEventFile(m_session, *row.source, row.record().encodeName);
     if (events.path.empty())
         return true;
-    const fs::path table =
-        m_folder / pathFromUtf8(fileStem(exportName) + std::string(kExportEventExtension));
+    const fs::path table = m_folder / pathFromUtf8(fileStem(exportName) + std::string(kExportEventExtension));
     // An export name ending in ".tab" would have its events replace it.
     if (table == target)
         return true;

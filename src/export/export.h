@@ -29,7 +29,7 @@ enum class ExportKind { Selected, All };
 
 // The export dialog's two values.
 struct ExportOptions {
-    std::string folder;     // "Path :" as typed (UTF-8)
+    std::string folder; // "Path :" as typed (UTF-8)
     bool addHeader = false; // "Add Encode File Header"
 };
 
@@ -41,7 +41,7 @@ struct ExportedFile {
     std::string algoName;
     std::string bitRate;
     std::uint32_t sampleRate = 0; // from the encoded header
-    std::string bytes;            // what was written: with or without the header
+    std::string bytes; // what was written: with or without the header
 };
 
 struct ExportOutcome {
@@ -49,10 +49,10 @@ struct ExportOutcome {
     // reason other than the user declining to replace a file) or the index
     // could not be written.
     bool ok = false;
-    std::vector<std::filesystem::path> exported;   // encoded files written, in row order
-    std::vector<ExportedFile> files;               // the same, with their bytes and settings
+    std::vector<std::filesystem::path> exported; // encoded files written, in row order
+    std::vector<ExportedFile> files; // the same, with their bytes and settings
     std::vector<std::filesystem::path> eventFiles; // ".tab" files written, in row order
-    std::filesystem::path indexFile;               // empty when it was not written
+    std::filesystem::path indexFile; // empty when it was not written
 };
 
 // Runs the export of the main list's rows, in list order, into

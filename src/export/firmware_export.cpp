@@ -141,7 +141,8 @@ std::string firmwareCHeader(const std::vector<ExportedFile>& files, const Firmwa
     for (std::size_t i = 0; i < files.size(); ++i)
         out += "#define " + upper(names[i]) + "_LENGTH " + std::to_string(files[i].bytes.size()) + "u\n";
     out += "#define " + macro + "_TOTAL_BYTES " + std::to_string(dataBytesOf(files)) + "u\n\n";
-    out += "struct " + base + "_entry {\n    const uint8_t *data;\n    uint32_t length;\n"
+    out += "struct " + base +
+           "_entry {\n    const uint8_t *data;\n    uint32_t length;\n"
            "    uint32_t sample_rate; /* Hz */\n    uint32_t bit_rate;    /* bit/s */\n};\n\n";
     out += "/* One entry per item, indexed by enum " + base + "_item. */\n";
     out += "extern const struct " + base + "_entry " + base + "_table[" + macro + "_COUNT];\n\n";
@@ -176,8 +177,8 @@ std::string firmwareCSource(const std::vector<ExportedFile>& files, const Firmwa
     }
     out += "\nconst struct " + base + "_entry " + base + "_table[" + macro + "_COUNT] = {\n";
     for (std::size_t i = 0; i < files.size(); ++i)
-        out += "    {" + names[i] + ", " + upper(names[i]) + "_LENGTH, " + std::to_string(files[i].sampleRate) +
-               "u, " + std::to_string(numberOr0(files[i].bitRate)) + "u},\n";
+        out += "    {" + names[i] + ", " + upper(names[i]) + "_LENGTH, " + std::to_string(files[i].sampleRate) + "u, " +
+               std::to_string(numberOr0(files[i].bitRate)) + "u},\n";
     if (files.empty())
         out += "    {0, 0, 0, 0}\n"; // an array of zero entries is not C either
     out += "};\n";
@@ -227,9 +228,7 @@ FirmwareOutcome writeFirmwareFiles(const fs::path& folder, const std::vector<Exp
     outcome.dataBytes = dataBytesOf(files);
     std::vector<std::pair<fs::path, std::string>> contents;
     switch (options.format) {
-    case FirmwareFormat::Raw:
-        outcome.totalBytes = outcome.dataBytes;
-        return outcome;
+    case FirmwareFormat::Raw: outcome.totalBytes = outcome.dataBytes; return outcome;
     case FirmwareFormat::C:
         contents.emplace_back(folder / pathFromUtf8(options.baseName + ".h"), firmwareCHeader(files, options));
         contents.emplace_back(folder / pathFromUtf8(options.baseName + ".c"), firmwareCSource(files, options));

@@ -28,9 +28,9 @@ std::optional<FirmwareFormat> firmwareFormatNamed(std::string_view name); // "ra
 struct FirmwareOptions {
     FirmwareFormat format = FirmwareFormat::Raw;
     std::string baseName = "speech_data"; // file names, and the prefix of every C name
-    std::uint32_t alignment = 4;          // image: a power of two, 1 to 65536
-    bool bigEndian = false;               // image: byte order of its numbers
-    std::uint8_t padByte = 0xFF;          // image: what fills the gaps (erased flash)
+    std::uint32_t alignment = 4; // image: a power of two, 1 to 65536
+    bool bigEndian = false; // image: byte order of its numbers
+    std::uint8_t padByte = 0xFF; // image: what fills the gaps (erased flash)
 };
 
 // Checks the options; an empty text when they are usable, else why not.
@@ -65,9 +65,9 @@ std::vector<std::uintmax_t> firmwareImageLayout(const std::vector<std::uintmax_t
 struct FirmwareOutcome {
     bool ok = true;
     std::vector<std::filesystem::path> written;
-    std::uintmax_t dataBytes = 0;  // the items' bytes
+    std::uintmax_t dataBytes = 0; // the items' bytes
     std::uintmax_t totalBytes = 0; // what the format's files hold (raw: the data)
-    std::string error;             // why writing failed, when !ok
+    std::string error; // why writing failed, when !ok
 };
 
 // Writes the format's files into `folder` (nothing for Raw, whose files the

@@ -103,8 +103,7 @@ std::vector<AlgorithmInfo> listAlgorithmInfo(CodecHost& host, const std::filesys
         algos = projectFolder / "Algos";
     ec.clear();
     std::vector<std::filesystem::path> libraries;
-    for (std::filesystem::directory_iterator it(algos, ec), end; !ec && it != end;
-         it.increment(ec)) {
+    for (std::filesystem::directory_iterator it(algos, ec), end; !ec && it != end; it.increment(ec)) {
         const std::string fileName = utf8FromPath(it->path().filename());
         std::error_code typeError;
         if (endsWithNoCase(fileName, librarySuffix()) && fileName.size() > librarySuffix().size() &&

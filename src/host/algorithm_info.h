@@ -26,12 +26,12 @@ struct AlgorithmInfo {
     std::string description;
 
     // As shown.
-    std::string versionText;     // "1.0"
-    std::string sampleRateText;  // "8000 Hz"
-    std::string resolutionText;  // "16 bit"
-    std::string channelsText;    // "Mono"
+    std::string versionText; // "1.0"
+    std::string sampleRateText; // "8000 Hz"
+    std::string resolutionText; // "16 bit"
+    std::string channelsText; // "Mono"
     std::string sampleRatesText; // "8000" or "8000 ~ 16000"
-    std::string bitRatesText;    // "16000 ~ 32000"
+    std::string bitRatesText; // "16000 ~ 32000"
 };
 
 // "%d" when both ends are equal, "%d ~ %d" otherwise.

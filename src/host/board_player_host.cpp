@@ -12,11 +12,16 @@ namespace {
 // The contract's callback carries no context: one host plays at a time.
 std::atomic<BoardPlayerHost*> g_active{nullptr};
 
-bool endsPlaying(std::uint32_t status) { return status != 1 && status != 2 && status != 4 && status != 8; }
+bool endsPlaying(std::uint32_t status)
+{
+    return status != 1 && status != 2 && status != 4 && status != 8;
+}
 
 } // namespace
 
-BoardPlayerHost::BoardPlayerHost(UserPort& port) : m_port(port) {}
+BoardPlayerHost::BoardPlayerHost(UserPort& port)
+    : m_port(port)
+{}
 
 BoardPlayerHost::~BoardPlayerHost()
 {
@@ -105,7 +110,8 @@ BoardVersionQuery BoardPlayerHost::queryVersions(std::uint8_t port, std::uint32_
     std::uint8_t driver = 0;
     if (m_ready(port, &driver) == 0 && (driver & 0x0F) == port)
         query.driver = driver >> 4;
-    query.status = std::string(msg::kBoardVersionHost) + std::to_string(*query.host) + std::string(msg::kBoardVersionDriver) +
+    query.status = std::string(msg::kBoardVersionHost) + std::to_string(*query.host) +
+                   std::string(msg::kBoardVersionDriver) +
                    (query.driver ? std::to_string(*query.driver) : std::string(msg::kBoardDriverFailed));
     return query;
 }

@@ -39,9 +39,12 @@ void makeCurrentFolder(const std::filesystem::path& folder)
 
 CodecFamily codecFamilyOf(std::string_view algorithmName)
 {
-    if (startsWithNoCase(algorithmName, "V480")) return CodecFamily::V480;
-    if (startsWithNoCase(algorithmName, "V530")) return CodecFamily::V530;
-    if (startsWithNoCase(algorithmName, "V720")) return CodecFamily::V720;
+    if (startsWithNoCase(algorithmName, "V480"))
+        return CodecFamily::V480;
+    if (startsWithNoCase(algorithmName, "V530"))
+        return CodecFamily::V530;
+    if (startsWithNoCase(algorithmName, "V720"))
+        return CodecFamily::V720;
     return CodecFamily::Other;
 }
 
@@ -65,9 +68,10 @@ std::string normalizeNamePart(std::string part)
 }
 
 CodecHost::CodecHost(std::filesystem::path programFolder, UserPort& port, MainHostWindow& mainWindow)
-    : m_programFolder(std::move(programFolder)), m_port(port), m_mainWindow(mainWindow)
-{
-}
+    : m_programFolder(std::move(programFolder))
+    , m_port(port)
+    , m_mainWindow(mainWindow)
+{}
 
 CodecHost::~CodecHost()
 {
@@ -204,8 +208,8 @@ bool CodecHost::encode(const std::filesystem::path& wave, const std::filesystem:
     const auto call = slot(&kestrelon_codec_vtable::encode);
     if (call == nullptr)
         return false;
-    return checkResult(call(m_codec, utf8FromPath(wave).c_str(), utf8FromPath(output).c_str(), progressBar,
-                            progressText));
+    return checkResult(
+        call(m_codec, utf8FromPath(wave).c_str(), utf8FromPath(output).c_str(), progressBar, progressText));
 }
 
 bool CodecHost::decode(const std::filesystem::path& encoded, const std::filesystem::path& wave,
@@ -214,8 +218,8 @@ bool CodecHost::decode(const std::filesystem::path& encoded, const std::filesyst
     const auto call = slot(&kestrelon_codec_vtable::decode);
     if (call == nullptr)
         return false;
-    return checkResult(call(m_codec, utf8FromPath(encoded).c_str(), utf8FromPath(wave).c_str(), progressBar,
-                            progressText));
+    return checkResult(
+        call(m_codec, utf8FromPath(encoded).c_str(), utf8FromPath(wave).c_str(), progressBar, progressText));
 }
 
 bool CodecHost::checkAlgorithm()

@@ -122,8 +122,8 @@ private:
     UserPort& m_port;
     MainHostWindow& m_mainWindow;
 
-    DynamicLibrary m_library;          // the module handle
-    void* m_lastExport = nullptr;      // GetDllClassObject or DelDllClassObject, as last looked up
+    DynamicLibrary m_library; // the module handle
+    void* m_lastExport = nullptr; // GetDllClassObject or DelDllClassObject, as last looked up
     kestrelon_codec* m_codec = nullptr; // the codec object
 };
 

@@ -17,10 +17,10 @@ namespace kestrelon {
 struct CodecJob {
     std::filesystem::path library;
     std::string bitRate;
-    std::filesystem::path wave;        // encode: the source
-    std::filesystem::path events;      // encode: the source's event file, or empty
-    bool decodeToo = false;            // encode: the row is decoded right after
-    std::filesystem::path interim;     // decode only: the row's packed encoding
+    std::filesystem::path wave; // encode: the source
+    std::filesystem::path events; // encode: the source's event file, or empty
+    bool decodeToo = false; // encode: the row is decoded right after
+    std::filesystem::path interim; // decode only: the row's packed encoding
 };
 
 class CodecRunner {

@@ -8,9 +8,9 @@
 namespace kestrelon {
 
 ProgressBarWindow::ProgressBarWindow(UserPort& port)
-    : m_port(port), m_window{sizeof(kestrelon_host_window), this, &setRange, &setPosition, nullptr, nullptr, &shouldStop}
-{
-}
+    : m_port(port)
+    , m_window{sizeof(kestrelon_host_window), this, &setRange, &setPosition, nullptr, nullptr, &shouldStop}
+{}
 
 int32_t ProgressBarWindow::shouldStop(void* context)
 {
@@ -28,9 +28,9 @@ void ProgressBarWindow::setPosition(void* context, int32_t position)
 }
 
 ProgressTextWindow::ProgressTextWindow(UserPort& port)
-    : m_port(port), m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, &setText, nullptr, nullptr}
-{
-}
+    : m_port(port)
+    , m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, &setText, nullptr, nullptr}
+{}
 
 void ProgressTextWindow::setText(void* context, const char* utf8)
 {
@@ -38,10 +38,9 @@ void ProgressTextWindow::setText(void* context, const char* utf8)
 }
 
 MainHostWindow::MainHostWindow(StepListener onStep)
-    : m_onStep(std::move(onStep)),
-      m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, nullptr, &postMessage, nullptr}
-{
-}
+    : m_onStep(std::move(onStep))
+    , m_window{sizeof(kestrelon_host_window), this, nullptr, nullptr, nullptr, &postMessage, nullptr}
+{}
 
 void MainHostWindow::stepDone()
 {

@@ -6,7 +6,9 @@
 
 namespace kestrelon {
 
-PcPlayerHost::PcPlayerHost(UserPort& port) : m_port(port) {}
+PcPlayerHost::PcPlayerHost(UserPort& port)
+    : m_port(port)
+{}
 
 PcPlayerHost::~PcPlayerHost()
 {

@@ -14,25 +14,25 @@ namespace kestrelon::worker {
 // What the host asks. Each is answered by exactly one Answer frame, before
 // which the worker may send any number of report frames.
 enum class Ask : char {
-    Load = 'L',          // library path, bit rate
-    EventFile = 'E',     // path ("" for none)
-    Encode = 'C',        // wave path, output path
-    Decode = 'D',        // encoded path, wave path
-    Extension = 'X',     // -
-    Tag = 'G',           // -
-    Release = 'R',       // -
-    Stop = 'S',          // the answer to a StopQuestion: "1" to stop, "0" to go on
+    Load = 'L', // library path, bit rate
+    EventFile = 'E', // path ("" for none)
+    Encode = 'C', // wave path, output path
+    Decode = 'D', // encoded path, wave path
+    Extension = 'X', // -
+    Tag = 'G', // -
+    Release = 'R', // -
+    Stop = 'S', // the answer to a StopQuestion: "1" to stop, "0" to go on
 };
 
 // What the worker reports.
 enum class Report : char {
-    Range = 'N',    // low, high (decimal)
+    Range = 'N', // low, high (decimal)
     Position = 'P', // position (decimal)
-    Text = 'T',     // progress text
-    Step = 'W',     // the codec posted its step message
-    Message = 'M',  // a message for the person
+    Text = 'T', // progress text
+    Step = 'W', // the codec posted its step message
+    Message = 'M', // a message for the person
     StopQuestion = 'Q', // the codec asks whether to stop; the worker waits for Stop
-    Answer = 'A',   // "1" or "0", then (Extension, Tag) the text
+    Answer = 'A', // "1" or "0", then (Extension, Tag) the text
 };
 
 struct Frame {

@@ -25,7 +25,8 @@ void Project::heard(SessionChange change)
     case SessionChange::Closed:
         // Another project's measures, or the same file as it may be now.
         m_quality = QualityFile();
-        changed.publish({change == SessionChange::Opened ? ProjectChange::Kind::Opened : ProjectChange::Kind::Closed, {}});
+        changed.publish(
+            {change == SessionChange::Opened ? ProjectChange::Kind::Opened : ProjectChange::Kind::Closed, {}});
         break;
     case SessionChange::Saved: changed.publish({ProjectChange::Kind::Saved, {}}); break;
     case SessionChange::Busy: changed.publish({ProjectChange::Kind::Busy, {}}); break;
@@ -52,8 +53,8 @@ bool Project::withEngine(UserPort& port, bool measuring, const EngineWork& work)
     const BusyScope busy(m_session);
     {
         // The codec goes, and what broke is kept, before anyone hears of the rows.
-        const EngineWorld world({m_session, algorithms(), *m_bodies, port, m_places.program, m_places.config,
-                                 m_codec, measuring ? &quality() : nullptr});
+        const EngineWorld world({m_session, algorithms(), *m_bodies, port, m_places.program, m_places.config, m_codec,
+                                 measuring ? &quality() : nullptr});
         work(world.environment());
     }
     if (measuring && !m_quality.save())
@@ -78,8 +79,9 @@ BatchResult Project::encode(MainList& rows, bool decodeToo, UserPort& port)
     BatchResult batch;
     if (rows.selectedCount() == 0 || !m_bodies || !m_session.isOpen())
         return batch;
-    withEngine(port, decodeToo,
-               [&](const EngineEnvironment& environment) { batch = CodecEngine(environment).encodeSelected(rows, decodeToo); });
+    withEngine(port, decodeToo, [&](const EngineEnvironment& environment) {
+        batch = CodecEngine(environment).encodeSelected(rows, decodeToo);
+    });
     rowsEdited(rows.selectedKeys());
     return batch;
 }
@@ -89,7 +91,8 @@ BatchResult Project::decode(MainList& rows, UserPort& port)
     BatchResult batch;
     if (rows.selectedCount() == 0 || !m_bodies || !m_session.isOpen())
         return batch;
-    withEngine(port, true, [&](const EngineEnvironment& environment) { batch = CodecEngine(environment).decodeSelected(rows); });
+    withEngine(port, true,
+               [&](const EngineEnvironment& environment) { batch = CodecEngine(environment).decodeSelected(rows); });
     rowsEdited(rows.selectedKeys());
     return batch;
 }

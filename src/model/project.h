@@ -26,13 +26,13 @@ class UserPort;
 
 struct ProjectChange {
     enum class Kind {
-        Opened,     // a project was made, opened, or saved under another name
-        Closed,     // no project is open any more
-        Saved,      // the open project was saved under its name
-        Tree,       // the Files tree changed, and with it the set of rows
-        Rows,       // the data of the rows in `rows` changed; the set of rows did not
+        Opened, // a project was made, opened, or saved under another name
+        Closed, // no project is open any more
+        Saved, // the open project was saved under its name
+        Tree, // the Files tree changed, and with it the set of rows
+        Rows, // the data of the rows in `rows` changed; the set of rows did not
         Algorithms, // the algorithm registry changed
-        Busy,       // a batch began or ended: see session().busy()
+        Busy, // a batch began or ended: see session().busy()
     };
     Kind kind;
     std::vector<std::string> rows; // Rows: their keys (rowKey)

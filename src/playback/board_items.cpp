@@ -65,9 +65,9 @@ std::optional<CheckedRow> checkRow(const ProjectSession& session, const EditInfo
     const bool outOfRange =
         ranged && (wave.sampleRate() < body->sampleRateMin || wave.sampleRate() > body->sampleRateMax);
     RowEncodedFile& file = *read.file;
-    return CheckedRow{BoardItem{std::move(file.speech), file.encoded.header.sampleRate, body->currentVolume,
-                                record.fileName},
-                      outOfRange};
+    return CheckedRow{
+        BoardItem{std::move(file.speech), file.encoded.header.sampleRate, body->currentVolume, record.fileName},
+        outOfRange};
 }
 
 std::string withName(std::string_view text, const std::string& name)
@@ -97,9 +97,9 @@ std::optional<std::vector<BoardItem>> boardItemsFor(const ProjectSession& sessio
     }
     if (outOfRange.empty())
         return items;
-    const Answer answer =
-        rows.size() == 1 ? port.ask(withName(msg::kSampleRateExceedsBody, outOfRange.front()), Buttons::YesNo)
-                         : port.askAboutFiles(msg::kSampleRatesExceedBody, outOfRange, msg::kStillWantToPlay);
+    const Answer answer = rows.size() == 1
+                              ? port.ask(withName(msg::kSampleRateExceedsBody, outOfRange.front()), Buttons::YesNo)
+                              : port.askAboutFiles(msg::kSampleRatesExceedBody, outOfRange, msg::kStillWantToPlay);
     if (answer != Answer::Yes)
         return std::nullopt;
     return items;

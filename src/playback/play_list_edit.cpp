@@ -43,7 +43,8 @@ std::size_t addRowsToPlayList(PlayList& list, const MainList& rows, const std::v
     }
     // New entries are numbered after the highest number in use.
     int nextId = 0;
-    for (const PlayItem& item : list) nextId = std::max(nextId, item.itemId + 1);
+    for (const PlayItem& item : list)
+        nextId = std::max(nextId, item.itemId + 1);
     std::size_t added = 0;
     for (const std::size_t index : which) {
         if (index >= rows.size())

@@ -22,7 +22,10 @@ constexpr std::string_view kPlayFolder = "play";
 
 } // namespace
 
-PlaybackController::PlaybackController(PcPlayerHost& pc, UserPort& port) : m_pc(pc), m_port(port) {}
+PlaybackController::PlaybackController(PcPlayerHost& pc, UserPort& port)
+    : m_pc(pc)
+    , m_port(port)
+{}
 
 PlaybackController::~PlaybackController()
 {

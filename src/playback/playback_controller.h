@@ -27,13 +27,13 @@ enum class PlayState { Idle, Playing, Paused, Looping };
 struct PlayStatus {
     PlayState state = PlayState::Idle;
     PlayWhat what = PlayWhat::Original;
-    std::string rowKey;                // the row playing, as its owner names it; empty for a plain file
-    std::filesystem::path file;        // what the player was handed
-    int sampleRate = 0;                // of that file
-    std::int64_t length = 0;           // its samples
-    std::int64_t samplesPlayed = 0;    // over every pass of a loop
-    std::int64_t position = 0;         // within the current pass
-    int passes = 0;                    // passes completed
+    std::string rowKey; // the row playing, as its owner names it; empty for a plain file
+    std::filesystem::path file; // what the player was handed
+    int sampleRate = 0; // of that file
+    std::int64_t length = 0; // its samples
+    std::int64_t samplesPlayed = 0; // over every pass of a loop
+    std::int64_t position = 0; // within the current pass
+    int passes = 0; // passes completed
 };
 
 class PlaybackController {

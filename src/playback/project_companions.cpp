@@ -17,7 +17,9 @@ fs::path playListPathFor(const fs::path& projectFile)
     return path;
 }
 
-ProjectCompanionFiles::ProjectCompanionFiles(UserPort& port) : m_port(port) {}
+ProjectCompanionFiles::ProjectCompanionFiles(UserPort& port)
+    : m_port(port)
+{}
 
 void ProjectCompanionFiles::load(const fs::path& projectFile)
 {

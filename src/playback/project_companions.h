@@ -3,8 +3,8 @@
 // list ("<project>.set", beside the project file) and the algorithm registry
 // ("Algos/dllsetinfo.ini"). The project session loads them on open, writes
 // them on Save and Save As, and clears them on close.
-#include "playback/play_item.h"
 #include "host/algorithm_registry.h"
+#include "playback/play_item.h"
 #include "project/project_session.h"
 
 #include <filesystem>

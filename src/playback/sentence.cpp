@@ -14,8 +14,7 @@
 
 namespace kestrelon {
 
-bool everyEntryDecoded(const ProjectSession& session, const std::vector<const EditInfoRecord*>& entries,
-                       UserPort& port)
+bool everyEntryDecoded(const ProjectSession& session, const std::vector<const EditInfoRecord*>& entries, UserPort& port)
 {
     const bool all = std::all_of(entries.begin(), entries.end(), [&](const EditInfoRecord* entry) {
         return isPlainFileName(entry->decodeName) && !findInterimFile(session, entry->decodeName).empty();

@@ -10,10 +10,19 @@ bool EditInfoRecord::sameRow(const EditInfoRecord& other) const
            bitRate == other.bitRate;
 }
 
-std::int64_t EditInfoRecord::encodeSizeValue() const { return sizeFromText(encodeSize); }
+std::int64_t EditInfoRecord::encodeSizeValue() const
+{
+    return sizeFromText(encodeSize);
+}
 
-std::int64_t EditInfoRecord::decodeSizeValue() const { return sizeFromText(decodeSize); }
+std::int64_t EditInfoRecord::decodeSizeValue() const
+{
+    return sizeFromText(decodeSize);
+}
 
-std::int64_t sizeFromText(std::string_view text) { return leadingDecimal(text); }
+std::int64_t sizeFromText(std::string_view text)
+{
+    return leadingDecimal(text);
+}
 
 } // namespace kestrelon

@@ -10,18 +10,18 @@
 namespace kestrelon {
 
 struct EditInfoRecord {
-    std::string fileName;        // source key: the id of the source item the record belongs to
-    std::string bodyName;        // target body; empty until chosen
-    std::string algoName;        // algorithm plug-in
-    std::string bitRate;         // bits per second, as text
-    std::string encodeSize;      // bytes of the packed encoded file, decimal text
+    std::string fileName; // source key: the id of the source item the record belongs to
+    std::string bodyName; // target body; empty until chosen
+    std::string algoName; // algorithm plug-in
+    std::string bitRate; // bits per second, as text
+    std::string encodeSize; // bytes of the packed encoded file, decimal text
     std::string compressionRate; // shown in the list, never stored in the project file
-    std::string decodeSize;      // bytes of the decoded wave, decimal text
-    std::string encodeName;      // interim encoded file in the project's Temp folder
-    std::string renameEncode;    // the name the encoded file is exported under
-    std::string decodeName;      // decoded wave (".dfn") in the project's Temp folder
+    std::string decodeSize; // bytes of the decoded wave, decimal text
+    std::string encodeName; // interim encoded file in the project's Temp folder
+    std::string renameEncode; // the name the encoded file is exported under
+    std::string decodeName; // decoded wave (".dfn") in the project's Temp folder
     std::int32_t multiSelect = 0; // 1 while the row is on the play list
-    std::int32_t itemId = -1;     // -1 in a new record; carried into play lists
+    std::int32_t itemId = -1; // -1 in a new record; carried into play lists
 
     // Two records are the same row when source key, body, algorithm and bit
     // rate are equal, compared case-sensitively.

@@ -22,7 +22,10 @@ bool isSeparator(char c)
 #endif
 }
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
 
 // Anything at the path, a dangling link included, counts as existing: a name
 // that is taken is taken.
@@ -60,7 +63,8 @@ NewProjectCheck checkNewProject(std::string name, std::string location, UserPort
         port.showMessage(msg::kFileNameIsNull);
         return result;
     }
-    if (isBlank(name.front()) || isBlank(name.back()) || name.find_first_of(kInvalidNameCharacters) != std::string::npos) {
+    if (isBlank(name.front()) || isBlank(name.back()) ||
+        name.find_first_of(kInvalidNameCharacters) != std::string::npos) {
         port.showMessage(msg::kInvalidCharacters);
         result.clearName = true;
         return result;

@@ -16,7 +16,7 @@ inline constexpr std::string_view kProjectExtension = ".ptp";
 inline constexpr std::string_view kInvalidNameCharacters = "\\/:*?\"<>|";
 
 struct NewProjectCheck {
-    bool ok = false;        // the dialog may close; projectFile is set
+    bool ok = false; // the dialog may close; projectFile is set
     bool clearName = false; // refused, and the name box is to be emptied
     std::filesystem::path projectFile;
 };

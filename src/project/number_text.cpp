@@ -14,7 +14,8 @@ bool isBlank(char c)
 // Drops leading blanks and one sign; returns true for a minus sign.
 bool takeSign(std::string_view& text)
 {
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
     if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
         const bool negative = text.front() == '-';
         text.remove_prefix(1);
@@ -25,9 +26,12 @@ bool takeSign(std::string_view& text)
 
 int hexDigit(char c)
 {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
     return -1;
 }
 
@@ -41,7 +45,8 @@ std::int64_t leadingDecimal(std::string_view text)
     std::int64_t value = 0;
     bool saturated = false;
     for (char c : text) {
-        if (c < '0' || c > '9') break;
+        if (c < '0' || c > '9')
+            break;
         const int digit = c - '0';
         if (value < (lowest + digit) / 10) {
             saturated = true;
@@ -65,10 +70,12 @@ std::optional<std::uint32_t> leadingHex(std::string_view text)
     bool any = false;
     for (char c : text) {
         const int digit = hexDigit(c);
-        if (digit < 0) break;
+        if (digit < 0)
+            break;
         any = true;
         value = value * 16 + std::uint64_t(digit);
-        if (value > 0xffffffffu) value = 0x100000000u; // saturated; stays above the limit
+        if (value > 0xffffffffu)
+            value = 0x100000000u; // saturated; stays above the limit
     }
     if (!any)
         return std::nullopt;

@@ -115,6 +115,9 @@ bool ProjectDocument::save(const std::filesystem::path& path, std::string* why)
     return true;
 }
 
-std::string ProjectDocument::serialize() const { return writeProjectFile(*this); }
+std::string ProjectDocument::serialize() const
+{
+    return writeProjectFile(*this);
+}
 
 } // namespace kestrelon

@@ -21,7 +21,9 @@ public:
 
     enum class Status { Line, End, EndInLongLine };
 
-    explicit LineSource(std::string_view text) : m_text(text) {}
+    explicit LineSource(std::string_view text)
+        : m_text(text)
+    {}
 
     // The next line without its line feed. A line that fills the buffer is
     // over-long: with `skipRest` its remainder is read and dropped; without, the
@@ -63,9 +65,15 @@ private:
     std::size_t m_pos = 0;
 };
 
-bool startsWith(std::string_view line, std::string_view keyword) { return startsWithNoCase(line, keyword); }
+bool startsWith(std::string_view line, std::string_view keyword)
+{
+    return startsWithNoCase(line, keyword);
+}
 
-std::string valueAfter(std::string_view line, std::string_view key) { return std::string(line.substr(key.size())); }
+std::string valueAfter(std::string_view line, std::string_view key)
+{
+    return std::string(line.substr(key.size()));
+}
 
 // The name starts at the 16th character of the group line and loses the line's
 // last character, which is the closing quote in a well-formed file.
@@ -97,7 +105,10 @@ class ProjectFileReader {
 public:
     ProjectFileReader(ProjectDocument& project, std::string_view text, const std::filesystem::path& projectFile,
                       UserPort& port)
-        : m_project(project), m_lines(text), m_port(port), m_folder(projectFile.parent_path())
+        : m_project(project)
+        , m_lines(text)
+        , m_port(port)
+        , m_folder(projectFile.parent_path())
     {
         if (m_folder.empty())
             m_folder = ".";
@@ -174,7 +185,8 @@ private:
     {
         if (m_groups.size() >= kMaxGroupDepth)
             return Block::TooDeep;
-        const std::uint32_t flags = currentParent() ? ProjectItem::kGroup : ProjectItem::kGroup | ProjectItem::kTopLevel;
+        const std::uint32_t flags =
+            currentParent() ? ProjectItem::kGroup : ProjectItem::kGroup | ProjectItem::kTopLevel;
         ProjectItem* group = m_project.createItem(groupName(line), flags);
         addToTree(group);
         m_groups.push_back(group);
@@ -192,7 +204,7 @@ private:
 
     Block readSourceBlock()
     {
-        ProjectItem* item = nullptr;          // the item made last in this block
+        ProjectItem* item = nullptr; // the item made last in this block
         std::unique_ptr<ProjectItem> dropped; // a missing source the user chose to drop
         std::string_view line;
         while (nextLine(line)) {
@@ -225,7 +237,8 @@ private:
             name.remove_prefix(2);
         // Without the PARAM= line that normally follows, the flags say what the
         // item is and where it stands.
-        const std::uint32_t flags = currentParent() ? ProjectItem::kSource : ProjectItem::kSource | ProjectItem::kTopLevel;
+        const std::uint32_t flags =
+            currentParent() ? ProjectItem::kSource : ProjectItem::kSource | ProjectItem::kTopLevel;
         auto source = std::make_unique<ProjectItem>(std::string(name), flags);
 
         if (!sourceExists(name) && askDrop(written)) {
@@ -288,14 +301,10 @@ private:
             std::string EditInfoRecord::*member;
         };
         static constexpr Field textFields[] = {
-            {ptp::kAlgoName, &EditInfoRecord::algoName},
-            {ptp::kBodyName, &EditInfoRecord::bodyName},
-            {ptp::kEncodeName, &EditInfoRecord::encodeName},
-            {ptp::kEncodeSize, &EditInfoRecord::encodeSize},
-            {ptp::kRenameEncode, &EditInfoRecord::renameEncode},
-            {ptp::kDecodeName, &EditInfoRecord::decodeName},
-            {ptp::kDecodeSize, &EditInfoRecord::decodeSize},
-            {ptp::kEncodeBitRate, &EditInfoRecord::bitRate},
+            {ptp::kAlgoName, &EditInfoRecord::algoName},         {ptp::kBodyName, &EditInfoRecord::bodyName},
+            {ptp::kEncodeName, &EditInfoRecord::encodeName},     {ptp::kEncodeSize, &EditInfoRecord::encodeSize},
+            {ptp::kRenameEncode, &EditInfoRecord::renameEncode}, {ptp::kDecodeName, &EditInfoRecord::decodeName},
+            {ptp::kDecodeSize, &EditInfoRecord::decodeSize},     {ptp::kEncodeBitRate, &EditInfoRecord::bitRate},
         };
         for (const Field& field : textFields) {
             if (startsWith(line, field.key)) {

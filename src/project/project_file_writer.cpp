@@ -39,7 +39,8 @@ public:
     {
         line(begin);
         for (const ProjectItem* item : items)
-            if (item->isTopLevel()) subtree(*item, form);
+            if (item->isTopLevel())
+                subtree(*item, form);
         line(end);
     }
 

@@ -7,8 +7,8 @@
 #include "common/user_port.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <atomic>
+#include <cerrno>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -256,7 +256,8 @@ CopyOutcome placeStagedCopies(const std::vector<StagedCopy>& staged)
             return {false, staged[i].copy, ec.message()};
         }
     }
-    for (const StagedCopy& copy : staged) syncToDisk(copy.copy.to.parent_path());
+    for (const StagedCopy& copy : staged)
+        syncToDisk(copy.copy.to.parent_path());
     return {};
 }
 
@@ -278,8 +279,8 @@ CopyOutcome copyFilesStaged(const std::vector<FileCopy>& plan)
 
 void showCopyFailure(UserPort& port, const CopyOutcome& outcome, std::string_view suffix)
 {
-    port.showFailure(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(outcome.failed.from) + std::string(msg::kCopyTo) +
-                         utf8FromPath(outcome.failed.to) + std::string(suffix),
+    port.showFailure(std::string(msg::kCanNotCopyPrefix) + utf8FromPath(outcome.failed.from) +
+                         std::string(msg::kCopyTo) + utf8FromPath(outcome.failed.to) + std::string(suffix),
                      outcome.reason);
 }
 
@@ -292,7 +293,8 @@ std::size_t removeStaleParts(const fs::path& folder)
         const std::string name = it->path().filename().string();
         const bool staged = name.size() > 5 && name.ends_with(".part") && name.find(".kestrelon-") != std::string::npos;
         std::error_code statusError;
-        if (staged && it->is_regular_file(statusError) && !it->is_symlink(statusError) && fs::remove(it->path(), statusError))
+        if (staged && it->is_regular_file(statusError) && !it->is_symlink(statusError) &&
+            fs::remove(it->path(), statusError))
             ++removed;
     }
     return removed;

@@ -71,7 +71,7 @@ void planTreeCopy(std::vector<FileCopy>& plan, const std::filesystem::path& from
 
 struct CopyOutcome {
     bool ok = true;
-    FileCopy failed;    // the copy that could not be made, when !ok
+    FileCopy failed; // the copy that could not be made, when !ok
     std::string reason; // the system's reason for it
 };
 
@@ -94,9 +94,9 @@ struct StagedCopy {
 };
 struct StageOutcome {
     bool ok = true;
-    FileCopy failed;                 // when !ok; nothing is left staged then
-    std::string reason;              // the system's reason, when !ok
-    std::vector<StagedCopy> staged;  // when ok, in plan order, flushed to the disk
+    FileCopy failed; // when !ok; nothing is left staged then
+    std::string reason; // the system's reason, when !ok
+    std::vector<StagedCopy> staged; // when ok, in plan order, flushed to the disk
 };
 StageOutcome stageCopies(const std::vector<FileCopy>& plan);
 // Renames the staged files over their targets in order; a rename that fails

@@ -5,14 +5,16 @@
 namespace kestrelon {
 
 ProjectItem::ProjectItem(std::string name, std::uint32_t flags, std::string id)
-    : m_name(std::move(name)), m_flags(flags), m_id(std::move(id))
-{
-}
+    : m_name(std::move(name))
+    , m_flags(flags)
+    , m_id(std::move(id))
+{}
 
 bool ProjectItem::isAncestorOf(const ProjectItem* other) const
 {
     for (const ProjectItem* up = other ? other->m_parent : nullptr; up; up = up->m_parent)
-        if (up == this) return true;
+        if (up == this)
+            return true;
     return false;
 }
 

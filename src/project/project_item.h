@@ -16,9 +16,9 @@ class ProjectItem {
 public:
     // Bits of the flags word. A file keeps the whole word, so bits the program
     // does not know survive a read and a write unchanged.
-    static constexpr std::uint32_t kTopLevel = 0x1;    // directly under the root of its tree
-    static constexpr std::uint32_t kGroup = 0x2;       // a group (folder)
-    static constexpr std::uint32_t kSource = 0x8;      // a source wave file
+    static constexpr std::uint32_t kTopLevel = 0x1; // directly under the root of its tree
+    static constexpr std::uint32_t kGroup = 0x2; // a group (folder)
+    static constexpr std::uint32_t kSource = 0x8; // a source wave file
     static constexpr std::uint32_t kFolderMark = 0x4000; // a folder made by Add Folder
 
     ProjectItem() = default;

@@ -50,21 +50,32 @@ void planWorkCopies(std::vector<FileCopy>& plan, const fs::path& temp, const fs:
 
 ProjectSession::ProjectSession(UserPort& port, ProjectCompanions* companions, RecentProjects* recent,
                                fs::path programFolder)
-    : m_port(port),
-      m_companions(companions),
-      m_recent(recent),
-      m_programFolder(std::move(programFolder)),
-      m_document(std::make_unique<ProjectDocument>())
-{
-}
+    : m_port(port)
+    , m_companions(companions)
+    , m_recent(recent)
+    , m_programFolder(std::move(programFolder))
+    , m_document(std::make_unique<ProjectDocument>())
+{}
 
 // Closing may ask a question, so it is the owner's to do before the session goes.
 ProjectSession::~ProjectSession() = default;
 
-fs::path ProjectSession::projectFolder() const { return isOpen() ? m_projectFile.parent_path() : fs::path(); }
-fs::path ProjectSession::tempFolder() const { return isOpen() ? projectFolder() / kTempName : fs::path(); }
-fs::path ProjectSession::filesFolder() const { return isOpen() ? projectFolder() / kFilesName : fs::path(); }
-fs::path ProjectSession::algosFolder() const { return isOpen() ? projectFolder() / kAlgosName : fs::path(); }
+fs::path ProjectSession::projectFolder() const
+{
+    return isOpen() ? m_projectFile.parent_path() : fs::path();
+}
+fs::path ProjectSession::tempFolder() const
+{
+    return isOpen() ? projectFolder() / kTempName : fs::path();
+}
+fs::path ProjectSession::filesFolder() const
+{
+    return isOpen() ? projectFolder() / kFilesName : fs::path();
+}
+fs::path ProjectSession::algosFolder() const
+{
+    return isOpen() ? projectFolder() / kAlgosName : fs::path();
+}
 
 void ProjectSession::setTempFolderRetry(int tries, std::chrono::milliseconds wait)
 {

@@ -67,11 +67,11 @@ public:
     Publisher<SessionChange> changed;
     ProjectDocument& document() { return *m_document; }
     const ProjectDocument& document() const { return *m_document; }
-    std::filesystem::path projectFile() const { return m_projectFile; }   // empty when none
-    std::filesystem::path projectFolder() const;                          // folder of the project file
-    std::filesystem::path tempFolder() const;                             // <folder>/Temp
-    std::filesystem::path filesFolder() const;                            // <folder>/Files
-    std::filesystem::path algosFolder() const;                            // <folder>/Algos
+    std::filesystem::path projectFile() const { return m_projectFile; } // empty when none
+    std::filesystem::path projectFolder() const; // folder of the project file
+    std::filesystem::path tempFolder() const; // <folder>/Temp
+    std::filesystem::path filesFolder() const; // <folder>/Files
+    std::filesystem::path algosFolder() const; // <folder>/Algos
 
     // The frame's busy flag: set while encoding, decoding or playing. Close,
     // Save and Save As are refused while it is set.
@@ -177,7 +177,12 @@ private:
 // runs several batches stays busy from its first to its last.
 class BusyScope {
 public:
-    explicit BusyScope(ProjectSession& session) : m_session(session), m_was(session.busy()) { session.setBusy(true); }
+    explicit BusyScope(ProjectSession& session)
+        : m_session(session)
+        , m_was(session.busy())
+    {
+        session.setBusy(true);
+    }
     ~BusyScope() { m_session.setBusy(m_was); }
     BusyScope(const BusyScope&) = delete;
     BusyScope& operator=(const BusyScope&) = delete;

@@ -8,7 +8,10 @@ namespace kestrelon {
 
 namespace {
 
-bool isContinuationByte(unsigned char c) { return (c & 0xC0) == 0x80; }
+bool isContinuationByte(unsigned char c)
+{
+    return (c & 0xC0) == 0x80;
+}
 
 // Where each character starts: a lead byte takes the continuation bytes that
 // follow it, up to three; anything else is a character of one byte.
@@ -39,7 +42,10 @@ RecentProjects::RecentProjects(const std::vector<std::string>& stored)
     }
 }
 
-void RecentProjects::add(const std::filesystem::path& path) { add(utf8FromPath(path)); }
+void RecentProjects::add(const std::filesystem::path& path)
+{
+    add(utf8FromPath(path));
+}
 
 void RecentProjects::add(const std::string& path)
 {

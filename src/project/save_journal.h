@@ -29,7 +29,7 @@ struct SaveCommitOutcome {
     bool ok = true;
     bool copyFailed = false; // a work file could not be staged (`failed` says which)
     FileCopy failed;
-    std::string reason;      // the system's reason for the failure
+    std::string reason; // the system's reason for the failure
 };
 
 // Saves `projectText` to `projectFile` through `writeProjectFile` (the

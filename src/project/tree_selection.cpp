@@ -45,12 +45,18 @@ void TreeSelection::setExpanded(ProjectItem* item, bool expanded)
     const auto hidden = [item](const ProjectItem* other) { return other && item->isAncestorOf(other); };
     // Only items of the live tree are asked about their ancestors.
     for (const ProjectItem* other : filesTreeOrder(m_document))
-        if (hidden(other)) m_selected.erase(other);
-    if (hidden(live(m_focus))) m_focus = item;
-    if (hidden(live(m_anchor))) m_anchor = item;
+        if (hidden(other))
+            m_selected.erase(other);
+    if (hidden(live(m_focus)))
+        m_focus = item;
+    if (hidden(live(m_anchor)))
+        m_anchor = item;
 }
 
-bool TreeSelection::isExpanded(const ProjectItem* item) const { return m_collapsed.count(item) == 0; }
+bool TreeSelection::isExpanded(const ProjectItem* item) const
+{
+    return m_collapsed.count(item) == 0;
+}
 
 std::vector<ProjectItem*> TreeSelection::visibleOrder() const
 {
@@ -70,7 +76,8 @@ ProjectItem* TreeSelection::live(const ProjectItem* item) const
     if (!item)
         return nullptr;
     for (ProjectItem* candidate : filesTreeOrder(m_document))
-        if (candidate == item) return candidate;
+        if (candidate == item)
+            return candidate;
     return nullptr;
 }
 
@@ -91,9 +98,15 @@ void TreeSelection::ctrlClick(ProjectItem* item)
     m_focus = m_anchor = item;
 }
 
-void TreeSelection::shiftClick(ProjectItem* item) { selectRange(item, false); }
+void TreeSelection::shiftClick(ProjectItem* item)
+{
+    selectRange(item, false);
+}
 
-void TreeSelection::ctrlShiftClick(ProjectItem* item) { selectRange(item, true); }
+void TreeSelection::ctrlShiftClick(ProjectItem* item)
+{
+    selectRange(item, true);
+}
 
 void TreeSelection::selectRange(ProjectItem* item, bool keepOthers)
 {
@@ -155,15 +168,26 @@ void TreeSelection::prune()
     const std::unordered_set<const ProjectItem*> alive(tree.begin(), tree.end());
     std::erase_if(m_selected, [&](const ProjectItem* item) { return !alive.count(item); });
     std::erase_if(m_collapsed, [&](const ProjectItem* item) { return !alive.count(item); });
-    if (!alive.count(m_focus)) m_focus = nullptr;
-    if (!alive.count(m_anchor)) m_anchor = nullptr;
+    if (!alive.count(m_focus))
+        m_focus = nullptr;
+    if (!alive.count(m_anchor))
+        m_anchor = nullptr;
 }
 
-bool TreeSelection::isSelected(const ProjectItem* item) const { return item && m_selected.count(item) != 0; }
+bool TreeSelection::isSelected(const ProjectItem* item) const
+{
+    return item && m_selected.count(item) != 0;
+}
 
-ProjectItem* TreeSelection::focus() const { return live(m_focus); }
+ProjectItem* TreeSelection::focus() const
+{
+    return live(m_focus);
+}
 
-ProjectItem* TreeSelection::anchor() const { return live(m_anchor); }
+ProjectItem* TreeSelection::anchor() const
+{
+    return live(m_anchor);
+}
 
 ProjectItem* TreeSelection::primary() const
 {
@@ -178,7 +202,8 @@ std::vector<ProjectItem*> TreeSelection::items() const
 {
     std::vector<ProjectItem*> selected;
     for (ProjectItem* item : filesTreeOrder(m_document))
-        if (m_selected.count(item)) selected.push_back(item);
+        if (m_selected.count(item))
+            selected.push_back(item);
     return selected;
 }
 

@@ -22,7 +22,9 @@ std::vector<ProjectItem*> filesTreeOrder(const ProjectDocument& document);
 
 class TreeSelection {
 public:
-    explicit TreeSelection(const ProjectDocument& document) : m_document(document) {}
+    explicit TreeSelection(const ProjectDocument& document)
+        : m_document(document)
+    {}
 
     // Folders start expanded; a collapsed folder hides its descendants.
     // Collapsing deselects the hidden nodes and moves the focus and the anchor
@@ -33,11 +35,11 @@ public:
     std::vector<ProjectItem*> visibleOrder() const;
 
     // Mouse conventions. Each ignores a node that is not shown.
-    void click(ProjectItem* item);          // select only this node
-    void ctrlClick(ProjectItem* item);      // toggle this node
-    void shiftClick(ProjectItem* item);     // select only the range anchor..item
+    void click(ProjectItem* item); // select only this node
+    void ctrlClick(ProjectItem* item); // toggle this node
+    void shiftClick(ProjectItem* item); // select only the range anchor..item
     void ctrlShiftClick(ProjectItem* item); // add the range anchor..item
-    void selectAll();                       // every shown node
+    void selectAll(); // every shown node
     void clear();
     // Selects exactly these nodes (any that are in the tree, shown or not); the
     // last becomes the focus and the anchor. For scripted callers.

@@ -68,7 +68,8 @@ std::size_t groupDepth(const ProjectItem* folder)
 {
     std::size_t depth = 0;
     for (const ProjectItem* up = folder; up; up = up->parent())
-        if (up->isGroup()) ++depth;
+        if (up->isGroup())
+            ++depth;
     return depth;
 }
 
@@ -110,7 +111,8 @@ std::vector<const ProjectItem*> sourcesUnder(const ProjectItem* root)
     while (!pending.empty()) {
         const ProjectItem* item = pending.back();
         pending.pop_back();
-        if (item->isSource()) found.push_back(item);
+        if (item->isSource())
+            found.push_back(item);
         pending.insert(pending.end(), item->children().begin(), item->children().end());
     }
     return found;
@@ -129,19 +131,27 @@ bool sameFileName(std::string_view a, std::string_view b)
 
 WorkspaceTree::WorkspaceTree(ProjectDocument& document, fs::path projectFolder, std::vector<fs::path>& deletionList,
                              UserPort& port)
-    : m_document(document),
-      m_projectFolder(std::move(projectFolder)),
-      m_deletionList(deletionList),
-      m_port(port),
-      m_selection(document)
+    : m_document(document)
+    , m_projectFolder(std::move(projectFolder))
+    , m_deletionList(deletionList)
+    , m_port(port)
+    , m_selection(document)
+{}
+
+fs::path WorkspaceTree::filesFolder() const
 {
+    return m_projectFolder / pathFromUtf8(kFilesFolder);
 }
 
-fs::path WorkspaceTree::filesFolder() const { return m_projectFolder / pathFromUtf8(kFilesFolder); }
+fs::path WorkspaceTree::tempFolder() const
+{
+    return m_projectFolder / pathFromUtf8(kTempFolder);
+}
 
-fs::path WorkspaceTree::tempFolder() const { return m_projectFolder / pathFromUtf8(kTempFolder); }
-
-fs::path WorkspaceTree::sourcePath(const ProjectItem& source) const { return joinModel(m_projectFolder, source.name()); }
+fs::path WorkspaceTree::sourcePath(const ProjectItem& source) const
+{
+    return joinModel(m_projectFolder, source.name());
+}
 
 namespace {
 
@@ -185,8 +195,7 @@ ProjectItem* WorkspaceTree::addFolder(TreeTarget parent, std::string_view name)
 
     // The writer starts only from items with the top-level bit, so a folder
     // made at the root carries it.
-    const std::uint32_t flags =
-        ProjectItem::kGroup | ProjectItem::kFolderMark | (folder ? 0u : ProjectItem::kTopLevel);
+    const std::uint32_t flags = ProjectItem::kGroup | ProjectItem::kFolderMark | (folder ? 0u : ProjectItem::kTopLevel);
     ProjectItem* added = m_document.createItem(std::string(name), flags, std::string(name));
     if (folder)
         folder->appendChild(added);
@@ -338,7 +347,8 @@ void appendFilesOf(const ProjectItem& source, const fs::path& wave, const fs::pa
     out.push_back(events);
     for (const EditInfoRecord& record : source.records()) {
         for (const std::string* name : {&record.encodeName, &record.decodeName})
-            if (isBareFileName(*name)) out.push_back(projectFolder / pathFromUtf8(*name));
+            if (isBareFileName(*name))
+                out.push_back(projectFolder / pathFromUtf8(*name));
     }
 }
 
@@ -366,7 +376,8 @@ CommandOutcome WorkspaceTree::removeItems(std::vector<ProjectItem*> doomed)
     // hand may name one file twice).
     std::vector<fs::path> kept;
     for (const ProjectItem* item : filesTreeOrder(m_document))
-        if (item->isSource()) appendFilesOf(*item, sourcePath(*item), m_projectFolder, kept);
+        if (item->isSource())
+            appendFilesOf(*item, sourcePath(*item), m_projectFolder, kept);
     for (const fs::path& path : released) {
         const auto matches = [&](const fs::path& other) { return sameListedPath(other, path); };
         if (std::none_of(kept.begin(), kept.end(), matches) &&

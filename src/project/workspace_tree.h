@@ -32,11 +32,11 @@ struct TreeTarget {
 };
 
 enum class AddFileOutcome {
-    Added,          // a new source item, with the file copied into Files
-    Overwritten,    // the project's copy replaced after Yes; the item kept
-    Unchanged,      // No to the overwrite question, or the chosen file already is the project's copy
-    Refused,        // the program said why (another folder, invalid or too long name)
-    CopyFailed,     // the file could not be copied; nothing was added
+    Added, // a new source item, with the file copied into Files
+    Overwritten, // the project's copy replaced after Yes; the item kept
+    Unchanged, // No to the overwrite question, or the chosen file already is the project's copy
+    Refused, // the program said why (another folder, invalid or too long name)
+    CopyFailed, // the file could not be copied; nothing was added
 };
 
 struct AddedFile {
@@ -48,8 +48,8 @@ struct AddedFile {
 
 enum class CommandOutcome {
     NothingToDo, // nothing selected, or nothing the command acts on
-    Declined,    // the person answered No
-    Refused,     // the program refused with a message
+    Declined, // the person answered No
+    Refused, // the program refused with a message
     Done,
 };
 
@@ -58,7 +58,7 @@ public:
     // Longest names the project file can hold in a line of its own and read
     // back whole (its reader keeps 255 characters of a line).
     static constexpr std::size_t kMaxFolderName = 239; // # Begin Group "NAME"
-    static constexpr std::size_t kMaxFileName = 242;   // SOURCE=Files\NAME
+    static constexpr std::size_t kMaxFileName = 242; // SOURCE=Files\NAME
 
     WorkspaceTree(ProjectDocument& document, std::filesystem::path projectFolder,
                   std::vector<std::filesystem::path>& deletionList, UserPort& port);
@@ -92,10 +92,10 @@ public:
     // The chosen wave files, in the chooser's order, into the target folder.
     std::vector<AddedFile> addFiles(TreeTarget target, const std::vector<std::filesystem::path>& chosen);
 
-    CommandOutcome deleteAll();         // every item of the Files tree
+    CommandOutcome deleteAll(); // every item of the Files tree
     CommandOutcome deleteFolderFiles(); // the sources directly in the selected folder
-    CommandOutcome deleteFiles();       // the selected sources
-    CommandOutcome deleteFolders();     // the selected folders with their contents
+    CommandOutcome deleteFiles(); // the selected sources
+    CommandOutcome deleteFolders(); // the selected folders with their contents
 
     // Gives a folder a new name; its id follows, as Add Folder makes them equal.
     CommandOutcome renameFolder(ProjectItem* folder, std::string_view newName);

@@ -86,8 +86,8 @@ std::string recentKey(std::size_t number)
 std::string formatColumnScale(float scale)
 {
     char buffer[64];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<double>(scale),
-                                      std::chars_format::fixed, 6);
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof buffer, static_cast<double>(scale), std::chars_format::fixed, 6);
     if (result.ec != std::errc())
         return "1.000000"; // only a huge or non-finite scale gets here
     return std::string(buffer, result.ptr);
@@ -95,12 +95,14 @@ std::string formatColumnScale(float scale)
 
 float parseColumnScale(std::string_view text)
 {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
+        text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t'))
+        text.remove_suffix(1);
     float scale = 0.0f;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), scale);
-    if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
-        !std::isfinite(scale) || scale <= 0.0f)
+    if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size() || !std::isfinite(scale) ||
+        scale <= 0.0f)
         return 1.0f;
     return scale;
 }

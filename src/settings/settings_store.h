@@ -60,23 +60,23 @@ inline constexpr int kBoardPorts = 16;
 struct SettingsStore {
     WaveColors colors = kDefaultWaveColors;
     int playMode = 0;
-    int sortOrder = 0;      // direction of the main list's sort
-    int sortIndex = 1;      // column the main list is sorted by
+    int sortOrder = 0; // direction of the main list's sort
+    int sortIndex = 1; // column the main list is sorted by
     float columnScale = 1.0f; // "Multiple": scale of the main list's column widths
     int hiddenQualityColumns = 0; // bit k: the k-th quality column is hidden
-    int autoDecode = 1;     // boolean: decode right after encoding
-    int codecJobs = 0;      // rows encoded or decoded at once; 0: one per core
+    int autoDecode = 1; // boolean: decode right after encoding
+    int codecJobs = 0; // rows encoded or decoded at once; 0: one per core
     std::string lastBodyName;
     std::string lastAlgName;
-    std::string lastBitRate;  // as shown in the bit-rate list
-    int applyAllFiles = 1;    // boolean: the file setting dialog's "all files" box
+    std::string lastBitRate; // as shown in the bit-rate list
+    int applyAllFiles = 1; // boolean: the file setting dialog's "all files" box
     std::string lastProjectPath;
     std::string lastFilePath;
     std::string externalEditor; // full path of the editor program; empty when none chosen
     std::vector<std::string> recentProjects; // most recent first, at most 5
     std::array<std::string, kBoardPorts> boardPorts; // the device chosen for each board port; empty: the default
     std::string windowGeometry; // base64 of the frame's saved geometry; empty: the default size
-    std::string windowLayout;   // base64 of its toolbars' and docks' saved state
+    std::string windowLayout; // base64 of its toolbars' and docks' saved state
 
     // Every value found replaces the one held; a missing value keeps it. A
     // missing or empty "Multiple" gives exactly 1.0. Fails, changing nothing,

@@ -8,12 +8,14 @@
 namespace kestrelon {
 
 SpeechEventEditor::SpeechEventEditor(std::filesystem::path eventFile, UserPort& port)
-    : m_file(std::move(eventFile)), m_port(port)
+    : m_file(std::move(eventFile))
+    , m_port(port)
 {
     std::string label;
     m_loaded = readSpeechEvents(m_file, m_events, label, m_port);
     m_useCustom = !label.empty() && label != msg::kDefaultLabel;
-    if (m_useCustom) m_customLabel = label;
+    if (m_useCustom)
+        m_customLabel = label;
 }
 
 void SpeechEventEditor::chooseDefaultLabel()
@@ -41,7 +43,8 @@ int SpeechEventEditor::add(std::uint32_t position, int id, std::string descripti
         return -1;
     }
     if (const int taken = indexOfId(id); taken >= 0) {
-        if (m_port.ask(msg::kEventIdExists, Buttons::YesNo) != Answer::Yes) return -1;
+        if (m_port.ask(msg::kEventIdExists, Buttons::YesNo) != Answer::Yes)
+            return -1;
         m_events.erase(m_events.begin() + taken);
     }
     SpeechEvent event;
@@ -57,18 +60,23 @@ int SpeechEventEditor::add(std::uint32_t position, int id, std::string descripti
 
 bool SpeechEventEditor::removeAt(int index)
 {
-    if (index < 0 || index >= int(m_events.size())) return false;
+    if (index < 0 || index >= int(m_events.size()))
+        return false;
     m_events.erase(m_events.begin() + index);
     return true;
 }
 
-bool SpeechEventEditor::write() const { return writeSpeechEvents(m_file, m_events, m_useCustom, m_customLabel); }
+bool SpeechEventEditor::write() const
+{
+    return writeSpeechEvents(m_file, m_events, m_useCustom, m_customLabel);
+}
 
 namespace {
 
 std::string padded(std::string text, std::size_t width)
 {
-    if (text.size() < width) text.append(2 * (width - text.size()), ' ');
+    if (text.size() < width)
+        text.append(2 * (width - text.size()), ' ');
     return text;
 }
 

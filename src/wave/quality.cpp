@@ -72,7 +72,8 @@ std::vector<std::vector<double>> melEnergies(const std::vector<std::int16_t>& si
     for (std::size_t k = 0; k < bins; ++k) {
         const double hz = double(k) * sampleRate / double(frame);
         for (int b = 0; b < kMelBands; ++b) {
-            const double low = edges[std::size_t(b)], peak = edges[std::size_t(b) + 1], high = edges[std::size_t(b) + 2];
+            const double low = edges[std::size_t(b)], peak = edges[std::size_t(b) + 1],
+                         high = edges[std::size_t(b) + 2];
             if (hz <= low || hz >= high)
                 continue;
             shares[k].push_back({b, hz < peak ? (hz - low) / (peak - low) : (high - hz) / (high - peak)});
@@ -130,9 +131,8 @@ int bestLag(const std::vector<std::int16_t>& reference, const std::vector<std::i
             energyA = energyOfA[std::size_t(to)] - energyOfA[std::size_t(from)];
             energyB = energyOfB[std::size_t(to + lag)] - energyOfB[std::size_t(from + lag)];
         }
-        const double score = energyA > 0 && energyB > 0
-                                 ? double(cross) / std::sqrt(double(energyA) * double(energyB))
-                                 : -1.0;
+        const double score =
+            energyA > 0 && energyB > 0 ? double(cross) / std::sqrt(double(energyA) * double(energyB)) : -1.0;
         // Ties go to the smallest shift.
         if (score > bestScore + 1e-12 || (std::abs(score - bestScore) <= 1e-12 && std::abs(lag) < std::abs(best))) {
             bestScore = score;
@@ -168,8 +168,8 @@ double melSpectralDistanceDb(const std::vector<std::int16_t>& reference, const s
             continue;
         double sum = 0;
         for (int b = 0; b < kMelBands; ++b) {
-            const double d = 10 * std::log10((ref[f][std::size_t(b)] + kEnergyFloor) /
-                                             (dec[f][std::size_t(b)] + kEnergyFloor));
+            const double d =
+                10 * std::log10((ref[f][std::size_t(b)] + kEnergyFloor) / (dec[f][std::size_t(b)] + kEnergyFloor));
             sum += d * d;
         }
         total += std::sqrt(sum / kMelBands);
@@ -190,8 +190,8 @@ QualityMeasures measureQuality(const std::vector<std::int16_t>& source, int sour
         decodedRate == sourceRate ? decoded : resample(decoded, decodedRate, sourceRate);
     const int rate = sourceRate;
     measures.segmentalSnrDb = segmentalSnrDb(reference, heard);
-    measures.durationRatio = source.empty() ? 0.0
-                                            : (double(decoded.size()) / decodedRate) / (double(source.size()) / sourceRate);
+    measures.durationRatio =
+        source.empty() ? 0.0 : (double(decoded.size()) / decodedRate) / (double(source.size()) / sourceRate);
     const auto head = [&](const std::vector<std::int16_t>& signal) {
         const std::size_t count = std::min(signal.size(), std::size_t(rate * kAlignOverSeconds));
         return std::vector<std::int16_t>(signal.begin(), signal.begin() + std::ptrdiff_t(count));

@@ -32,7 +32,7 @@ struct QualityMeasures {
     double segmentalSnrDb = 0;
     double melDistanceDb = 0;
     double durationRatio = 0; // the decode's duration over the source's
-    int lagSamples = 0;       // the alignment removed before the spectral distance
+    int lagSamples = 0; // the alignment removed before the spectral distance
 };
 
 // Measures a decode against its source, as a listener would hear it next to

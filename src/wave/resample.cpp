@@ -54,11 +54,13 @@ double sinc(double x)
 class PhaseTable {
 public:
     PhaseTable(std::int64_t phases, int halfTaps, double cutoffPerInputSample)
-        : m_phases(phases), m_halfTaps(halfTaps), m_cutoff(cutoffPerInputSample),
-          m_i0Beta(besselI0(kKaiserBeta)),
-          m_table(static_cast<size_t>(phases * 2 * halfTaps)), m_made(static_cast<size_t>(phases), false)
-    {
-    }
+        : m_phases(phases)
+        , m_halfTaps(halfTaps)
+        , m_cutoff(cutoffPerInputSample)
+        , m_i0Beta(besselI0(kKaiserBeta))
+        , m_table(static_cast<size_t>(phases * 2 * halfTaps))
+        , m_made(static_cast<size_t>(phases), false)
+    {}
 
     int taps() const { return 2 * m_halfTaps; }
 
@@ -153,8 +155,7 @@ std::vector<std::int16_t> resample(const std::vector<std::int16_t>& in, int inRa
     const int halfTaps = static_cast<int>(std::ceil(kHalfWidth * std::max(1.0, ratio)));
     const int taps = 2 * halfTaps;
     const double cutoffPerInputSample = 0.5 * kCutoff * std::min(1.0, 1.0 / ratio);
-    const std::int64_t phases =
-        std::min({phasesExact, kMaxPhases, std::max<std::int64_t>(256, kMaxTableSize / taps)});
+    const std::int64_t phases = std::min({phasesExact, kMaxPhases, std::max<std::int64_t>(256, kMaxTableSize / taps)});
     PhaseTable table(phases, halfTaps, cutoffPerInputSample);
 
     // The input with halfTaps zeros before and after it, so that every output

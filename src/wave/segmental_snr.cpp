@@ -5,8 +5,7 @@
 
 namespace kestrelon {
 
-double segmentalSnrDb(const std::vector<std::int16_t>& reference,
-                      const std::vector<std::int16_t>& decoded)
+double segmentalSnrDb(const std::vector<std::int16_t>& reference, const std::vector<std::int16_t>& decoded)
 {
     const size_t length = std::max(reference.size(), decoded.size());
     auto at = [](const std::vector<std::int16_t>& signal, size_t i) {

@@ -17,7 +17,6 @@ inline constexpr double kSnrCeilingDb = 35.0;
 // the frames whose reference is not digital silence. Samples missing from the
 // shorter signal count as zeros, so a decoder that drops or adds sound is
 // marked down. 0 when the reference is silent throughout.
-double segmentalSnrDb(const std::vector<std::int16_t>& reference,
-                      const std::vector<std::int16_t>& decoded);
+double segmentalSnrDb(const std::vector<std::int16_t>& reference, const std::vector<std::int16_t>& decoded);
 
 } // namespace kestrelon

@@ -50,10 +50,12 @@ bool readSpeechEvents(const std::filesystem::path& path, SpeechEventList& events
 {
     events.clear();
     label.clear();
-    if (error) error->clear();
+    if (error)
+        error->clear();
     IniDocument doc;
     if (!doc.load(path)) {
-        if (error) *error = doc.lastError();
+        if (error)
+            *error = doc.lastError();
         return false;
     }
     label = doc.getString("TAG_LABEL", "LabelName");

@@ -32,7 +32,7 @@ sf_count_t streamSeek(sf_count_t offset, int whence, void* user)
 {
     auto& in = static_cast<InputStream*>(user)->in;
     in.clear();
-    const std::ios::seekdir dir = whence == SEEK_SET ? std::ios::beg
+    const std::ios::seekdir dir = whence == SEEK_SET   ? std::ios::beg
                                   : whence == SEEK_CUR ? std::ios::cur
                                                        : std::ios::end;
     in.seekg(offset, dir);
@@ -113,27 +113,18 @@ int storedBits(int subtype)
     case SF_FORMAT_PCM_S8:
     case SF_FORMAT_PCM_U8:
     case SF_FORMAT_ULAW:
-    case SF_FORMAT_ALAW:
-        return 8;
-    case SF_FORMAT_PCM_16:
-        return 16;
-    case SF_FORMAT_PCM_24:
-        return 24;
+    case SF_FORMAT_ALAW: return 8;
+    case SF_FORMAT_PCM_16: return 16;
+    case SF_FORMAT_PCM_24: return 24;
     case SF_FORMAT_PCM_32:
-    case SF_FORMAT_FLOAT:
-        return 32;
-    case SF_FORMAT_DOUBLE:
-        return 64;
+    case SF_FORMAT_FLOAT: return 32;
+    case SF_FORMAT_DOUBLE: return 64;
     case SF_FORMAT_IMA_ADPCM:
     case SF_FORMAT_MS_ADPCM:
-    case SF_FORMAT_G721_32:
-        return 4;
-    case SF_FORMAT_G723_24:
-        return 3;
-    case SF_FORMAT_G723_40:
-        return 5;
-    default:
-        return 0;
+    case SF_FORMAT_G721_32: return 4;
+    case SF_FORMAT_G723_24: return 3;
+    case SF_FORMAT_G723_40: return 5;
+    default: return 0;
     }
 }
 
@@ -144,23 +135,17 @@ WaveEncoding encodingOf(int subtype)
     case SF_FORMAT_PCM_U8:
     case SF_FORMAT_PCM_16:
     case SF_FORMAT_PCM_24:
-    case SF_FORMAT_PCM_32:
-        return WaveEncoding::Pcm;
+    case SF_FORMAT_PCM_32: return WaveEncoding::Pcm;
     case SF_FORMAT_FLOAT:
-    case SF_FORMAT_DOUBLE:
-        return WaveEncoding::Float;
-    case SF_FORMAT_ULAW:
-        return WaveEncoding::MuLaw;
-    case SF_FORMAT_ALAW:
-        return WaveEncoding::ALaw;
+    case SF_FORMAT_DOUBLE: return WaveEncoding::Float;
+    case SF_FORMAT_ULAW: return WaveEncoding::MuLaw;
+    case SF_FORMAT_ALAW: return WaveEncoding::ALaw;
     case SF_FORMAT_IMA_ADPCM:
     case SF_FORMAT_MS_ADPCM:
     case SF_FORMAT_G721_32:
     case SF_FORMAT_G723_24:
-    case SF_FORMAT_G723_40:
-        return WaveEncoding::Adpcm;
-    default:
-        return WaveEncoding::Other;
+    case SF_FORMAT_G723_40: return WaveEncoding::Adpcm;
+    default: return WaveEncoding::Other;
     }
 }
 
@@ -335,13 +320,13 @@ std::string wav16Bytes(std::span<const std::int16_t> samples, int sampleRate)
     putLe32(bytes, static_cast<std::uint32_t>(kHeaderAfterRiffSize + dataBytes));
     bytes += "WAVE";
     bytes += "fmt ";
-    putLe32(bytes, 16);                                       // fmt chunk size
-    putLe16(bytes, 1);                                        // integer PCM
-    putLe16(bytes, 1);                                        // mono
-    putLe32(bytes, static_cast<std::uint32_t>(sampleRate));   // frames per second
+    putLe32(bytes, 16); // fmt chunk size
+    putLe16(bytes, 1); // integer PCM
+    putLe16(bytes, 1); // mono
+    putLe32(bytes, static_cast<std::uint32_t>(sampleRate)); // frames per second
     putLe32(bytes, static_cast<std::uint32_t>(sampleRate) * 2); // bytes per second
-    putLe16(bytes, 2);                                        // bytes per frame
-    putLe16(bytes, 16);                                       // bits per sample
+    putLe16(bytes, 2); // bytes per frame
+    putLe16(bytes, 16); // bits per sample
     bytes += "data";
     putLe32(bytes, static_cast<std::uint32_t>(dataBytes));
     bytes += packPcm16(samples);

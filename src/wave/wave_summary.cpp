@@ -16,13 +16,15 @@ void SampleRange::add(std::int16_t low, std::int16_t high)
     max = std::max(max, high);
 }
 
-WaveSummary::WaveSummary(std::span<const std::int16_t> samples) : m_samples(samples)
+WaveSummary::WaveSummary(std::span<const std::int16_t> samples)
+    : m_samples(samples)
 {
     const std::size_t count = samples.size();
     std::vector<Extremes> base((count + kBaseBlock - 1) / kBaseBlock);
     for (std::size_t b = 0; b < base.size(); ++b) {
-        const auto [low, high] = std::minmax_element(samples.begin() + std::ptrdiff_t(b * kBaseBlock),
-                                                     samples.begin() + std::ptrdiff_t(std::min(count, (b + 1) * kBaseBlock)));
+        const auto [low, high] =
+            std::minmax_element(samples.begin() + std::ptrdiff_t(b * kBaseBlock),
+                                samples.begin() + std::ptrdiff_t(std::min(count, (b + 1) * kBaseBlock)));
         base[b] = {*low, *high};
     }
     m_levels.push_back(std::move(base));
@@ -31,7 +33,8 @@ WaveSummary::WaveSummary(std::span<const std::int16_t> samples) : m_samples(samp
         std::vector<Extremes> level((below.size() + kFanOut - 1) / kFanOut, below.front());
         for (std::size_t i = 0; i < below.size(); ++i) {
             Extremes& into = level[i / kFanOut];
-            if (i % kFanOut == 0) into = below[i];
+            if (i % kFanOut == 0)
+                into = below[i];
             into.min = std::min(into.min, below[i].min);
             into.max = std::max(into.max, below[i].max);
         }
@@ -42,14 +45,16 @@ WaveSummary::WaveSummary(std::span<const std::int16_t> samples) : m_samples(samp
 std::int64_t WaveSummary::blockSize(int level) const
 {
     std::int64_t size = kBaseBlock;
-    for (int i = 0; i < level; ++i) size *= kFanOut;
+    for (int i = 0; i < level; ++i)
+        size *= kFanOut;
     return size;
 }
 
 std::size_t WaveSummary::bytes() const
 {
     std::size_t total = 0;
-    for (const std::vector<Extremes>& level : m_levels) total += level.size() * sizeof(Extremes);
+    for (const std::vector<Extremes>& level : m_levels)
+        total += level.size() * sizeof(Extremes);
     return total;
 }
 
@@ -92,9 +97,11 @@ std::vector<SampleRange> WaveSummary::columns(std::int64_t from, std::int64_t to
     // what one of a short sound does.
     std::int64_t grid = 1;
     if (columns > 0)
-        for (std::int64_t s = kBaseBlock; s * 16 <= span / columns; s *= kFanOut) grid = s;
+        for (std::int64_t s = kBaseBlock; s * 16 <= span / columns; s *= kFanOut)
+            grid = s;
     const auto edge = [&](int i) {
-        if (i == 0 || i == columns) return from + span * i / columns;
+        if (i == 0 || i == columns)
+            return from + span * i / columns;
         return std::max(from, (from + span * i / columns) / grid * grid);
     };
     for (int i = 0; i < columns; ++i) {

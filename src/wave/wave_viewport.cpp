@@ -19,7 +19,10 @@ void WaveViewport::setWidth(int columns)
     clampView();
 }
 
-std::int64_t WaveViewport::clampSample(std::int64_t sample) const { return std::clamp<std::int64_t>(sample, 0, m_count); }
+std::int64_t WaveViewport::clampSample(std::int64_t sample) const
+{
+    return std::clamp<std::int64_t>(sample, 0, m_count);
+}
 
 std::int64_t WaveViewport::minimumLength() const
 {
@@ -38,7 +41,10 @@ std::int64_t WaveViewport::sampleAt(double x) const
     return clampSample(m_start + std::int64_t(std::floor(x * double(m_length) / m_width + 0.5)));
 }
 
-double WaveViewport::xOf(std::int64_t sample) const { return double(sample - m_start) * m_width / double(m_length); }
+double WaveViewport::xOf(std::int64_t sample) const
+{
+    return double(sample - m_start) * m_width / double(m_length);
+}
 
 void WaveViewport::zoomAll()
 {
@@ -51,7 +57,8 @@ void WaveViewport::zoomTo(std::int64_t from, std::int64_t to)
 {
     from = clampSample(from);
     to = clampSample(to);
-    if (to < from) std::swap(from, to);
+    if (to < from)
+        std::swap(from, to);
     m_length = std::max(to - from, minimumLength());
     // A span widened to the minimum grows around the middle of what was asked.
     m_start = from - (m_length - (to - from)) / 2;
@@ -60,7 +67,8 @@ void WaveViewport::zoomTo(std::int64_t from, std::int64_t to)
 
 void WaveViewport::zoomBy(double factor, std::int64_t anchor)
 {
-    if (!(factor > 0)) return;
+    if (!(factor > 0))
+        return;
     const double column = xOf(anchor);
     m_length = std::int64_t(std::llround(double(m_length) / factor));
     clampView();
@@ -77,7 +85,8 @@ void WaveViewport::scrollTo(std::int64_t start)
 void WaveViewport::setCursor(std::int64_t sample, bool extend)
 {
     m_cursor = clampSample(sample);
-    if (!extend) m_anchor = m_cursor;
+    if (!extend)
+        m_anchor = m_cursor;
 }
 
 void WaveViewport::select(std::int64_t from, std::int64_t to)

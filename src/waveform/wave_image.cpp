@@ -37,7 +37,8 @@ bool saveWaveImage(const QImage& image, const std::filesystem::path& target)
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    if (!image.save(&buffer, "PNG")) return false;
+    if (!image.save(&buffer, "PNG"))
+        return false;
     return writeFileAtomically(target, std::string_view(bytes.constData(), std::size_t(bytes.size())));
 }
 

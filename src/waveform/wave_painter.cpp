@@ -33,14 +33,19 @@ Tick niceStep(double pixelsPerUnit, double smallestStep)
     for (int exponent = -6; exponent < 12; ++exponent) {
         for (const double mantissa : {1.0, 2.0, 5.0}) {
             const double step = mantissa * std::pow(10.0, exponent);
-            if (step < smallestStep) continue;
-            if (step * pixelsPerUnit >= kMinTickSpacing) return {step, std::max(0, -exponent)};
+            if (step < smallestStep)
+                continue;
+            if (step * pixelsPerUnit >= kMinTickSpacing)
+                return {step, std::max(0, -exponent)};
         }
     }
     return {1e12, 0};
 }
 
-double yOf(const QRect& area, double value) { return area.center().y() + 0.5 - value * (area.height() / 2.0) / 32768.0; }
+double yOf(const QRect& area, double value)
+{
+    return area.center().y() + 0.5 - value * (area.height() / 2.0) / 32768.0;
+}
 
 void drawTimeRuler(QPainter& p, const QRect& ruler, const QRect& area, const WaveViewport& view, int rate,
                    bool inSeconds, const WaveColors& colors)
@@ -81,7 +86,8 @@ void drawAmplitudeRuler(QPainter& p, const QRect& ruler, const QRect& area, cons
 void drawGrid(QPainter& p, const QRect& area, const WaveViewport& view, int rate, const WaveColors& colors)
 {
     p.setPen(QPen(qColorFromRecord(colors.gridLine), 1, Qt::DotLine));
-    for (const int value : {16384, -16384}) p.drawLine(QPointF(area.left(), yOf(area, value)), QPointF(area.right(), yOf(area, value)));
+    for (const int value : {16384, -16384})
+        p.drawLine(QPointF(area.left(), yOf(area, value)), QPointF(area.right(), yOf(area, value)));
     const Tick tick = niceStep(double(area.width()) / double(view.viewLength()) * rate, 1.0 / rate);
     const double first = std::ceil(double(view.viewStart()) / rate / tick.step) * tick.step;
     for (double s = first; s * rate <= double(view.viewEnd()); s += tick.step) {
@@ -103,7 +109,8 @@ void drawSummary(QPainter& p, const QRect& area, const WaveScene& scene)
     SampleRange previous;
     for (int x = 0; x < int(columns.size()); ++x) {
         const SampleRange& r = columns[std::size_t(x)];
-        if (r.empty) continue;
+        if (r.empty)
+            continue;
         // Each column reaches its neighbour's span, so the trace stays joined
         // where few samples fall on a column.
         std::int16_t low = r.min;
@@ -122,21 +129,26 @@ void drawSamples(QPainter& p, const QRect& area, const WaveScene& scene)
     const WaveViewport& view = *scene.viewport;
     const std::int64_t from = std::max<std::int64_t>(view.viewStart() - 1, 0);
     const std::int64_t to = std::min<std::int64_t>(view.viewEnd() + 1, std::int64_t(scene.samples.size()));
-    if (from >= to) return;
+    if (from >= to)
+        return;
     QPainterPath path;
     std::vector<QPointF> points;
     for (std::int64_t i = from; i < to; ++i) {
         const QPointF point(area.left() + view.xOf(i), yOf(area, scene.samples[std::size_t(i)]));
-        if (i == from) path.moveTo(point);
-        else path.lineTo(point);
+        if (i == from)
+            path.moveTo(point);
+        else
+            path.lineTo(point);
         points.push_back(point);
     }
     p.setPen(qColorFromRecord(scene.colors.wave));
     p.drawPath(path);
-    if (1.0 / view.samplesPerPixel() < kPointsFromPixelsPerSample) return;
+    if (1.0 / view.samplesPerPixel() < kPointsFromPixelsPerSample)
+        return;
     p.setPen(Qt::NoPen);
     p.setBrush(qColorFromRecord(scene.colors.point));
-    for (const QPointF& point : points) p.drawRect(QRectF(point.x() - 1.5, point.y() - 1.5, 3, 3));
+    for (const QPointF& point : points)
+        p.drawRect(QRectF(point.x() - 1.5, point.y() - 1.5, 3, 3));
     p.setBrush(Qt::NoBrush);
 }
 
@@ -144,7 +156,8 @@ void drawEvents(QPainter& p, const QRect& area, const WaveScene& scene)
 {
     const WaveViewport& view = *scene.viewport;
     for (const SpeechEvent& event : *scene.events) {
-        if (std::int64_t(event.samples) < view.viewStart() || std::int64_t(event.samples) > view.viewEnd()) continue;
+        if (std::int64_t(event.samples) < view.viewStart() || std::int64_t(event.samples) > view.viewEnd())
+            continue;
         const double x = area.left() + view.xOf(event.samples);
         p.setPen(QPen(qColorFromRecord(scene.colors.text), 1, Qt::DashLine));
         p.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
@@ -158,7 +171,8 @@ void drawEvents(QPainter& p, const QRect& area, const WaveScene& scene)
 
 void drawVertical(QPainter& p, const QRect& area, const WaveViewport& view, std::int64_t sample, std::uint32_t colour)
 {
-    if (sample < view.viewStart() || sample > view.viewEnd()) return;
+    if (sample < view.viewStart() || sample > view.viewEnd())
+        return;
     const double x = area.left() + view.xOf(sample);
     p.setPen(qColorFromRecord(colour));
     p.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
@@ -196,7 +210,8 @@ void paintWave(QPainter& p, const QRect& full, const WaveScene& scene)
     }
     const WaveViewport& view = *scene.viewport;
     const int rate = std::max(scene.sampleRate, 1);
-    drawTimeRuler(p, QRect(area.left(), full.top(), area.width(), kTopRulerHeight), area, view, rate, true, scene.colors);
+    drawTimeRuler(p, QRect(area.left(), full.top(), area.width(), kTopRulerHeight), area, view, rate, true,
+                  scene.colors);
     drawTimeRuler(p, QRect(area.left(), area.bottom() + 1, area.width(), kBottomRulerHeight), area, view, rate, false,
                   scene.colors);
     drawAmplitudeRuler(p, QRect(full.left(), area.top(), kLeftRulerWidth, area.height()), area, scene.colors);
@@ -210,11 +225,15 @@ void paintWave(QPainter& p, const QRect& full, const WaveScene& scene)
         shade.setAlpha(70);
         p.fillRect(QRectF(a, area.top(), std::max(b - a, 1.0), area.height()), shade);
     }
-    if (view.samplesPerPixel() >= kLinesBelowSamplesPerPixel) drawSummary(p, area, scene);
-    else drawSamples(p, area, scene);
-    if (scene.events) drawEvents(p, area, scene);
+    if (view.samplesPerPixel() >= kLinesBelowSamplesPerPixel)
+        drawSummary(p, area, scene);
+    else
+        drawSamples(p, area, scene);
+    if (scene.events)
+        drawEvents(p, area, scene);
     drawVertical(p, area, view, view.cursor(), scene.colors.cursor);
-    if (scene.playPosition >= 0) drawVertical(p, area, view, scene.playPosition, scene.colors.playPos);
+    if (scene.playPosition >= 0)
+        drawVertical(p, area, view, scene.playPosition, scene.colors.playPos);
     p.restore();
 }
 

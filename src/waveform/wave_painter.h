@@ -27,7 +27,7 @@ struct WaveScene {
     const WaveViewport* viewport = nullptr;
     WaveColors colors;
     const SpeechEventList* events = nullptr; // null: no marks
-    std::int64_t playPosition = -1;          // -1: nothing playing
+    std::int64_t playPosition = -1; // -1: nothing playing
 };
 
 // The rulers' room around the wave: the time ruler in seconds above, in

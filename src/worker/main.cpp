@@ -23,7 +23,7 @@ namespace {
 using namespace kestrelon;
 using namespace kestrelon::worker;
 
-int g_asks = -1;    // where the host's frames come from
+int g_asks = -1; // where the host's frames come from
 int g_reports = -1; // where ours go
 
 void report(Report type, std::string_view payload = {})
@@ -105,7 +105,8 @@ struct RemoteWindows {
 
 void answer(bool ok, std::string_view text = {})
 {
-    report(Report::Answer, std::string(ok ? "1" : "0") + (text.empty() ? "" : std::string(1, '\0') + std::string(text)));
+    report(Report::Answer,
+           std::string(ok ? "1" : "0") + (text.empty() ? "" : std::string(1, '\0') + std::string(text)));
 }
 
 // The pipes move to descriptors of their own, and standard output becomes
@@ -148,8 +149,8 @@ int main(int argc, char** argv)
         case Ask::Extension:
         case Ask::Tag: {
             std::string text;
-            const bool ok = static_cast<Ask>(frame->type) == Ask::Extension ? host.outputExtension(text)
-                                                                            : host.outputTag(text);
+            const bool ok =
+                static_cast<Ask>(frame->type) == Ask::Extension ? host.outputExtension(text) : host.outputTag(text);
             answer(ok, text);
             break;
         }

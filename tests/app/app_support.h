@@ -22,11 +22,13 @@ class QtEnvironment : public ::testing::Environment {
 public:
     void SetUp() override
     {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
         static int argc = 1;
         static char name[] = "tests_app";
         static char* argv[] = {name, nullptr};
-        if (!QApplication::instance()) m_app = new QApplication(argc, argv);
+        if (!QApplication::instance())
+            m_app = new QApplication(argc, argv);
     }
     void TearDown() override
     {
@@ -57,7 +59,8 @@ private:
     template <typename T>
     std::optional<T> next(std::deque<T>& queue)
     {
-        if (queue.empty()) return std::nullopt;
+        if (queue.empty())
+            return std::nullopt;
         T out = queue.front();
         queue.pop_front();
         return out;
@@ -81,7 +84,8 @@ void whenModal(std::function<void(D*)> act, int triesLeft = 200)
             return;
         }
         ADD_FAILURE() << "the expected dialog did not open";
-        if (QWidget* other = QApplication::activeModalWidget()) other->close();
+        if (QWidget* other = QApplication::activeModalWidget())
+            other->close();
     });
 }
 

@@ -75,7 +75,8 @@ void collectMenuActions(const QMenu* menu, std::set<const QAction*>& out)
 {
     for (const QAction* action : menu->actions()) {
         out.insert(action);
-        if (action->menu()) collectMenuActions(action->menu(), out);
+        if (action->menu())
+            collectMenuActions(action->menu(), out);
     }
 }
 
@@ -83,7 +84,8 @@ TEST_F(FrameTest, EveryRowOfTheTableIsAnActionWithItsTextAndKey)
 {
     // The menu bar's menus and the trees' pop-up menus.
     std::set<const QAction*> inMenus;
-    for (const QMenu* menu : m_frame->findChildren<QMenu*>()) collectMenuActions(menu, inMenus);
+    for (const QMenu* menu : m_frame->findChildren<QMenu*>())
+        collectMenuActions(menu, inMenus);
     const QList<QAction*> onWindow = m_frame->actions();
 
     for (const Expected& row : kTable) {
@@ -114,7 +116,8 @@ TEST_F(FrameTest, NoTwoCommandsShareAKeyAndPlayingWaitsForARowAndAPlayer)
 {
     std::map<QString, int> seen;
     for (const QAction* action : m_frame->commands().actions()) {
-        if (action->shortcut().isEmpty()) continue;
+        if (action->shortcut().isEmpty())
+            continue;
         const QString key = action->shortcut().toString(QKeySequence::PortableText);
         EXPECT_TRUE(seen.emplace(key, CommandTable::idOf(action)).second) << key.toStdString();
     }

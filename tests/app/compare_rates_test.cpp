@@ -57,8 +57,10 @@ TEST(CompareBitRates, TheChosenPointOfASweepBecomesARowOfEachSource)
     bool wasRunning = false;
     QTimer::singleShot(0, [&] {
         auto* dialog = qobject_cast<CompareRatesDialog*>(QApplication::activeModalWidget());
-        if (!dialog) return; // the dialog's own loop would not end: the test times out and says so
-        for (const QString name : {"Pcm", "Codec2", "Speex"}) dialog->algorithmBox(name)->setChecked(false);
+        if (!dialog)
+            return; // the dialog's own loop would not end: the test times out and says so
+        for (const QString name : {"Pcm", "Codec2", "Speex"})
+            dialog->algorithmBox(name)->setChecked(false);
         dialog->compare();
         wasRunning = dialog->running();
         while (dialog->running()) {
@@ -77,13 +79,15 @@ TEST(CompareBitRates, TheChosenPointOfASweepBecomesARowOfEachSource)
             QCoreApplication::sendEvent(&chart, &click);
         }
         curves = chart.chosen() ? 1 : 0;
-        if (dialog->addButton()->isEnabled()) dialog->addChosen();
+        if (dialog->addButton()->isEnabled())
+            dialog->addChosen();
         dialog->reject();
     });
     frame.runCommand(cmd::kCompareBitRates);
 
     EXPECT_TRUE(wasRunning);
-    EXPECT_EQ(settings, QStringList({"ImaAdpcm 16000", "ImaAdpcm 24000", "ImaAdpcm 32000", "MuLaw 48000", "MuLaw 64000"}));
+    EXPECT_EQ(settings,
+              QStringList({"ImaAdpcm 16000", "ImaAdpcm 24000", "ImaAdpcm 32000", "MuLaw 48000", "MuLaw 64000"}));
     EXPECT_EQ(curves, 1);
     // Each source got the chosen setting as a row of its own, encoded, and
     // decoded and measured as the automatic decode is on.
@@ -91,7 +95,8 @@ TEST(CompareBitRates, TheChosenPointOfASweepBecomesARowOfEachSource)
     ASSERT_EQ(rows.rowCount(), 4);
     int added = 0;
     for (int row = 0; row < rows.rowCount(); ++row) {
-        if (rows.index(row, int(ListColumn::Algorithm)).data().toString() != "MuLaw") continue;
+        if (rows.index(row, int(ListColumn::Algorithm)).data().toString() != "MuLaw")
+            continue;
         ++added;
         EXPECT_EQ(rows.index(row, int(ListColumn::BitRate)).data().toString(), "48000");
         EXPECT_FALSE(rows.index(row, int(ListColumn::EncodeSize)).data().toString().isEmpty());

@@ -32,7 +32,8 @@ namespace {
 std::vector<QString> entries(const QComboBox* box)
 {
     std::vector<QString> texts;
-    for (int i = 0; i < box->count(); ++i) texts.push_back(box->itemText(i));
+    for (int i = 0; i < box->count(); ++i)
+        texts.push_back(box->itemText(i));
     return texts;
 }
 
@@ -52,15 +53,22 @@ BodyInfo body(std::string name, std::vector<BodyAlgoInfo> algorithms, int algoCo
 
 BodyInfo volumeBody(std::string name, int low, int high, int current, int byDefault = 0)
 {
-    return {.name = std::move(name), .sampleRateMax = 16000, .sampleRateMin = 8000, .volumeMax = high,
-            .volumeMin = low, .defaultVolume = byDefault, .currentVolume = current, .confirmedVolume = current,
+    return {.name = std::move(name),
+            .sampleRateMax = 16000,
+            .sampleRateMin = 8000,
+            .volumeMax = high,
+            .volumeMin = low,
+            .defaultVolume = byDefault,
+            .currentVolume = current,
+            .confirmedVolume = current,
             .algorithms = {}};
 }
 
 std::vector<QString> childTexts(const QTreeWidgetItem* item)
 {
     std::vector<QString> texts;
-    for (int i = 0; i < item->childCount(); ++i) texts.push_back(item->child(i)->text(0));
+    for (int i = 0; i < item->childCount(); ++i)
+        texts.push_back(item->child(i)->text(0));
     return texts;
 }
 
@@ -231,8 +239,8 @@ TEST(DllSettingDialog, RemoveKeepsAlgosAndRegistryInStepAndTheEditorMustRun)
 
     port.queue(Answer::No);
     EXPECT_FALSE(dialog.removeCurrentAlgorithm());
-    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kRemoveAlgorithmPrefix) + "X" +
-                                                     str(msg::kRemoveAlgorithmSuffix)});
+    EXPECT_EQ(port.texts(),
+              std::vector<std::string>{str(msg::kRemoveAlgorithmPrefix) + "X" + str(msg::kRemoveAlgorithmSuffix)});
     EXPECT_TRUE(fs::exists(algorithmLibraryPath(project, "X")));
 
     QString removed;

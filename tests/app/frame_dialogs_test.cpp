@@ -10,8 +10,8 @@
 #include "common/version.h"
 #include "project/workspace_tree.h"
 #include "settings/settings_store.h"
-#include "wave/wave_file.h"
 #include "support/files.h"
+#include "wave/wave_file.h"
 
 #include <QCheckBox>
 #include <QKeyEvent>
@@ -175,8 +175,9 @@ TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
 {
     // The message names the file looked for.
     m_frame->runCommand(cmd::kHelp);
-    EXPECT_EQ(m_port.texts(), std::vector<std::string>{"Not found help file \"" +
-                                                       (m_dir / "program" / "manual" / "index.html").string() + "\" !"});
+    EXPECT_EQ(m_port.texts(),
+              std::vector<std::string>{"Not found help file \"" +
+                                       (m_dir / "program" / "manual" / "index.html").string() + "\" !"});
 
     // A project with one selected source whose name holds a blank, and an
     // editor that is not there.

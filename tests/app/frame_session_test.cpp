@@ -33,14 +33,16 @@ const fs::path kWaves = "/usr/share/codec2/wav";
 void dumpNode(const QStandardItem* node, int depth, std::vector<std::string>& out)
 {
     out.push_back(std::string(std::size_t(depth) * 2, ' ') + node->text().toStdString());
-    for (int row = 0; row < node->rowCount(); ++row) dumpNode(node->child(row), depth + 1, out);
+    for (int row = 0; row < node->rowCount(); ++row)
+        dumpNode(node->child(row), depth + 1, out);
 }
 
 std::vector<std::string> filesTree(const MainWindow& frame)
 {
     std::vector<std::string> out;
     const QStandardItemModel* model = frame.workspaceBar()->filesModel();
-    for (int row = 0; row < model->rowCount(); ++row) dumpNode(model->item(row), 0, out);
+    for (int row = 0; row < model->rowCount(); ++row)
+        dumpNode(model->item(row), 0, out);
     return out;
 }
 
@@ -55,7 +57,8 @@ protected:
     void SetUp() override
     {
         for (const char* name : {"hts1a.wav", "hts2a.wav", "cross.wav"})
-            if (!fs::exists(kWaves / name)) GTEST_SKIP() << "the codec2 sample waves are not installed";
+            if (!fs::exists(kWaves / name))
+                GTEST_SKIP() << "the codec2 sample waves are not installed";
     }
 
     void addWaves(std::vector<fs::path> waves)
@@ -207,7 +210,8 @@ TEST_F(FrameSession, WaveFilesDroppedOnTheTreeAreAddedWhereTheyFall)
     const auto drop = [&](const QPoint& at, const std::vector<fs::path>& files) {
         QMimeData data;
         QList<QUrl> urls;
-        for (const fs::path& file : files) urls << QUrl::fromLocalFile(qtPath(file));
+        for (const fs::path& file : files)
+            urls << QUrl::fromLocalFile(qtPath(file));
         data.setUrls(urls);
         QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(view->viewport(), &enter);

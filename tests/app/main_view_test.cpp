@@ -5,11 +5,11 @@
 
 #include "app/dialogs/encode_info_dialog.h"
 #include "app/dialogs/export_dialog.h"
+#include "app/dialogs/progress_dialog.h"
 #include "app/dialogs/read_only_form.h"
 #include "app/views/info_panels.h"
 #include "app/views/list_columns.h"
 #include "app/views/record_table_model.h"
-#include "app/dialogs/progress_dialog.h"
 #include "bodies/body_settings.h"
 #include "codec/encoded_header.h"
 #include "codec/interim_packer.h"
@@ -41,14 +41,16 @@ QString cell(const MainView& view, int row, ListColumn column)
 QString rowText(const MainView& view, int row)
 {
     QStringList cells;
-    for (int column = 0; column < kListColumnCount; ++column) cells << cell(view, row, ListColumn(column));
+    for (int column = 0; column < kListColumnCount; ++column)
+        cells << cell(view, row, ListColumn(column));
     return cells.join(QLatin1Char('|'));
 }
 
 std::vector<QString> columnTexts(const MainView& view, ListColumn column)
 {
     std::vector<QString> texts;
-    for (int row = 0; row < view.table()->model()->rowCount(); ++row) texts.push_back(cell(view, row, column));
+    for (int row = 0; row < view.table()->model()->rowCount(); ++row)
+        texts.push_back(cell(view, row, column));
     return texts;
 }
 
@@ -57,7 +59,8 @@ void selectShownRows(MainView& view, std::initializer_list<int> rows)
     QItemSelectionModel* selection = view.table()->selectionModel();
     selection->clearSelection();
     for (const int row : rows)
-        selection->select(view.table()->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        selection->select(view.table()->model()->index(row, 0),
+                          QItemSelectionModel::Select | QItemSelectionModel::Rows);
     if (rows.size())
         selection->setCurrentIndex(view.table()->model()->index(*rows.begin(), 0), QItemSelectionModel::NoUpdate);
 }
@@ -396,7 +399,8 @@ TEST_F(ViewTest, StopInTheProgressWindowEndsTheRowUnderWayAndKeepsEarlierResults
     ASSERT_FALSE(first.encodeName.empty());
     const auto tempFiles = [&] {
         std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(session.tempFolder())) names.insert(entry.path().filename().string());
+        for (const auto& entry : fs::directory_iterator(session.tempFolder()))
+            names.insert(entry.path().filename().string());
         return names;
     };
     const std::set<std::string> before = tempFiles();

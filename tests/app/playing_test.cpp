@@ -21,17 +21,17 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QPushButton>
-#include <QTimer>
 #include <QCoreApplication>
 #include <QLabel>
+#include <QPushButton>
 #include <QTableView>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <chrono>
-#include <memory>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <thread>
 
 #ifdef KESTRELON_PROGRAM_DIR
@@ -53,12 +53,15 @@ protected:
     {
         std::filesystem::create_directories(dir / "Demo" / "Files");
         ASSERT_TRUE(writeWav16(dir / "Demo" / "Files" / "hello.wav", sound, 8000));
-        test::writeBytes(dir / "Demo" / "Demo.ptp",
-                         "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
-                         "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=" + encodeName + "\nEncodeSize=\n"
-                         "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
-                         "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
-                         "# End Project\n");
+        test::writeBytes(
+            dir / "Demo" / "Demo.ptp",
+            "# Begin Project\n\n# Begin Files\n# Begin Source File\nSOURCE=Files\\hello.wav\nID=hello.wav\n"
+            "PARAM=9\n# Begin EditInfo\nAlgoName=Pcm\nBodyName=KS-1 Voice\nEncodeName=" +
+                encodeName +
+                "\nEncodeSize=\n"
+                "RenameEncode=\nDecodeName=\nDecodeSize=\nEncodeBitRate=128000\nMultiSelect=0\n"
+                "# End EditInfo\n# End Source File\n# End Files\n\n# Begin Algorithms\n# End Algorithms\n\n"
+                "# End Project\n");
         m_frame = std::make_unique<MainWindow>(FrameOptions{program, dir / "config", &port, &chooser}, &bodies);
         ASSERT_TRUE(m_frame->openProject(dir / "Demo" / "Demo.ptp"));
     }
@@ -116,7 +119,8 @@ TEST_F(PlayingInTheWorkbench, AClickOnAPlayCellPlaysItsRowAndTheCellShowsIt)
 TEST_F(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
 {
     std::vector<std::int16_t> ramp(6000);
-    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<std::int16_t>(i * 5 - 15000);
+    for (std::size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = static_cast<std::int16_t>(i * 5 - 15000);
     ASSERT_NO_FATAL_FAILURE(openProject(ramp));
     MainWindow& frame = *m_frame;
     frame.loadPlayers();
@@ -134,7 +138,8 @@ TEST_F(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
 
     std::vector<std::int64_t> positions;
     QObject::connect(window.originalPane(), &WavePane::playStateChanged, [&] {
-        if (view.playPosition() >= 0) positions.push_back(view.playPosition());
+        if (view.playPosition() >= 0)
+            positions.push_back(view.playPosition());
     });
     window.action(QStringLiteral("&Play"))->trigger();
     EXPECT_TRUE(window.originalPane()->playing());
@@ -254,7 +259,8 @@ TEST_F(PlayingInTheWorkbench, ANewUserChoosesTheBoardPortAndItIsRememberedForPla
     bool versionEnabled = false;
     QTimer::singleShot(0, [&] {
         auto* dialog = qobject_cast<BodyInformationDialog*>(QApplication::activeModalWidget());
-        if (!dialog) return; // the exec below would hang: the test times out and says so
+        if (!dialog)
+            return; // the exec below would hang: the test times out and says so
         dialog->selectBody(0);
         versionEnabled = dialog->versionButton()->isEnabled();
         dialog->versionButton()->click(); // the default device, where no board is

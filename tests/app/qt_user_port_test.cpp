@@ -25,7 +25,8 @@ void answerBox(Seen& seen, const QString& press)
     test::whenModal<QMessageBox>([&seen, press](QMessageBox* box) {
         seen.caption = box->windowTitle();
         seen.text = box->text();
-        for (QAbstractButton* button : box->buttons()) seen.buttons << button->text().remove(QLatin1Char('&'));
+        for (QAbstractButton* button : box->buttons())
+            seen.buttons << button->text().remove(QLatin1Char('&'));
         for (QAbstractButton* button : box->buttons())
             if (button->text().remove(QLatin1Char('&')) == press) {
                 button->click();

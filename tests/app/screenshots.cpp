@@ -4,12 +4,12 @@
 #include "app/dialogs/add_folder_dialog.h"
 #include "app/dialogs/manual_window.h"
 #include "app/dialogs/new_project_dialog.h"
+#include "app/dialogs/progress_dialog.h"
 #include "app/dialogs/splitter_bar_dialog.h"
 #include "app/file_chooser.h"
 #include "app/main_window.h"
 #include "app/playback/play_sentence_dialog.h"
 #include "app/views/main_view.h"
-#include "app/dialogs/progress_dialog.h"
 #include "app/waveform/speech_event_dialog.h"
 #include "app/waveform/wave_pane.h"
 #include "app/waveform/wave_window.h"
@@ -21,15 +21,15 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QRadioButton>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPixmap>
+#include <QRadioButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
-#include <QTabWidget>
-#include <QPixmap>
 
 #include <chrono>
 #include <thread>
@@ -49,7 +49,8 @@ void save(QWidget* widget, const QString& folder, const QString& name)
 void saveMenu(MainWindow& frame, const QString& title, const QString& folder, const QString& name)
 {
     for (QAction* top : frame.menuBar()->actions()) {
-        if (top->text() != title || !top->menu()) continue;
+        if (top->text() != title || !top->menu())
+            continue;
         frame.updateCommands();
         top->menu()->popup(frame.mapToGlobal(QPoint(0, 0)));
         QApplication::processEvents();
@@ -71,7 +72,8 @@ void saveCommandDialog(MainWindow& frame, int id, const QString& folder, const Q
         }
     });
     frame.runCommand(id);
-    if (!saved) std::cout << name.toStdString() << ": command " << id << " opened no dialog\n";
+    if (!saved)
+        std::cout << name.toStdString() << ": command " << id << " opened no dialog\n";
 }
 
 void selectRows(MainWindow& frame, std::initializer_list<int> rows)
@@ -89,7 +91,8 @@ void selectRows(MainWindow& frame, std::initializer_list<int> rows)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     if (argc < 3) {
         std::cerr << "usage: app_screenshots OUTDIR PROJECT.ptp [PROGRAM-FOLDER]\n";
@@ -115,9 +118,11 @@ int main(int argc, char** argv)
     if (WorkspaceTree* tree = frame.workspaceTree()) {
         auto folders = tree->itemsWithId("Greetings");
         std::vector<ProjectItem*> pick;
-        for (ProjectItem* item : folders) pick.push_back(item);
+        for (ProjectItem* item : folders)
+            pick.push_back(item);
         for (const char* id : {"all.wav", "big_dog.wav"})
-            for (ProjectItem* item : tree->itemsWithId(id)) pick.push_back(item);
+            for (ProjectItem* item : tree->itemsWithId(id))
+                pick.push_back(item);
         frame.workspaceBar()->selectItems(pick);
         QApplication::processEvents();
         save(&frame, out, QStringLiteral("02-frame-selection.png"));
@@ -175,7 +180,8 @@ int main(int argc, char** argv)
         SpeechEventDialog* events = wave->eventDialog();
         events->customLabelButton()->click();
         events->labelField()->setText(QStringLiteral("Greeting"));
-        for (const auto& [at, description] : {std::pair{n / 4, "word start"}, {n * 3 / 10, "stress"}, {n * 2 / 5, "word end"}}) {
+        for (const auto& [at, description] :
+             {std::pair{n / 4, "word start"}, {n * 3 / 10, "stress"}, {n * 2 / 5, "word end"}}) {
             view.setCursorSample(at);
             events->descriptionField()->setText(QString::fromLatin1(description));
             events->add();
@@ -216,7 +222,8 @@ int main(int argc, char** argv)
     selectRows(frame, {0, 3});
     QTimer::singleShot(0, [&] {
         auto* compare = qobject_cast<CompareRatesDialog*>(QApplication::activeModalWidget());
-        if (!compare) return;
+        if (!compare)
+            return;
         compare->compare();
         while (compare->running()) {
             QApplication::processEvents();

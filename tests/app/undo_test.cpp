@@ -34,7 +34,8 @@ protected:
     void SetUp() override
     {
         for (const char* name : {"hts1a.wav", "hts2a.wav", "cross.wav"})
-            if (!fs::exists(kWaves / name)) GTEST_SKIP() << "the codec2 sample waves are not installed";
+            if (!fs::exists(kWaves / name))
+                GTEST_SKIP() << "the codec2 sample waves are not installed";
     }
 
     void TearDown() override
@@ -129,7 +130,8 @@ TEST_F(UndoTest, EveryTreeEditGoesBackAndForthToTheSameProjectBytes)
     EXPECT_EQ(readBytes(copy), readBytes(kWaves / "cross.wav"));
 
     step(QStringLiteral("Rename Folder"), [&] {
-        const auto found = m_frame->workspaceBar()->filesModel()->findItems(QStringLiteral("Greetings"), Qt::MatchRecursive);
+        const auto found =
+            m_frame->workspaceBar()->filesModel()->findItems(QStringLiteral("Greetings"), Qt::MatchRecursive);
         ASSERT_EQ(found.size(), 1);
         found.front()->setText(QStringLiteral("Welcome"));
         QCoreApplication::processEvents(); // the rename runs once the model's signal is over
@@ -161,10 +163,12 @@ TEST_F(UndoTest, EveryTreeEditGoesBackAndForthToTheSameProjectBytes)
     EXPECT_EQ(m_frame->action(cmd::kUndo)->text(), QStringLiteral("&Undo Delete Folder"));
 
     // All the way back, and forward again.
-    while (canUndo()) m_frame->runCommand(cmd::kUndo);
+    while (canUndo())
+        m_frame->runCommand(cmd::kUndo);
     EXPECT_EQ(text(), opened);
     EXPECT_FALSE(fs::exists(copy));
-    while (canRedo()) m_frame->runCommand(cmd::kRedo);
+    while (canRedo())
+        m_frame->runCommand(cmd::kRedo);
     EXPECT_EQ(text(), emptied);
     EXPECT_TRUE(fs::exists(copy));
     EXPECT_TRUE(m_frame->isWindowModified());

@@ -2,13 +2,13 @@
 // A project on disk with rows to show: the project file is written from a
 // list of rows and opened in a session, as the workbench opens one.
 #include "app/views/main_view.h"
+#include "app_support.h"
 #include "model/project.h"
 #include "settings/settings_store.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"
 #include "wave/wave_file.h"
-#include "app_support.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,10 @@
 
 namespace kestrelon::test {
 
-inline std::string str(std::string_view text) { return std::string(text); }
+inline std::string str(std::string_view text)
+{
+    return std::string(text);
+}
 
 struct Row {
     std::string source; // file name in Files

@@ -31,7 +31,8 @@ namespace {
 std::vector<std::int16_t> tone(std::size_t count, double step)
 {
     std::vector<std::int16_t> out(count);
-    for (std::size_t i = 0; i < count; ++i) out[i] = std::int16_t(9000 * std::sin(step * double(i)));
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = std::int16_t(9000 * std::sin(step * double(i)));
     return out;
 }
 
@@ -165,7 +166,8 @@ TEST(WaveformWindow, TheEventDialogWritesOnOkAndTheWindowRedrawsItsMarks)
     dialog->idField()->setText(QStringLiteral("5"));
     dialog->add();
     ASSERT_EQ(dialog->list()->count(), 2);
-    EXPECT_EQ(dialog->list()->item(0)->text().toStdString(), "  1200" + std::string(20, ' ') + "ID5" + std::string(10, ' '));
+    EXPECT_EQ(dialog->list()->item(0)->text().toStdString(),
+              "  1200" + std::string(20, ' ') + "ID5" + std::string(10, ' '));
     view.setCursorSample(9000);
     dialog->idField()->setText(QStringLiteral("3"));
     port.queue(Answer::Yes);
@@ -196,7 +198,8 @@ TEST(WaveformWindow, TheEventDialogWritesOnOkAndTheWindowRedrawsItsMarks)
     QApplication::processEvents();
     EXPECT_EQ(test::readBytes(evt), written); // Cancel touches nothing
     EXPECT_EQ(view.events().size(), 2u);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{std::string(msg::kEventIdExists), std::string(msg::kEventIdRange)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{std::string(msg::kEventIdExists), std::string(msg::kEventIdRange)}));
 }
 
 } // namespace kestrelon

@@ -20,7 +20,8 @@ const std::string kInvalid(msg::kInvalidData);
 std::vector<std::string> namesOf(const BodySettings& settings)
 {
     std::vector<std::string> names;
-    for (const BodyInfo& body : settings.bodies()) names.push_back(body.name);
+    for (const BodyInfo& body : settings.bodies())
+        names.push_back(body.name);
     return names;
 }
 
@@ -104,8 +105,7 @@ TEST(BodySettings, FailsWithoutAUsableCount)
         std::vector<std::string> messages;
     };
     for (const Case& c : {Case{"[BODY]\nCOUNT=two\nBODY0=A\n[A]\nALGOCOUNT=1\n", {kInvalid}},
-                          Case{"[BODY]\nBODY0=A\n", {}},
-                          Case{"[OTHER]\nCOUNT=1\n", {}}}) {
+                          Case{"[BODY]\nBODY0=A\n", {}}, Case{"[OTHER]\nCOUNT=1\n", {}}}) {
         writeBytes(dir / "settings.dat", c.text);
         BodySettings settings;
         ScriptedPort port;
@@ -125,14 +125,13 @@ TEST(BodySettings, FailsWithoutAUsableCount)
 TEST(BodySettings, MalformedNumbersAreReportedAndNotTaken)
 {
     TempDir dir;
-    writeBytes(dir / "settings.dat",
-               "[BODY]\nCOUNT=3\nBAUDRATE=fast\nBODY0=A\nBODY1=B\nBODY2=C\n"
-               "[A]\nBODYID=x7\nVOLUME_MAX=15\nALGOCOUNT=2\n"
-               "ALGO0=One\nALGO0_SECTION=S1\nALGO1=Two\nALGO1_SECTION=S2\n"
-               "[B]\nBODYID=3\nALGOCOUNT=2a\nALGO0=One\nALGO0_SECTION=S1\n"
-               "[C]\nALGOCOUNT=1\nALGO0=Three\nALGO0_SECTION=s1\n"
-               "[S1]\nDLLDIR=d\nPATHNAME=p\nBITRATECOUNT=1\nBITRATE0=8000\nCONFIG=0x1\n"
-               "[S2]\nDLLDIR=d\nPATHNAME=p\nBITRATECOUNT=-\nBITRATE0=8000\nCONFIG=1\n");
+    writeBytes(dir / "settings.dat", "[BODY]\nCOUNT=3\nBAUDRATE=fast\nBODY0=A\nBODY1=B\nBODY2=C\n"
+                                     "[A]\nBODYID=x7\nVOLUME_MAX=15\nALGOCOUNT=2\n"
+                                     "ALGO0=One\nALGO0_SECTION=S1\nALGO1=Two\nALGO1_SECTION=S2\n"
+                                     "[B]\nBODYID=3\nALGOCOUNT=2a\nALGO0=One\nALGO0_SECTION=S1\n"
+                                     "[C]\nALGOCOUNT=1\nALGO0=Three\nALGO0_SECTION=s1\n"
+                                     "[S1]\nDLLDIR=d\nPATHNAME=p\nBITRATECOUNT=1\nBITRATE0=8000\nCONFIG=0x1\n"
+                                     "[S2]\nDLLDIR=d\nPATHNAME=p\nBITRATECOUNT=-\nBITRATE0=8000\nCONFIG=1\n");
     BodySettings settings;
     ScriptedPort port;
     ASSERT_TRUE(settings.load(dir / "settings.dat", dir.path(), port));
@@ -177,9 +176,11 @@ TEST(BodySettings, HugeCountsReadOnlyTheSlotsPresent)
     // 1000 slots naming one body whose section lists 1000 algorithms describe
     // a million copies: refused instead of read.
     std::string text = "[BODY]\nCOUNT=1000\n";
-    for (int i = 0; i < 1000; ++i) text += "BODY" + std::to_string(i) + "=Shared\n";
+    for (int i = 0; i < 1000; ++i)
+        text += "BODY" + std::to_string(i) + "=Shared\n";
     text += "[Shared]\nALGOCOUNT=1000\n";
-    for (int j = 0; j < 1000; ++j) text += "ALGO" + std::to_string(j) + "=A\nALGO" + std::to_string(j) + "_SECTION=S\n";
+    for (int j = 0; j < 1000; ++j)
+        text += "ALGO" + std::to_string(j) + "=A\nALGO" + std::to_string(j) + "_SECTION=S\n";
     writeBytes(dir / "settings.dat", text);
     EXPECT_FALSE(settings.load(dir / "settings.dat", dir.path(), port));
     EXPECT_EQ(port.texts(), std::vector<std::string>{kInvalid});
@@ -193,13 +194,15 @@ TEST(BodySettings, SavingVolumesChangesOnlyThoseValues)
     for (const std::string eol : {"\r\n", "\n"}) {
         const auto lines = [&](std::initializer_list<const char*> list) {
             std::string text;
-            for (const char* line : list) text += std::string(line) + eol;
+            for (const char* line : list)
+                text += std::string(line) + eol;
             return text;
         };
         const std::string head = lines({"; bodies", "[BODY]", "COUNT = 3", "BODY0=A", "BODY1=B", "BODY2=C", ""});
         const std::string tail = lines({"", "[C]", "ALGOCOUNT=1", "; end"});
-        writeBytes(dir / "settings.dat", head + lines({"[A]", "current_vol=5", "ALGOCOUNT=1", "[B]",
-                                                       "  current_vol =  2 ", "ALGOCOUNT=1"}) + tail);
+        writeBytes(dir / "settings.dat",
+                   head + lines({"[A]", "current_vol=5", "ALGOCOUNT=1", "[B]", "  current_vol =  2 ", "ALGOCOUNT=1"}) +
+                       tail);
 
         BodySettings settings;
         ScriptedPort port;
@@ -209,8 +212,8 @@ TEST(BodySettings, SavingVolumesChangesOnlyThoseValues)
         settings.findBody("A")->currentVolume = 12;
         ASSERT_TRUE(settings.saveCurrentVolumes(dir / "settings.dat"));
         EXPECT_EQ(readBytes(dir / "settings.dat"),
-                  head + lines({"[A]", "CURRENT_VOL=12", "ALGOCOUNT=1", "[B]", "  current_vol =  2 ", "ALGOCOUNT=1",
-                                "", "[C]", "ALGOCOUNT=1", "CURRENT_VOL=0", "; end"}));
+                  head + lines({"[A]", "CURRENT_VOL=12", "ALGOCOUNT=1", "[B]", "  current_vol =  2 ", "ALGOCOUNT=1", "",
+                                "[C]", "ALGOCOUNT=1", "CURRENT_VOL=0", "; end"}));
 
         // Saved again with nothing changed, the file is not even rewritten:
         // an installed, read-only file must survive every exit.

@@ -144,6 +144,7 @@ TEST_F(BoardPlay, ABoardThatFailsIsSaidSoAndNeverGetsWrongBytes)
         }
     }
     int recorded = 0;
-    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(record)) ++recorded;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(record))
+        ++recorded;
     EXPECT_EQ(recorded, arrived); // nothing half-received was kept
 }

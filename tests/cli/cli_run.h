@@ -56,8 +56,8 @@ inline JsonRun runJson(std::vector<std::string> words, const std::filesystem::pa
 {
     words.insert(words.begin(), "--json");
     const CliRun done = runCli(words, scratch);
-    return {done.exitCode, done.out.empty() ? nlohmann::ordered_json::object() : nlohmann::ordered_json::parse(done.out),
-            done.err};
+    return {done.exitCode,
+            done.out.empty() ? nlohmann::ordered_json::object() : nlohmann::ordered_json::parse(done.out), done.err};
 }
 
 } // namespace kestrelon::test

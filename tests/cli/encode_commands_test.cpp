@@ -58,8 +58,8 @@ TEST_F(EncodeCommandsTest, EveryReferenceCodecEncodesDecodesAndListsItsSizesAndR
                                        {"Codec2", "3200", "1258", "3"},
                                        {"Speex", "8000", "3070", "6"}};
     for (const auto& [algorithm, rate, size, compression] : codecs) {
-        const Run added = run({"project", "add-encode", ptp(), "--body", "KS-1 Voice", "--algo", algorithm, "--rate",
-                               rate, "hts1a.wav"});
+        const Run added = run(
+            {"project", "add-encode", ptp(), "--body", "KS-1 Voice", "--algo", algorithm, "--rate", rate, "hts1a.wav"});
         ASSERT_EQ(added.exitCode, 0) << added.err;
         EXPECT_EQ(added.answer["sources"][0]["outcome"], "added");
         EXPECT_EQ(added.answer["sources"][0]["encode"], "done");
@@ -128,12 +128,14 @@ TEST_F(EncodeCommandsTest, ChoicesTheBodiesDoNotOfferAndRowsThatDoNotExistAreRef
     EXPECT_NE(std::string(refused.answer["error"]).find("has no algorithm \"Pcm\""), std::string::npos);
     refused = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "2150"});
     EXPECT_NE(std::string(refused.answer["error"]).find("has no bit rate \"2150\""), std::string::npos);
-    refused = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "nope.wav"});
+    refused =
+        run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "nope.wav"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(run({"project", "list", ptp()}).answer["rows"].size(), 0u);
 
     // Every source at once, with decoding; a second time the question is answered "no": skipped.
-    Run added = run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "--decode"});
+    Run added =
+        run({"project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "3950", "--decode"});
     ASSERT_EQ(added.exitCode, 0) << added.err;
     ASSERT_EQ(added.answer["rows"].size(), 2u);
     EXPECT_NE(added.answer["rows"][1]["decodeSize"], "");
@@ -145,7 +147,8 @@ TEST_F(EncodeCommandsTest, ChoicesTheBodiesDoNotOfferAndRowsThatDoNotExistAreRef
                  "morig.wav"});
     EXPECT_EQ(added.answer["sources"][0]["outcome"], "replaced");
     EXPECT_EQ(added.answer["rows"][1]["bitRate"], "5950");
-    added = run({"--cancel", "project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "8000"});
+    added =
+        run({"--cancel", "project", "add-encode", ptp(), "--body", "KS-2 Lite", "--algo", "Speex", "--rate", "8000"});
     EXPECT_EQ(added.answer["stopped"], true);
     EXPECT_EQ(added.answer["sources"].size(), 0u);
     EXPECT_EQ(added.answer["messages"][0]["answer"], "cancel");
@@ -195,8 +198,8 @@ TEST_F(EncodeCommandsTest, ASweepMeasuresEveryRateWithoutTouchingTheProject)
     std::vector<std::string> settings;
     for (const Json& row : rows)
         settings.push_back(std::string(row["algorithm"]) + " " + std::string(row["bitRate"]));
-    EXPECT_EQ(settings, (std::vector<std::string>{"ImaAdpcm 32000", "ImaAdpcm 24000", "ImaAdpcm 16000",
-                                                  "MuLaw 64000", "MuLaw 48000"}));
+    EXPECT_EQ(settings, (std::vector<std::string>{"ImaAdpcm 32000", "ImaAdpcm 24000", "ImaAdpcm 16000", "MuLaw 64000",
+                                                  "MuLaw 48000"}));
     EXPECT_EQ(rows[0]["encodeSize"], "12050");
     for (std::size_t i : {0u, 1u, 3u})
         EXPECT_GT(double(rows[i]["segmentalSnrDb"]), double(rows[i + 1]["segmentalSnrDb"])) << settings[i];

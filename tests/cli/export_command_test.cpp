@@ -36,7 +36,8 @@ std::string encodedFile(const std::string& data)
 std::string lines(const std::vector<std::string>& each)
 {
     std::string text;
-    for (const std::string& line : each) text += line + std::string(kestrelon::kNativeEol);
+    for (const std::string& line : each)
+        text += line + std::string(kestrelon::kNativeEol);
     return text;
 }
 
@@ -69,7 +70,8 @@ protected:
     fs::path project = temp / "Demo";
     fs::path ptp = project / "Demo.ptp";
     fs::path out = temp / "out";
-    const std::string events = "[TAG_LABEL]\nLabelName=Default Label\n[SPEECH_EVNTS]\nCount=1\n[EVENT0]\nSamples=1200\nID=1\n";
+    const std::string events =
+        "[TAG_LABEL]\nLabelName=Default Label\n[SPEECH_EVNTS]\nCount=1\n[EVENT0]\nSamples=1200\nID=1\n";
 };
 
 } // namespace
@@ -123,9 +125,9 @@ TEST_F(ExportCommand, MistakesAreRefusedAndWriteNothing)
 // each row's bit rate and its header's sample rate, and report their sizes.
 TEST_F(ExportCommand, TheImageFormatCarriesTheExportedDataAndItsSettings)
 {
-    EXPECT_EQ(run({"project", "export", ptp.string(), "--out", out.string(), "--format", "image", "--align", "3"})
-                  .exitCode,
-              2);
+    EXPECT_EQ(
+        run({"project", "export", ptp.string(), "--out", out.string(), "--format", "image", "--align", "3"}).exitCode,
+        2);
     const CliRun image = run({"--json", "project", "export", ptp.string(), "--out", out.string(), "--format", "image",
                               "--name", "prompts", "--align", "8"});
     ASSERT_EQ(image.exitCode, 0) << image.out << image.err;

@@ -21,7 +21,8 @@ class FailureReasons : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        if (!fs::exists(kSpeech / "hts1a.wav")) GTEST_SKIP() << "the codec2 sample waves are not installed";
+        if (!fs::exists(kSpeech / "hts1a.wav"))
+            GTEST_SKIP() << "the codec2 sample waves are not installed";
         ASSERT_EQ(runCli({"project", "new", temp.path().string(), "Demo"}, scratch.path()).exitCode, 0);
         ASSERT_EQ(runCli({"project", "add-files", project.string(), (kSpeech / "hts1a.wav").string()}, scratch.path())
                       .exitCode,
@@ -48,9 +49,11 @@ TEST_F(FailureReasons, AReadOnlyProjectSaysWhyItDoesNotOpen)
     } else {
         if (runProgram("/usr/bin/unshare", {"-rm", "true"}, scratch / "probe.out", scratch / "probe.err") != 0)
             GTEST_SKIP() << "no user namespaces here to mount the project read-only";
-        std::string line = "mount --bind '" + folder.string() + "' '" + folder.string() + "' && mount -o remount,ro,bind '" +
-                           folder.string() + "' '" + folder.string() + "' && exec '" + std::string(KESTRELON_CLI) + "'";
-        for (const std::string& word : words) line += " '" + word + "'";
+        std::string line = "mount --bind '" + folder.string() + "' '" + folder.string() +
+                           "' && mount -o remount,ro,bind '" + folder.string() + "' '" + folder.string() +
+                           "' && exec '" + std::string(KESTRELON_CLI) + "'";
+        for (const std::string& word : words)
+            line += " '" + word + "'";
         words = {"-rm", "sh", "-c", line};
         program = "/usr/bin/unshare";
     }
@@ -74,9 +77,9 @@ TEST_F(FailureReasons, AReadOnlyProjectSaysWhyItDoesNotOpen)
 TEST_F(FailureReasons, ASourceThatCannotBeReadIsNamedWithTheReason)
 {
     writeBytes(folder / "Files" / "hts1a.wav", "not a wave at all");
-    const JsonRun run = runJson({"project", "add-encode", project.string(), "--body", "KS-1 Voice", "--algo",
-                                 "ImaAdpcm", "--rate", "32000"},
-                                scratch.path());
+    const JsonRun run = runJson(
+        {"project", "add-encode", project.string(), "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--rate", "32000"},
+        scratch.path());
     EXPECT_EQ(run.exitCode, 1);
     ASSERT_EQ(run.answer["messages"].size(), 1u) << run.answer.dump();
     EXPECT_EQ(run.text(0), (folder / "Files" / "hts1a.wav").string() + " could not be read, so it was not encoded !");

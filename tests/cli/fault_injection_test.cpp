@@ -47,10 +47,10 @@ const std::vector<Operation>& operations()
 {
     static const std::vector<Operation> all = {
         {"add-files", {"project", "add-files", "PTP", (kSpeech / "cross.wav").string()}},
-        {"add-encode", {"project", "add-encode", "PTP", "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "3200",
-                        "--decode"}},
-        {"add-encode replacing", {"--yes", "project", "add-encode", "PTP", "--body", "KS-1 Voice", "--algo",
-                                  "ImaAdpcm", "--rate", "16000"}},
+        {"add-encode",
+         {"project", "add-encode", "PTP", "--body", "KS-1 Voice", "--algo", "Codec2", "--rate", "3200", "--decode"}},
+        {"add-encode replacing",
+         {"--yes", "project", "add-encode", "PTP", "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--rate", "16000"}},
         {"encode", {"project", "encode", "PTP", "--decode"}},
         {"decode", {"project", "decode", "PTP"}},
         {"delete-files", {"--yes", "project", "delete-files", "PTP", "morig.wav"}},
@@ -70,13 +70,13 @@ protected:
         fs::create_directories(scratch);
         const std::string ptp = (*s_template / "Base" / "Base.ptp").string();
         ASSERT_EQ(runCli({"project", "new", s_template->path().string(), "Base"}, scratch).exitCode, 0);
-        ASSERT_EQ(runCli({"project", "add-files", ptp, (kSpeech / "hts1a.wav").string(),
-                          (kSpeech / "morig.wav").string()},
-                         scratch)
-                      .exitCode,
-                  0);
-        ASSERT_EQ(runCli({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--rate",
-                          "32000", "--decode"},
+        ASSERT_EQ(
+            runCli({"project", "add-files", ptp, (kSpeech / "hts1a.wav").string(), (kSpeech / "morig.wav").string()},
+                   scratch)
+                .exitCode,
+            0);
+        ASSERT_EQ(runCli({"project", "add-encode", ptp, "--body", "KS-1 Voice", "--algo", "ImaAdpcm", "--rate", "32000",
+                          "--decode"},
                          scratch)
                       .exitCode,
                   0);
@@ -99,8 +99,10 @@ protected:
     {
         std::vector<std::string> filled;
         for (std::string word : op.words) {
-            if (word == "PTP") word = ptp.string();
-            if (word.rfind("OUT", 0) == 0) word = out.string() + word.substr(3);
+            if (word == "PTP")
+                word = ptp.string();
+            if (word.rfind("OUT", 0) == 0)
+                word = out.string() + word.substr(3);
             filled.push_back(word);
         }
         return filled;
@@ -109,8 +111,10 @@ protected:
     // Runs the operation with KESTRELON_FAULT set to `fault` (none when empty).
     CliRun runWith(const std::string& fault, const std::vector<std::string>& command)
     {
-        if (fault.empty()) unsetenv("KESTRELON_FAULT");
-        else setenv("KESTRELON_FAULT", fault.c_str(), 1);
+        if (fault.empty())
+            unsetenv("KESTRELON_FAULT");
+        else
+            setenv("KESTRELON_FAULT", fault.c_str(), 1);
         CliRun run = runCli(command, scratch.path());
         unsetenv("KESTRELON_FAULT");
         return run;
@@ -125,7 +129,8 @@ protected:
         ScriptedPort port;
         ProjectSession session(port, nullptr, nullptr, fs::current_path());
         ASSERT_TRUE(session.openProject(ptp)) << ::testing::PrintToString(port.texts());
-        for (const std::string& text : port.texts()) EXPECT_EQ(text, msg::kAbandonedWorkDropped);
+        for (const std::string& text : port.texts())
+            EXPECT_EQ(text, msg::kAbandonedWorkDropped);
         EXPECT_TRUE(states.count(readBytes(ptp)) == 1) << "the project file is neither the old nor the new one";
         const fs::path folder = ptp.parent_path();
         const MainList list = MainList::fromDocument(session.document());
@@ -133,9 +138,10 @@ protected:
             const EditInfoRecord& record = row.record();
             EXPECT_EQ(readBytes(folder / "Files" / record.fileName), readBytes(kSpeech / record.fileName))
                 << record.fileName;
-            for (const auto& [name, size] : {std::pair{record.encodeName, record.encodeSize},
-                                             std::pair{record.decodeName, record.decodeSize}}) {
-                if (name.empty()) continue;
+            for (const auto& [name, size] :
+                 {std::pair{record.encodeName, record.encodeSize}, std::pair{record.decodeName, record.decodeSize}}) {
+                if (name.empty())
+                    continue;
                 const std::optional<std::string> data = unpackInterim(readBytes(folder / name));
                 ASSERT_TRUE(data.has_value()) << name << " of " << record.fileName << " is missing or damaged";
                 EXPECT_EQ(std::to_string(data->size()), size) << name << " of " << record.fileName;
@@ -172,7 +178,8 @@ TEST_F(FaultInjection, EverySavingCommandSurvivesAKillOrAFullDiskAtEveryWrite)
         std::vector<bool> isWrite;
         std::istringstream trace(done.err);
         for (std::string line; std::getline(trace, line);)
-            if (line.rfind("fault point ", 0) == 0) isWrite.push_back(line.find(": write ") != std::string::npos);
+            if (line.rfind("fault point ", 0) == 0)
+                isWrite.push_back(line.find(": write ") != std::string::npos);
         points[op.name] = int(isWrite.size());
 
         for (int n = 1; n <= int(isWrite.size()); ++n) {
@@ -198,7 +205,8 @@ TEST_F(FaultInjection, EverySavingCommandSurvivesAKillOrAFullDiskAtEveryWrite)
                 EXPECT_NE(full.exitCode, 0) << op.name << ", disk full from point " << n;
                 EXPECT_FALSE(full.err.empty()) << op.name << ", disk full from point " << n << ": nothing said";
                 // Every file is intact: a full disk is never called damage, and it is named.
-                EXPECT_EQ(full.err.find("damaged"), std::string::npos) << op.name << ", point " << n << ": " << full.err;
+                EXPECT_EQ(full.err.find("damaged"), std::string::npos)
+                    << op.name << ", point " << n << ": " << full.err;
                 EXPECT_NE(full.err.find(std::generic_category().message(ENOSPC)), std::string::npos)
                     << op.name << ", point " << n << ": the reason is not said: " << full.err;
             } else {

@@ -67,7 +67,8 @@ TEST_F(ProjectCommands, NewCreatesASavedProjectThatDumpAndSaveAsShowAlike)
     EXPECT_NE(refused.err.find((work / "Copy" / "Copy.ptp").string() + " already existed , replace it ? [no]"),
               std::string::npos)
         << refused.err;
-    EXPECT_EQ(run({"--yes", "project", "save-as", project.string(), (work / "Copy" / "Copy.ptp").string()}).exitCode, 0);
+    EXPECT_EQ(run({"--yes", "project", "save-as", project.string(), (work / "Copy" / "Copy.ptp").string()}).exitCode,
+              0);
 }
 
 TEST_F(ProjectCommands, NewRefusesWithTheDialogsTextAndTouchesNothing)

@@ -24,13 +24,14 @@ protected:
         setenv("SDL_DISKAUDIOFILE", (temp / "device.raw").c_str(), 1);
         setenv("SDL_DISKAUDIODELAY", "0", 1);
         ASSERT_EQ(run({"project", "new", temp.path().string(), "Say"}).exitCode, 0);
-        ASSERT_EQ(run({"project", "add-files", ptp(), (kSpeech / "hts1a.wav").string(), (kSpeech / "hts2a.wav").string()})
-                      .exitCode,
-                  0);
-        ASSERT_EQ(run({"--yes", "project", "add-encode", ptp(), "--body", "KS-1 Voice", "--algo", "Pcm", "--rate",
-                       "128000"})
-                      .exitCode,
-                  0);
+        ASSERT_EQ(
+            run({"project", "add-files", ptp(), (kSpeech / "hts1a.wav").string(), (kSpeech / "hts2a.wav").string()})
+                .exitCode,
+            0);
+        ASSERT_EQ(
+            run({"--yes", "project", "add-encode", ptp(), "--body", "KS-1 Voice", "--algo", "Pcm", "--rate", "128000"})
+                .exitCode,
+            0);
     }
     void TearDown() override { unsetenv("SDL_AUDIODRIVER"); }
 
@@ -64,7 +65,8 @@ TEST_F(SentencePlay, AnEntryThatCannotPlayAsksToGoOnAndTheLastOnlySaysWhy)
     played = run({"--no", "playlist", "play", ptp(), "--mode", "original"});
     EXPECT_EQ(played.exitCode, 1);
     EXPECT_EQ(played.answer["played"], 1);
-    EXPECT_EQ(played.answer["messages"].back()["text"], "hts2a.wav doesn't exist in project folder!\nDo you want to play next?");
+    EXPECT_EQ(played.answer["messages"].back()["text"],
+              "hts2a.wav doesn't exist in project folder!\nDo you want to play next?");
     EXPECT_EQ(played.answer["messages"].back()["answer"], "no");
 
     // The last entry has no next: it says why and asks nothing.

@@ -26,7 +26,8 @@ struct WaveCommands : ::testing::Test {
     void SetUp() override
     {
         std::vector<std::int16_t> samples(8000);
-        for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = std::int16_t(8000 * std::sin(0.02 * double(i)));
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            samples[i] = std::int16_t(8000 * std::sin(0.02 * double(i)));
         ASSERT_TRUE(kestrelon::writeWav16(wave, samples, 8000));
     }
 };
@@ -68,7 +69,8 @@ TEST_F(WaveCommands, EventsAreAddedReplacedOnYesKeptOnNoAndDeleted)
 
 TEST_F(WaveCommands, WaveSaveCutsARangeAndRenderDrawsInTheSettingsColours)
 {
-    const JsonRun saved = run({"wave", "save", wave.string(), (scratch / "cut.wav").string(), "--from", "1000", "--to", "1500"});
+    const JsonRun saved =
+        run({"wave", "save", wave.string(), (scratch / "cut.wav").string(), "--from", "1000", "--to", "1500"});
     ASSERT_EQ(saved.exitCode, 0) << saved.err;
     EXPECT_EQ(fs::file_size(scratch / "cut.wav"), 44u + 2 * 500);
     const JsonRun wrongName = run({"wave", "save", wave.string(), (scratch / "cut.raw").string()});
@@ -79,7 +81,8 @@ TEST_F(WaveCommands, WaveSaveCutsARangeAndRenderDrawsInTheSettingsColours)
 
     // A background colour chosen by the user is the picture's.
     fs::create_directories(scratch / "settings" / "Corvane");
-    writeBytes(scratch / "settings" / "Corvane" / "Kestrelon.conf", "[MyColor]\nBackgroundColor=2113632\n"); // 0x00204060
+    writeBytes(scratch / "settings" / "Corvane" / "Kestrelon.conf",
+               "[MyColor]\nBackgroundColor=2113632\n"); // 0x00204060
     const fs::path png = scratch / "wave.png";
     const JsonRun drawn = run({"wave", "render", wave.string(), "--png", png.string(), "--width", "640", "--height",
                                "120", "--settings-dir", (scratch / "settings").string()});

@@ -54,7 +54,7 @@ TEST_F(WorkspaceCommandsTest, AddFolderAndFilesAreSavedAndDuplicatesFollowTheTwo
     ASSERT_EQ(run({"project", "add-folder", ptp(), "Voices"}).exitCode, 0);
     ASSERT_EQ(run({"project", "add-folder", ptp(), "Sub", "--parent", "Voices"}).exitCode, 0);
     const JsonRun added = run({"project", "add-files", ptp(), "--folder", "Sub", (temp / "chosen" / "a.wav").string(),
-                           (temp / "chosen" / "b.wav").string()});
+                               (temp / "chosen" / "b.wav").string()});
     ASSERT_EQ(added.exitCode, 0) << added.err;
     const Json& voices = added.answer["files"][0];
     EXPECT_EQ(voices["flags"], 0x4003);
@@ -67,8 +67,8 @@ TEST_F(WorkspaceCommandsTest, AddFolderAndFilesAreSavedAndDuplicatesFollowTheTwo
     EXPECT_EQ(elsewhere.answer["added"][0]["outcome"], "refused");
     EXPECT_EQ(readBytes(ptp()), saved);
 
-    const std::vector<std::string> overwrite = {"project", "add-files", ptp(), "--folder", "Sub",
-                                                (temp / "other" / "a.wav").string()};
+    const std::vector<std::string> overwrite = {"project",  "add-files", ptp(),
+                                                "--folder", "Sub",       (temp / "other" / "a.wav").string()};
     const JsonRun no = run(overwrite);
     EXPECT_EQ(no.exitCode, 0);
     EXPECT_EQ(no.answer["messages"][0]["answer"], "no");

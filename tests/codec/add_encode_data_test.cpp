@@ -163,7 +163,7 @@ TEST_F(AddEncodeDataTest, ARowWithTheSameAlgorithmIsReplacedSkippedSkippedForAll
     ASSERT_EQ(a->records().size(), 1u);
     EXPECT_EQ(a->records()[0].bitRate, "1200");
     EXPECT_EQ(a->records()[0].encodeName, interimOfA); // the interim file is reused
-    EXPECT_NE(a->records()[0].encodeSize, sizeOfA);    // with the new bit rate's data
+    EXPECT_NE(a->records()[0].encodeSize, sizeOfA); // with the new bit rate's data
     EXPECT_EQ(result.sources[0].encode, RowOutcome::Done);
     EXPECT_EQ(c->records()[0].bitRate, "3200");
     EXPECT_EQ(b->records()[0].bitRate, "3200");
@@ -248,7 +248,8 @@ TEST_F(EngineTest, AddingAnAlgorithmCopiesItIntoAlgosChecksItAndRegistersIt)
     // The same file again: the system's overwrite question; No changes nothing.
     port.queue(Answer::No);
     EXPECT_EQ(addAlgorithmToProject(*session, registry, *host, shipped, port), AddAlgorithmOutcome::Declined);
-    EXPECT_EQ(port.texts().back(), "The file \"MuLaw" + suffix + "\" already existed in this folder!\nDo you want to overwrite it?");
+    EXPECT_EQ(port.texts().back(),
+              "The file \"MuLaw" + suffix + "\" already existed in this folder!\nDo you want to overwrite it?");
     port.queue(Answer::Yes);
     EXPECT_EQ(addAlgorithmToProject(*session, registry, *host, shipped, port), AddAlgorithmOutcome::Refreshed);
     EXPECT_EQ(registry.size(), 1u);

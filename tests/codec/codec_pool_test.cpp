@@ -1,13 +1,13 @@
 // Rows run several at once leave what rows run one by one leave: the same
 // project, working files, measures and messages in the same order, with a
 // codec that crashes in the middle and with a Stop part-way through.
+#include "../project/folder_snapshot.h"
 #include "codec/add_encode_data.h"
 #include "codec/broken_codecs.h"
 #include "codec/codec_pool.h"
 #include "codec/codec_worker.h"
 #include "codec/row_quality.h"
 #include "engine_fixture.h"
-#include "../project/folder_snapshot.h"
 
 #include <gtest/gtest.h>
 
@@ -41,13 +41,15 @@ void numberWorkingNames(RunResult& run)
         for (std::sregex_iterator it(text.begin(), text.end(), name), end; it != end; ++it)
             ranks[std::stoul((*it)[1].str(), nullptr, 16)];
     };
-    for (const std::string& record : run.records) gather(record);
+    for (const std::string& record : run.records)
+        gather(record);
     for (const auto& [path, contents] : run.project) {
         gather(path);
         gather(contents);
     }
     int rank = 0;
-    for (auto& [number, renamed] : ranks) renamed = "WORK" + std::to_string(++rank);
+    for (auto& [number, renamed] : ranks)
+        renamed = "WORK" + std::to_string(++rank);
     const auto renumber = [&](const std::string& text) {
         std::string out;
         std::size_t from = 0;
@@ -59,19 +61,24 @@ void numberWorkingNames(RunResult& run)
         }
         return out + text.substr(from);
     };
-    for (std::string& record : run.records) record = renumber(record);
-    for (auto& [text, reason] : run.messages) text = renumber(text);
+    for (std::string& record : run.records)
+        record = renumber(record);
+    for (auto& [text, reason] : run.messages)
+        text = renumber(text);
     FolderSnapshot renamed;
-    for (const auto& [path, contents] : run.project) renamed[renumber(path)] = renumber(contents);
+    for (const auto& [path, contents] : run.project)
+        renamed[renumber(path)] = renumber(contents);
     run.project = std::move(renamed);
     // The quality file is in name order: compared as a set of lines.
     std::string& quality = run.project["Demo.quality"];
     std::vector<std::string> lines;
     std::istringstream text(quality);
-    for (std::string line; std::getline(text, line);) lines.push_back(line);
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(line);
     std::sort(lines.begin(), lines.end());
     quality.clear();
-    for (const std::string& line : lines) quality += line + "\n";
+    for (const std::string& line : lines)
+        quality += line + "\n";
 }
 
 class CodecPoolTest : public EngineTest {
@@ -97,7 +104,8 @@ protected:
         port.stop = nullptr;
         // Workers read the codec's misbehaviour when they start.
         setEnv("KESTRELON_FAILING_CODEC", "crash=hts2a");
-        for (const std::string name : {"ImaAdpcm", "Codec2", "FailingCodec"}) install(name);
+        for (const std::string name : {"ImaAdpcm", "Codec2", "FailingCodec"})
+            install(name);
 
         std::vector<ProjectItem*> sources;
         for (const std::string name : {"hts1a.wav", "hts2a.wav", "morig.wav", "mmt1.wav"})
@@ -113,13 +121,15 @@ protected:
         const auto batch = [&](MainList list, bool encode, bool autoDecode) {
             list.selectAll();
             CodecEngine engine(environment);
-            result.batches.push_back((encode ? engine.encodeSelected(list, autoDecode) : engine.decodeSelected(list)).rows);
+            result.batches.push_back(
+                (encode ? engine.encodeSelected(list, autoDecode) : engine.decodeSelected(list)).rows);
         };
 
         FixedEncodeSetting chooser(kBody, "ImaAdpcm", "24000");
         LastEncodeSetting last;
         const AddEncodeResult added = addEncodeData(environment, sources, chooser, last, true);
-        for (const AddedSource& source : added.sources) result.batches.push_back({source.encode});
+        for (const AddedSource& source : added.sources)
+            result.batches.push_back({source.encode});
 
         for (ProjectItem* source : sources) {
             addRecord(source, "Codec2", "1200");
@@ -139,13 +149,14 @@ protected:
         setEnv("KESTRELON_FAILING_CODEC", "");
 
         EXPECT_TRUE(quality.save());
-        for (const ShownMessage& message : port.messages()) result.messages.emplace_back(message.text, message.reason);
+        for (const ShownMessage& message : port.messages())
+            result.messages.emplace_back(message.text, message.reason);
         result.titles = port.titles;
         for (ProjectItem* source : sources)
             for (const EditInfoRecord& r : source->records())
                 result.records.push_back(r.fileName + "|" + r.algoName + "|" + r.bitRate + "|" + r.encodeName + "|" +
-                                         r.encodeSize + "|" + r.decodeName + "|" + r.decodeSize + "|" +
-                                         r.renameEncode + "|" + r.compressionRate);
+                                         r.encodeSize + "|" + r.decodeName + "|" + r.decodeSize + "|" + r.renameEncode +
+                                         "|" + r.compressionRate);
         result.project = snapshot(project());
         numberWorkingNames(result);
         return result;
@@ -160,8 +171,7 @@ TEST_F(CodecPoolTest, RowsRunThreeAtOnceLeaveWhatRowsRunOneByOneLeave)
     const auto helper = [this](UserPort& helperPort, MainHostWindow& window) {
         return std::make_unique<CodecWorker>(KESTRELON_CODEC_WORKER, program(), helperPort, window);
     };
-    CodecPool pool(std::make_unique<CodecWorker>(KESTRELON_CODEC_WORKER, program(), port, mainWindow), port, helper,
-                   3);
+    CodecPool pool(std::make_unique<CodecWorker>(KESTRELON_CODEC_WORKER, program(), port, mainWindow), port, helper, 3);
     const RunResult three = run("pool", pool);
     EXPECT_GT(pool.served(), 20) << "the helpers did the work, not the engine's own codec";
 

@@ -37,7 +37,8 @@ protected:
     ProjectItem* addShortSource(const std::string& name)
     {
         std::vector<std::int16_t> samples(400);
-        for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = std::int16_t(3000 * std::sin(double(i) / 5));
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            samples[i] = std::int16_t(3000 * std::sin(double(i) / 5));
         const fs::path wave = temp / name;
         writeWav16(wave, samples, 8000);
         return addSource(wave);
@@ -75,9 +76,11 @@ TEST_F(WorkerTest, EveryReferenceCodecGivesTheSameBytesAsInThisProcess)
     ProjectItem* source = addSource(kSpeech / "hts1a.wav");
     const std::vector<std::pair<std::string, std::string>> settings = {
         {"ImaAdpcm", "24000"}, {"MuLaw", "64000"}, {"Pcm", "128000"}, {"Codec2", "1200"}, {"Speex", "8000"}};
-    for (const auto& [algorithm, rate] : settings) install(algorithm);
+    for (const auto& [algorithm, rate] : settings)
+        install(algorithm);
     for (int pass = 0; pass < 2; ++pass)
-        for (const auto& [algorithm, rate] : settings) addRecord(source, algorithm, rate);
+        for (const auto& [algorithm, rate] : settings)
+            addRecord(source, algorithm, rate);
 
     ASSERT_TRUE(encodeRows({0, 1, 2, 3, 4}, /*autoDecode=*/true).allDone());
     ASSERT_TRUE(worker->process().has_value()) << "the rows ran in a worker";
@@ -182,7 +185,7 @@ TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
     ASSERT_TRUE(later.has("FailingCodec"));
     port.queue(Answer::No);
     EXPECT_EQ(batch(later, {0, 1, 2}), (std::vector<RowOutcome>{RowOutcome::Failed, RowOutcome::Done,
-                                                                   RowOutcome::Failed, RowOutcome::NotSelected}));
+                                                                RowOutcome::Failed, RowOutcome::NotSelected}));
     ASSERT_EQ(port.messages().size(), 1u);
     EXPECT_EQ(port.messages()[0].text, "FailingCodec stopped working in an earlier batch.\nUse it again ?");
     for (std::size_t i = callsBefore; i < codecCalls().size(); ++i)
@@ -192,7 +195,7 @@ TEST_F(WorkerTest, ACodecThatBrokeIsAskedAboutBeforeItsNextRows)
     port.clear();
     port.queue(Answer::Yes);
     EXPECT_EQ(batch(later, {0, 2}), (std::vector<RowOutcome>{RowOutcome::Done, RowOutcome::NotSelected,
-                                                                RowOutcome::Done, RowOutcome::NotSelected}));
+                                                             RowOutcome::Done, RowOutcome::NotSelected}));
     EXPECT_EQ(port.pendingAnswers(), 0u);
     ASSERT_TRUE(later.save());
     EXPECT_FALSE(BrokenCodecs(config).has("FailingCodec"));

@@ -18,17 +18,16 @@ Bytes toVector(const EncodedHeaderBytes& bytes)
 // A header with a different, non-zero value in every byte of every field,
 // written out by hand from the layout.
 const Bytes kCustomHeader = {
-    0x00, 0xFF, 0x00, 0xFF,                         // magic
-    'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H',         // signature, all 16 bytes used
-    'I', 'J', 'K', 'L', 'M', 'N', 'O', 'P',
-    0xFE, 0x02,                                     // version, format code
-    0x34, 0x12,                                     // field22 0x1234
-    0x78, 0x56,                                     // field24 0x5678
-    0xF0, 0xDE, 0xBC, 0x9A,                         // sample rate 0x9ABCDEF0
-    0xA9, 0xCB, 0xED, 0x0F,                         // field30 0x0FEDCBA9
-    0xB2, 0xA1,                                     // field34 0xA1B2
-    0xC3,                                           // field36
-    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0x00, 0xFF, 0x00, 0xFF, // magic
+    'A',  'B',  'C',  'D',  'E', 'F', 'G', 'H', // signature, all 16 bytes used
+    'I',  'J',  'K',  'L',  'M', 'N', 'O', 'P', 0xFE, 0x02, // version, format code
+    0x34, 0x12, // field22 0x1234
+    0x78, 0x56, // field24 0x5678
+    0xF0, 0xDE, 0xBC, 0x9A, // sample rate 0x9ABCDEF0
+    0xA9, 0xCB, 0xED, 0x0F, // field30 0x0FEDCBA9
+    0xB2, 0xA1, // field34 0xA1B2
+    0xC3, // field36
+    0,    0,    0,    0,    0,   0,   0,   0,   0,    0,    0,
 };
 
 EncodedHeaderFields customFields()
@@ -49,16 +48,11 @@ EncodedHeaderFields customFields()
 TEST(EncodedHeader, DefaultHeaderBytes)
 {
     const Bytes expected = {
-        0x00, 0xFF, 0x00, 0xFF,
-        'C', 'O', 'R', 'V', 'A', 'N', 'E', ' ', 'S', 'P', 'E', 'E', 'C', 'H', 0, 0,
-        0xFE, 0x02,
-        0x00, 0x00,             // 0
-        0x10, 0x00,             // 16
+        0x00, 0xFF, 0x00, 0xFF, 'C',  'O',  'R',  'V', 'A', 'N', 'E', ' ', 'S', 'P', 'E', 'E', 'C', 'H',
+        0,    0,    0xFE, 0x02, 0x00, 0x00, // 0
+        0x10, 0x00, // 16
         0x40, 0x1F, 0x00, 0x00, // 8000
-        0x00, 0x00, 0x00, 0x00,
-        0x00, 0x00,
-        0x00,
-        0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,
     };
     ASSERT_EQ(expected.size(), kEncodedHeaderSize);
     EXPECT_EQ(toVector(makeEncodedHeader()), expected);
@@ -113,7 +107,7 @@ TEST(EncodedHeader, RefusesWhatIsNotAHeader)
     EXPECT_FALSE(parseEncodedHeader(Bytes(kCustomHeader.begin(), kCustomHeader.end() - 1)));
 
     // Each magic byte, then the version (20) and the format code (21) next to their good values.
-    const std::pair<std::size_t, std::uint8_t> damage[] = {{0, 0x01}, {1, 0xFE}, {2, 0x01}, {3, 0xFE},
+    const std::pair<std::size_t, std::uint8_t> damage[] = {{0, 0x01},  {1, 0xFE},  {2, 0x01},  {3, 0xFE},
                                                            {20, 0x00}, {20, 0xFD}, {21, 0x01}, {21, 0x03}};
     for (const auto& [at, value] : damage) {
         Bytes bad = kCustomHeader;

@@ -77,7 +77,8 @@ inline std::string testBodySettings()
     const auto section = [&](const std::string& name, const std::string& library, std::vector<std::string> rates) {
         std::string s = "[" + name + "]\nDLLDIR=Algorithms\nPATHNAME=Algorithms\\" + library + suffix +
                         "\nBITRATECOUNT=" + std::to_string(rates.size()) + "\n";
-        for (size_t i = 0; i < rates.size(); ++i) s += "BITRATE" + std::to_string(i) + "=" + rates[i] + "\n";
+        for (size_t i = 0; i < rates.size(); ++i)
+            s += "BITRATE" + std::to_string(i) + "=" + rates[i] + "\n";
         return s + "CONFIG=0\n";
     };
     text += section("IMA", "ImaAdpcm", {"32000", "24000", "16000"});
@@ -194,7 +195,8 @@ protected:
     {
         std::vector<std::string> calls;
         std::istringstream text(readBytes(temp / "calls.log"));
-        for (std::string line; std::getline(text, line);) calls.push_back(line);
+        for (std::string line; std::getline(text, line);)
+            calls.push_back(line);
         return calls;
     }
 

@@ -20,7 +20,8 @@ std::vector<std::string> tempFiles(const fs::path& folder)
 {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(folder))
-        if (entry.is_regular_file()) names.push_back(utf8FromPath(entry.path().filename()));
+        if (entry.is_regular_file())
+            names.push_back(utf8FromPath(entry.path().filename()));
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -94,10 +95,10 @@ TEST_F(EngineTest, ABatchWithoutSelectedRowsOrValidCombinationsTouchesNothing)
     ProjectItem* source = addSource(kSpeech / "hts1a.wav");
     install("ImaAdpcm");
     addRecord(source, "ImaAdpcm", "32000");
-    addRecord(source, "ImaAdpcm", "12345");             // not one of the body's bit rates
-    addRecord(source, "ImaAdpcm", "32000", "No Body");  // no such body
-    addRecord(source, "MuLaw", "64000");                // offered, but not in the project's registry
-    addRecord(source, "Pcm", "128000", "Small Body");  // offered by another body only
+    addRecord(source, "ImaAdpcm", "12345"); // not one of the body's bit rates
+    addRecord(source, "ImaAdpcm", "32000", "No Body"); // no such body
+    addRecord(source, "MuLaw", "64000"); // offered, but not in the project's registry
+    addRecord(source, "Pcm", "128000", "Small Body"); // offered by another body only
     session->document().setModified(false);
 
     EXPECT_TRUE(encodeRows({}).allDone());
@@ -129,7 +130,8 @@ TEST_F(EngineTest, SpeechEventsReachTheCodecBeforeItEncodes)
     EXPECT_FALSE(fs::exists(tempFolder() / "evt")); // no event file, no folder
     const std::vector<std::string> calls = codecCalls();
     const auto eventCall = std::find(calls.begin(), calls.end(), "set_event_file\t");
-    const auto encodeCall = std::find_if(calls.begin(), calls.end(), [](const std::string& c) { return c.rfind("encode\t", 0) == 0; });
+    const auto encodeCall =
+        std::find_if(calls.begin(), calls.end(), [](const std::string& c) { return c.rfind("encode\t", 0) == 0; });
     ASSERT_NE(eventCall, calls.end()) << "an empty event file is handed over";
     EXPECT_LT(eventCall, encodeCall);
 

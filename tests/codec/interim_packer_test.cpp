@@ -24,7 +24,8 @@ std::string randomBytes(std::size_t count, unsigned seed)
 {
     std::mt19937 random(seed);
     std::string bytes(count, '\0');
-    for (char& c : bytes) c = char(random() & 0xFF);
+    for (char& c : bytes)
+        c = char(random() & 0xFF);
     return bytes;
 }
 
@@ -35,8 +36,9 @@ std::string speechLike(std::size_t bytes, unsigned seed)
     std::string pcm(bytes, '\0');
     for (std::size_t n = 0; n + 1 < bytes; n += 2) {
         const double t = double(n / 2) / 16000.0;
-        const auto sample = std::int16_t(std::lround(std::max(0.0, std::sin(6 * M_PI * t)) * 6000 *
-                                                     std::sin(240 * M_PI * t)) + int(random() % 64) - 32);
+        const auto sample =
+            std::int16_t(std::lround(std::max(0.0, std::sin(6 * M_PI * t)) * 6000 * std::sin(240 * M_PI * t)) +
+                         int(random() % 64) - 32);
         pcm[n] = char(sample & 0xFF);
         pcm[n + 1] = char((sample >> 8) & 0xFF);
     }
@@ -68,7 +70,9 @@ TEST(InterimPacker, RoundTripsAnyDataByteForByte)
         ASSERT_TRUE(EncryptZip(raw, packed));
         ASSERT_TRUE(DecryptUnzip(packed, unpacked));
         EXPECT_TRUE(readBytes(unpacked) == original);
-        if (std::string(name) == "speech") { EXPECT_LT(std::filesystem::file_size(packed), original.size() * 9 / 10); }
+        if (std::string(name) == "speech") {
+            EXPECT_LT(std::filesystem::file_size(packed), original.size() * 9 / 10);
+        }
     }
     // Only the files asked for: no temporary scraps left beside them.
     EXPECT_EQ(fileCount(dir.path()), 3 * std::size(cases));
@@ -80,9 +84,9 @@ TEST(InterimPacker, HeaderIsLaidOutAsDocumented)
     ASSERT_GT(packed.size(), kInterimHeaderBytes);
     const auto byte = [&](std::size_t at) { return unsigned(static_cast<unsigned char>(packed[at])); };
     EXPECT_EQ(packed.substr(0, 8), "KSTRLNIF");
-    EXPECT_EQ(byte(8) | byte(9) << 8, 2u);  // version
+    EXPECT_EQ(byte(8) | byte(9) << 8, 2u); // version
     EXPECT_EQ(byte(10) | byte(11) << 8, 0u); // flags
-    EXPECT_EQ(byte(12), 5u);                  // original size, low byte
+    EXPECT_EQ(byte(12), 5u); // original size, low byte
     EXPECT_EQ(byte(20), packed.size() - kInterimHeaderBytes); // packed size, low byte
     // The rest of the header is zero, the reserved field at 28 included.
     for (std::size_t at : {13, 14, 15, 16, 17, 18, 19, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31})
@@ -134,8 +138,8 @@ TEST(InterimPacker, RefusesEveryDamageAndLeavesTheTargetUntouched)
     // ...and as a file, refused without a trace.
     expectRefused(flipped(kInterimHeaderBytes + 5), "payload byte flipped");
     // Cut short inside the magic, inside the header, to the bare header, inside the payload; one byte too many.
-    for (std::size_t length : {std::size_t(0), std::size_t(5), std::size_t(31), std::size_t(32), std::size_t(36),
-                               good.size() - 1})
+    for (std::size_t length :
+         {std::size_t(0), std::size_t(5), std::size_t(31), std::size_t(32), std::size_t(36), good.size() - 1})
         expectRefused(good.substr(0, length), "truncated to " + std::to_string(length));
     expectRefused(good + '\0', "trailing byte");
     // A missing source, to either side.
@@ -175,13 +179,16 @@ TEST(InterimPacker, AHugeClaimedSizeIsRefusedBeforeAnyAllocation)
     const std::uint64_t claimed = std::uint64_t(1) << 35; // 32 GiB
     std::string frame("\x28\xB5\x2F\xFD", 4);
     frame += char(0xE4); // 8-byte content size, single segment, content checksum
-    for (int i = 0; i < 8; ++i) frame += char((claimed >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 8; ++i)
+        frame += char((claimed >> (8 * i)) & 0xFF);
     frame += std::string("\x03\x00\x10", 3); // the last block: 128 KiB, run-length coded...
-    frame += 'x';                             // ...of this byte
-    frame += std::string(4, '\0');            // content checksum
+    frame += 'x'; // ...of this byte
+    frame += std::string(4, '\0'); // content checksum
     std::string file = "KSTRLNIF" + std::string("\x01\x00\x00\x00", 4);
-    for (int i = 0; i < 8; ++i) file += char((claimed >> (8 * i)) & 0xFF);
-    for (int i = 0; i < 8; ++i) file += char((std::uint64_t(frame.size()) >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 8; ++i)
+        file += char((claimed >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 8; ++i)
+        file += char((std::uint64_t(frame.size()) >> (8 * i)) & 0xFF);
     file += std::string(4, '\0') + frame;
 
     const pid_t child = fork();
@@ -192,8 +199,7 @@ TEST(InterimPacker, AHugeClaimedSizeIsRefusedBeforeAnyAllocation)
         int code = 2; // an allocation that failed, or anything else thrown
         try {
             code = unpackInterim(file).has_value() ? 1 : 0;
-        } catch (...) {
-        }
+        } catch (...) {}
         _exit(code);
     }
     int status = 0;

@@ -16,8 +16,8 @@ TEST(CompressionRate, IsTheEncodedShareOfTheOriginalInWholePercent)
 {
     EXPECT_EQ(compressionRateText("1234", "9876"), "12");
     EXPECT_EQ(compressionRateText("9876", "1234"), "800");
-    EXPECT_EQ(compressionRateText("1", "200"), "0");     // 0.5 rounds as "%.0f" does: to even
-    EXPECT_EQ(compressionRateText("3", "200"), "2");     // 1.5
+    EXPECT_EQ(compressionRateText("1", "200"), "0"); // 0.5 rounds as "%.0f" does: to even
+    EXPECT_EQ(compressionRateText("3", "200"), "2"); // 1.5
     for (const auto& [size, original] : {std::pair{"0", "9876"}, {"1234", ""}, {"", ""}})
         EXPECT_EQ(compressionRateText(size, original), "") << size << "/" << original;
 }
@@ -191,8 +191,8 @@ TEST_F(EngineTest, EncodeInfoReadsTheRowsEncodedFileAndClearTakesTheResultsAway)
     EXPECT_TRUE(session->document().isModified());
     EXPECT_EQ(first.encodeName + first.encodeSize + first.compressionRate + first.decodeName + first.decodeSize, "");
     EXPECT_EQ(first.algoName + "/" + first.bitRate, "ImaAdpcm/32000");
-    for (const fs::path& gone : {tempFolder() / interimName, tempFolder() / "evt" / (stem + ".evt"),
-                                 tempFolder() / decodedName})
+    for (const fs::path& gone :
+         {tempFolder() / interimName, tempFolder() / "evt" / (stem + ".evt"), tempFolder() / decodedName})
         EXPECT_FALSE(fs::exists(gone)) << gone;
     EXPECT_EQ(b->records()[0].encodeName, kept.encodeName);
     EXPECT_EQ(b->records()[0].decodeSize, kept.decodeSize);

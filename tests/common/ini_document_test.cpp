@@ -21,9 +21,9 @@ TEST(IniDocument, LooksUpTrimmedKeysIgnoringCaseAndSkipsNoise)
               "PATH=a=b\n"
               "[Other]\n"
               "Count=7\n");
-    EXPECT_EQ(doc.value("BODY", "COUNT"), "3");       // case-insensitive, first duplicate wins
-    EXPECT_EQ(doc.value("body", "path"), "a=b");      // split at the first "="
-    EXPECT_EQ(doc.value("Other", "Count"), "7");      // keys stay inside their section
+    EXPECT_EQ(doc.value("BODY", "COUNT"), "3"); // case-insensitive, first duplicate wins
+    EXPECT_EQ(doc.value("body", "path"), "a=b"); // split at the first "="
+    EXPECT_EQ(doc.value("Other", "Count"), "7"); // keys stay inside their section
     EXPECT_FALSE(doc.value("Body", "; a comment").has_value());
     EXPECT_FALSE(doc.value("Missing", "Count").has_value());
     EXPECT_EQ(doc.sectionNames(), (std::vector<std::string>{"Body", "Other"}));
@@ -158,11 +158,11 @@ TEST(IniDocument, SectionLookupsStayRightWhileLinesMove)
 {
     IniDocument doc;
     doc.parse("[A]\nk=1\n[B]\n[x=1\nk=2\n[a]\nk=3\n[D]\nk=6\n");
-    doc.setString("A", "new", "n");  // moves every later section down
-    doc.setString("C", "k", "4");    // a new last section
-    doc.setString("C", "j", "5");    // after the last section line: nothing moves
-    doc.setString("B", "[x", "y]");  // rewritten in place into a section line "[x=y]"
-    doc.setString("x=y", "k", "7");  // so B's k now belongs to that section
+    doc.setString("A", "new", "n"); // moves every later section down
+    doc.setString("C", "k", "4"); // a new last section
+    doc.setString("C", "j", "5"); // after the last section line: nothing moves
+    doc.setString("B", "[x", "y]"); // rewritten in place into a section line "[x=y]"
+    doc.setString("x=y", "k", "7"); // so B's k now belongs to that section
     doc.setString("D", "k", "8");
     EXPECT_EQ(doc.value("a", "k"), "1");
     EXPECT_EQ(doc.value("A", "new"), "n");

@@ -15,7 +15,11 @@ struct Text {
     std::string_view expected;
 };
 
-#define TEXT(constant, expected) Text{#constant, kestrelon::msg::constant, expected}
+#define TEXT(constant, expected)                                                                                       \
+    Text                                                                                                               \
+    {                                                                                                                  \
+#constant, kestrelon::msg::constant, expected                                                                  \
+    }
 
 // The texts users of the program know, exactly as they have always read.
 const Text kKnownTexts[] = {
@@ -92,7 +96,8 @@ const Text kKnownTexts[] = {
     TEXT(kDecodedTempNotFound, "The decoded temporary file is not found!"),
     TEXT(kBoardIsPlaying, "The board is playing!"),
     TEXT(kPlayListFull, "Can't add more!"),
-    TEXT(kPlayListItemsRemoved, "Some items can't be found in the selected list!\nThey are removed from the play list!"),
+    TEXT(kPlayListItemsRemoved,
+         "Some items can't be found in the selected list!\nThey are removed from the play list!"),
     TEXT(kBoardPlayDllNotLoaded, "BoardPlay dll did not load successfully !"),
     TEXT(kBoardPortError, "Hardware port checked error. Please connect the board properly!"),
     TEXT(kBoardNoDataAck, "Can't get data ack from the host!"),

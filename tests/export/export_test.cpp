@@ -24,7 +24,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string str(std::string_view text) { return std::string(text); }
+std::string str(std::string_view text)
+{
+    return std::string(text);
+}
 
 struct Row {
     std::string source; // file name in Files
@@ -59,7 +62,8 @@ std::string encodedFile(const std::string& data)
 std::string lines(const std::vector<std::string>& each)
 {
     std::string text;
-    for (const std::string& line : each) text += line + std::string(kNativeEol);
+    for (const std::string& line : each)
+        text += line + std::string(kNativeEol);
     return text;
 }
 
@@ -76,7 +80,8 @@ protected:
     void open(const std::vector<Row>& rows)
     {
         fs::create_directories(project / "Files");
-        for (const Row& row : rows) writeBytes(project / "Files" / row.source, "RIFF");
+        for (const Row& row : rows)
+            writeBytes(project / "Files" / row.source, "RIFF");
         writeBytes(project / "Demo.ptp", projectText(rows));
         ASSERT_TRUE(session.openProject(project / "Demo.ptp"));
         listRows = MainList::fromDocument(session.document()).rows();
@@ -175,7 +180,8 @@ TEST_F(ExportTest, DataWithoutTheMagicOrDamagedIsRefusedAndItsScratchFileRemoved
     EXPECT_EQ(port.texts(), (std::vector<std::string>{"\"SAF1.tmp\"" + suffix, "\"SAF2.tmp\"" + suffix,
                                                       "\"SAF3.tmp\"" + suffix, "\"SAF4.tmp\"" + suffix}));
     EXPECT_TRUE(outcome.exported.empty());
-    for (const char* name : {"hello1.bin", "bye.bin", "odd.bin", "gone.bin"}) EXPECT_FALSE(fs::exists(out / name));
+    for (const char* name : {"hello1.bin", "bye.bin", "odd.bin", "gone.bin"})
+        EXPECT_FALSE(fs::exists(out / name));
     for (const char* name : {"SAF1.dfn", "SAF2.dfn", "SAF3.dfn", "SAF4.dfn"})
         EXPECT_FALSE(fs::exists(session.tempFolder() / name));
     EXPECT_TRUE(fs::exists(out / str(kExportIndexFileName)));
@@ -231,9 +237,9 @@ TEST_F(ExportTest, EventsGoBesideTheExportAsTabFilesAndTheUsersFileStays)
     const std::string working = "[TAG_LABEL]\nLabelName=work\n";
     const std::string kept = "[TAG_LABEL]\nLabelName=kept\n";
     writeBytes(session.tempFolder() / "SAF1.evt", beside); // beside the interim file
-    writeBytes(project / "Files" / "bye.evt", users);       // only the user's own file
+    writeBytes(project / "Files" / "bye.evt", users); // only the user's own file
     writeBytes(session.tempFolder() / "evt" / "SAF4.evt", working); // the engine's working copy ...
-    writeBytes(project / "Files" / "work.evt", "edited since");     // ... wins over the source's file
+    writeBytes(project / "Files" / "work.evt", "edited since"); // ... wins over the source's file
     writeBytes(project / "SAF5.evt", kept); // the engine's copy beside the kept interim
 
     const ExportOutcome outcome = run(ExportKind::All, out, false);

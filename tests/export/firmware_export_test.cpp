@@ -40,7 +40,8 @@ std::uint32_t numberAt(const std::string& image, std::size_t at, int size, bool 
 {
     std::uint32_t value = 0;
     for (int i = 0; i < size; ++i) {
-        const auto byte = static_cast<std::uint32_t>(static_cast<unsigned char>(image[at + static_cast<std::size_t>(i)]));
+        const auto byte =
+            static_cast<std::uint32_t>(static_cast<unsigned char>(image[at + static_cast<std::size_t>(i)]));
         value |= byte << (8 * (big ? size - 1 - i : i));
     }
     return value;
@@ -104,8 +105,8 @@ int main(void)
 }
 )");
     const std::string d = dir.path().string();
-    const std::string compile = "cc -std=c99 -Wall -Wextra -Werror -pedantic -I'" + d + "' '" + d + "/main.c' '" +
-                                d + "/speech_data.c' -o '" + d + "/dump' 2>'" + d + "/cc.log'";
+    const std::string compile = "cc -std=c99 -Wall -Wextra -Werror -pedantic -I'" + d + "' '" + d + "/main.c' '" + d +
+                                "/speech_data.c' -o '" + d + "/dump' 2>'" + d + "/cc.log'";
     ASSERT_EQ(std::system(compile.c_str()), 0) << readBytes(dir / "cc.log");
     ASSERT_EQ(std::system(("'" + d + "/dump' >'" + d + "/dump.txt'").c_str()), 0);
 

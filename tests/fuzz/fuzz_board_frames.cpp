@@ -15,9 +15,11 @@ std::vector<std::string> framesOf(std::string_view line, std::size_t split)
     FrameParser parser;
     std::vector<std::string> frames;
     parser.feed(line.substr(0, split));
-    while (std::optional<Frame> frame = parser.next()) frames.push_back(encodeFrame(*frame));
+    while (std::optional<Frame> frame = parser.next())
+        frames.push_back(encodeFrame(*frame));
     parser.feed(line.substr(split));
-    while (std::optional<Frame> frame = parser.next()) frames.push_back(encodeFrame(*frame));
+    while (std::optional<Frame> frame = parser.next())
+        frames.push_back(encodeFrame(*frame));
     return frames;
 }
 

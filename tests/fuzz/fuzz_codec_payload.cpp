@@ -4,11 +4,11 @@
 // becomes the payload of one of those files, header and event block kept
 // whole, and the codec decodes it. It must refuse or decode, never crash, and
 // a decode it accepts has the header's number of samples.
-#include "fuzz_file.h"
 #include "codec/encoded_header.h"
+#include "common/file_io.h"
+#include "fuzz_file.h"
 #include "support/body_file.h"
 #include "support/event_block.h"
-#include "common/file_io.h"
 #include "wave/wave_file.h"
 
 #include <kestrelon/codec_plugin.h>
@@ -26,7 +26,7 @@ using namespace kestrelon;
 
 struct Encoded {
     std::string bitRate;
-    std::string front;         // header and event block
+    std::string front; // header and event block
     std::size_t payloadSize = 0;
 };
 
@@ -35,7 +35,8 @@ kestrelon_codec* codec()
     static kestrelon_codec* made = [] {
         kestrelon_codec* object = nullptr;
         GetDllClassObject(&object);
-        if (!object) std::abort();
+        if (!object)
+            std::abort();
         object->vtable->set_parameter(object, KESTRELON_PARAM_BODY_FILE, KESTRELON_CODEC_BODY);
         return object;
     }();
@@ -48,7 +49,8 @@ const std::vector<Encoded>& encodings()
     static const std::vector<Encoded> made = [] {
         support::CodecBody body;
         std::string error;
-        if (!support::readCodecBody(KESTRELON_CODEC_BODY, body, error)) std::abort();
+        if (!support::readCodecBody(KESTRELON_CODEC_BODY, body, error))
+            std::abort();
         std::vector<Encoded> out;
         for (const support::BodyOffer& offer : body.offers) {
             std::vector<std::int16_t> tone(std::size_t(offer.workingRate));
@@ -64,11 +66,13 @@ const std::vector<Encoded>& encodings()
             const std::string bytes = readFile(encoded, std::uintmax_t(1) << 24).bytes;
             std::vector<support::EncodedEvent> events;
             const auto block = support::readEventBlock(std::string_view(bytes).substr(kEncodedHeaderSize), events);
-            if (!block) std::abort();
+            if (!block)
+                std::abort();
             const std::size_t front = kEncodedHeaderSize + *block;
             out.push_back({offer.bitRate, bytes.substr(0, front), bytes.size() - front});
         }
-        if (out.empty()) std::abort();
+        if (out.empty())
+            std::abort();
         return out;
     }();
     return made;

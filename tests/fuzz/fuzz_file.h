@@ -25,7 +25,8 @@ inline std::filesystem::path inputFile(const std::uint8_t* data, std::size_t siz
 {
     const std::filesystem::path path = scratchFolder() / name;
     std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary | std::ios::trunc).write(reinterpret_cast<const char*>(data), std::streamsize(size));
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(data), std::streamsize(size));
     return path;
 }
 

@@ -21,8 +21,10 @@ namespace {
 std::string_view trimmed(std::string_view text)
 {
     const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-    while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && blank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && blank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
@@ -46,7 +48,8 @@ std::vector<std::pair<std::string, std::string>> namesIn(std::string_view text)
 
 void check(bool condition)
 {
-    if (!condition) std::abort();
+    if (!condition)
+        std::abort();
 }
 
 // serialize(parse(serialize(x))) == serialize(x)
@@ -100,8 +103,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)doc.numberedSections(section.substr(0, section.size() / 2), INT_MAX);
 
     // Edit one key the text holds (or a new one), then check the result.
-    const auto [section, key] = names.empty() ? std::pair<std::string, std::string>{"S", value}
-                                              : names[pick % names.size()];
+    const auto [section, key] =
+        names.empty() ? std::pair<std::string, std::string>{"S", value} : names[pick % names.size()];
     doc.setString(section, key, value);
     const bool plain = !holdsLineBreak(section) && !holdsLineBreak(value) && plainKey(key);
     IniDocument reread;

@@ -36,7 +36,8 @@ const std::filesystem::path& workFolder()
 
 void check(bool condition)
 {
-    if (!condition) std::abort();
+    if (!condition)
+        std::abort();
 }
 
 // Saves `doc` as the top-level tree a save flow would write, then reads it back.

@@ -19,8 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     SpeechEventList again;
     std::string labelAgain;
-    if (!writeSpeechEvents(path, events, true, label) || !readSpeechEvents(path, again, labelAgain, fuzz::quietPort()) ||
-        again.size() != events.size())
+    if (!writeSpeechEvents(path, events, true, label) ||
+        !readSpeechEvents(path, again, labelAgain, fuzz::quietPort()) || again.size() != events.size())
         std::abort();
     for (std::size_t i = 0; i < events.size(); ++i)
         if (again[i].samples != events[i].samples || again[i].id != events[i].id)

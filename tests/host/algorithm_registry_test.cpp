@@ -19,7 +19,8 @@ namespace {
 std::vector<std::string> namesOf(const std::vector<AlgoRegEntry>& entries)
 {
     std::vector<std::string> names;
-    for (const AlgoRegEntry& entry : entries) names.push_back(entry.name);
+    for (const AlgoRegEntry& entry : entries)
+        names.push_back(entry.name);
     return names;
 }
 
@@ -34,11 +35,10 @@ TEST(AlgorithmRegistry, PruningDropsEntriesWhoseLibraryIsGone)
 {
     TempDir project;
     const std::string eol(kNativeEol);
-    writeBytes(algorithmRegistryPath(project.path()),
-               "[COUNT]\nCount=3\n"
-               "[ITEM0]\nalgorithm=ImaAdpcm\nPath=Algos\\ImaAdpcm.so\n"
-               "[ITEM1]\nalgorithm=MuLaw\nPath=Algos\\MuLaw.so\n"
-               "[ITEM2]\nalgorithm=Codec2\nPath=Algos\\Codec2.so\n");
+    writeBytes(algorithmRegistryPath(project.path()), "[COUNT]\nCount=3\n"
+                                                      "[ITEM0]\nalgorithm=ImaAdpcm\nPath=Algos\\ImaAdpcm.so\n"
+                                                      "[ITEM1]\nalgorithm=MuLaw\nPath=Algos\\MuLaw.so\n"
+                                                      "[ITEM2]\nalgorithm=Codec2\nPath=Algos\\Codec2.so\n");
     touchLibrary(project, "ImaAdpcm");
     touchLibrary(project, "Codec2");
 
@@ -48,9 +48,9 @@ TEST(AlgorithmRegistry, PruningDropsEntriesWhoseLibraryIsGone)
     ASSERT_TRUE(pruneAndSaveAlgorithmRegistry(project.path(), entries));
     EXPECT_EQ(namesOf(entries), (std::vector<std::string>{"ImaAdpcm", "Codec2"}));
     EXPECT_EQ(readBytes(algorithmRegistryPath(project.path())),
-              "[COUNT]" + eol + "Count=2" + eol +
-              "[ITEM0]" + eol + "algorithm=ImaAdpcm" + eol + "Path=Algos\\ImaAdpcm.so" + eol +
-              "[ITEM1]" + eol + "algorithm=Codec2" + eol + "Path=Algos\\Codec2.so" + eol);
+              "[COUNT]" + eol + "Count=2" + eol + "[ITEM0]" + eol + "algorithm=ImaAdpcm" + eol +
+                  "Path=Algos\\ImaAdpcm.so" + eol + "[ITEM1]" + eol + "algorithm=Codec2" + eol +
+                  "Path=Algos\\Codec2.so" + eol);
 
     // Neighbours that are both gone: the entry moving into a freed place is
     // examined too.
@@ -74,8 +74,9 @@ TEST(AlgorithmRegistry, ReadsOnlyTheItemsBelowCountThatTheFileHolds)
     EXPECT_TRUE(entries.empty());
 
     // A huge Count costs nothing; an item without keys still counts.
-    writeBytes(algorithmRegistryPath(project.path()),
-               "[COUNT]\nCount=2147483647\n[ITEM5]\nalgorithm=Five\nPath=p5\n[ITEM0]\nalgorithm=Zero\nPath=p0\n[ITEM2]\n");
+    writeBytes(
+        algorithmRegistryPath(project.path()),
+        "[COUNT]\nCount=2147483647\n[ITEM5]\nalgorithm=Five\nPath=p5\n[ITEM0]\nalgorithm=Zero\nPath=p0\n[ITEM2]\n");
     ASSERT_TRUE(loadAlgorithmRegistry(project.path(), entries, port));
     EXPECT_EQ(namesOf(entries), (std::vector<std::string>{"Zero", "", "Five"}));
     EXPECT_EQ(entries[0].path, "p0");

@@ -42,7 +42,8 @@ bool reportCame(BoardPlayerHost& host, std::uint32_t status, std::vector<BoardRe
     for (int i = 0; i < 2000; ++i) {
         for (const BoardReport& r : host.follow()) {
             seen.push_back(r);
-            if (r.index == -1 && r.status == status) return true;
+            if (r.index == -1 && r.status == status)
+                return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
@@ -65,7 +66,8 @@ TEST(BoardPlayerHost, PauseHoldsTheBoardAndPlayGoesOnOrStopsFromThere)
     ASSERT_TRUE(host.canPause());
     // Large enough that the pause lands while its data is still on the way.
     std::string speech(1 << 21, '\0');
-    for (std::size_t i = 0; i < speech.size(); ++i) speech[i] = char(i * 7 + i / 256);
+    for (std::size_t i = 0; i < speech.size(); ++i)
+        speech[i] = char(i * 7 + i / 256);
     std::vector<BoardReport> seen;
 
     ASSERT_TRUE(host.play(0, 115200, {BoardItem{speech, 8000, 10, "a.wav"}}));

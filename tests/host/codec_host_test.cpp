@@ -35,7 +35,10 @@ void setEnv(const char* name, const std::string* value) // nullptr unsets
 // Records the progress calls as text, besides what ScriptedPort records.
 class ProgressPort : public ScriptedPort {
 public:
-    void setProgressRange(int low, int high) override { progress.push_back("range " + std::to_string(low) + " " + std::to_string(high)); }
+    void setProgressRange(int low, int high) override
+    {
+        progress.push_back("range " + std::to_string(low) + " " + std::to_string(high));
+    }
     void setProgressPosition(int position) override { progress.push_back("position " + std::to_string(position)); }
     void setProgressText(std::string_view text) override { progress.push_back("text " + std::string(text)); }
     std::vector<std::string> progress;
@@ -94,7 +97,8 @@ protected:
         for (std::string line; std::getline(lines, line);) {
             Call call;
             std::istringstream fields(line);
-            for (std::string field; std::getline(fields, field, '\t');) call.push_back(field);
+            for (std::string field; std::getline(fields, field, '\t');)
+                call.push_back(field);
             out.push_back(call);
         }
         return out;
@@ -437,7 +441,8 @@ TEST_F(CodecHostTest, ListsEveryCodecInTheAlgosFolder)
     CodecHost host(programFolder(), m_port, m_mainWindow);
     std::filesystem::current_path(m_dir.path());
     std::vector<std::string> names;
-    for (const AlgorithmInfo& info : listAlgorithmInfo(host, "project")) names.push_back(info.name);
+    for (const AlgorithmInfo& info : listAlgorithmInfo(host, "project"))
+        names.push_back(info.name);
     EXPECT_EQ(names, (Texts{"Alpha", "Beta", "Upper"}));
     EXPECT_EQ(m_port.texts(), Texts{utf8FromPath(bogus) + " is loaded unsuccessful !"});
     EXPECT_TRUE(currentFolderIs(programFolder()));

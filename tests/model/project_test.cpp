@@ -94,7 +94,8 @@ TEST_F(ProjectModelTest, ViewsHearEachChangeOnceWithTheKeysOfItsRows)
     // Busy before the first row and idle after the last, then the rows.
     model->setBodies(&bodies);
     EXPECT_TRUE(model->encode(rows, false, port).allDone());
-    EXPECT_EQ(take(), (std::vector<Heard>{{Kind::Busy, {}, true}, {Kind::Busy, {}, false}, {Kind::Rows, {first}, false}}));
+    EXPECT_EQ(take(),
+              (std::vector<Heard>{{Kind::Busy, {}, true}, {Kind::Busy, {}, false}, {Kind::Rows, {first}, false}}));
     EXPECT_FALSE(rows.rows()[0].record().encodeName.empty());
 
     // A decode keeps its measures on disk before anyone hears of the rows.

@@ -9,8 +9,8 @@
 #include "project/project_document.h"
 #include "project/project_session.h"
 #include "support/files.h"
-#include "support/sound.h"
 #include "support/scripted_port.h"
+#include "support/sound.h"
 #include "support/temp_dir.h"
 #include "wave/wave_file.h"
 

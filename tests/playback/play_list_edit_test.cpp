@@ -15,7 +15,8 @@ namespace {
 // One source with `rows` records, bit rates 1, 2, 3...
 MainList rowsOf(ProjectDocument& document, int rows)
 {
-    ProjectItem* source = document.createItem("Files\\hello.wav", ProjectItem::kTopLevel | ProjectItem::kSource, "hello.wav");
+    ProjectItem* source =
+        document.createItem("Files\\hello.wav", ProjectItem::kTopLevel | ProjectItem::kSource, "hello.wav");
     document.files().push_back(source);
     for (int i = 0; i < rows; ++i) {
         EditInfoRecord record;
@@ -45,7 +46,8 @@ TEST(PlayListEdit, AddsUpTo256RowsMarksThemAndDropsEntriesWhoseRowIsGone)
     EXPECT_EQ(list[255].bitRate, "256"); // the first 256 in list order
     EXPECT_EQ(rows.rows()[255].record().multiSelect, 1);
     EXPECT_EQ(rows.rows()[256].record().multiSelect, 0);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{std::string(msg::kBoardIsPlaying), std::string(msg::kPlayListFull)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{std::string(msg::kBoardIsPlaying), std::string(msg::kPlayListFull)}));
 
     // The same row may stand twice; new entries get numbers of their own.
     list.clear();

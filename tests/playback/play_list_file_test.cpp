@@ -18,14 +18,19 @@ namespace {
 std::vector<std::string> keysOf(const PlayList& list)
 {
     std::vector<std::string> keys;
-    for (const PlayItem& item : list) keys.push_back(item.sourceKey);
+    for (const PlayItem& item : list)
+        keys.push_back(item.sourceKey);
     return keys;
 }
 
 PlayItem item(std::string key, std::string body, std::string algo, std::string rate, int id)
 {
-    return {.sourceKey = std::move(key), .bodyName = std::move(body), .algorithmName = std::move(algo),
-            .bitRate = std::move(rate), .encodeName = "not stored", .itemId = id};
+    return {.sourceKey = std::move(key),
+            .bodyName = std::move(body),
+            .algorithmName = std::move(algo),
+            .bitRate = std::move(rate),
+            .encodeName = "not stored",
+            .itemId = id};
 }
 
 } // namespace
@@ -39,13 +44,11 @@ TEST(PlayListFile, SavedListReadsBackInPlayOrder)
                            item("Greetings\\hello.wav", "Alpha", "ImaAdpcm", "16000", 4)};
     ASSERT_TRUE(savePlayList(dir / "p.set", written));
     EXPECT_EQ(readBytes(dir / "p.set"),
-              "[SelectedItems]" + eol + "Count=3" + eol +
-                  "[Item0]" + eol + "FileName=Greetings\\hello.wav" + eol + "BodyName=Alpha" + eol +
-                  "AlgoName=ImaAdpcm" + eol + "BitRate=16000" + eol + "ItemID=3" + eol +
+              "[SelectedItems]" + eol + "Count=3" + eol + "[Item0]" + eol + "FileName=Greetings\\hello.wav" + eol +
+                  "BodyName=Alpha" + eol + "AlgoName=ImaAdpcm" + eol + "BitRate=16000" + eol + "ItemID=3" + eol +
                   "[Item1]" + eol + "FileName=bye.wav" + eol + "BodyName=Beta" + eol + "AlgoName=" + eol +
-                  "BitRate=" + eol + "ItemID=-2" + eol +
-                  "[Item2]" + eol + "FileName=Greetings\\hello.wav" + eol + "BodyName=Alpha" + eol +
-                  "AlgoName=ImaAdpcm" + eol + "BitRate=16000" + eol + "ItemID=4" + eol);
+                  "BitRate=" + eol + "ItemID=-2" + eol + "[Item2]" + eol + "FileName=Greetings\\hello.wav" + eol +
+                  "BodyName=Alpha" + eol + "AlgoName=ImaAdpcm" + eol + "BitRate=16000" + eol + "ItemID=4" + eol);
 
     // Read back and written again: every stored field, in the same order.
     PlayList read;

@@ -19,7 +19,10 @@ const std::string kEmptyProject = "# Begin Project\n\n# Begin Files\n# End Files
 
 PlayItem entry(std::string key, std::string body, int id)
 {
-    return {.sourceKey = std::move(key), .bodyName = std::move(body), .algorithmName = "Adpcm", .bitRate = "32000",
+    return {.sourceKey = std::move(key),
+            .bodyName = std::move(body),
+            .algorithmName = "Adpcm",
+            .bitRate = "32000",
             .itemId = id};
 }
 

@@ -13,7 +13,8 @@ TEST(BoardProtocol, FramesSurviveSplittingAndNoDamagedFrameIsEverTaken)
     std::string line = "noise before";
     for (int i = 0; i < 200; ++i) {
         std::string payload(std::size_t(random() % 300), '\0');
-        for (char& c : payload) c = char(random());
+        for (char& c : payload)
+            c = char(random());
         sent.push_back({FrameType::Data, std::uint8_t(i), payload});
         line += encodeFrame(sent.back());
     }
@@ -24,7 +25,8 @@ TEST(BoardProtocol, FramesSurviveSplittingAndNoDamagedFrameIsEverTaken)
         const std::size_t piece = std::min<std::size_t>(line.size() - at, 1 + random() % 97);
         parser.feed(std::string_view(line).substr(at, piece));
         at += piece;
-        while (std::optional<Frame> frame = parser.next()) got.push_back(*frame);
+        while (std::optional<Frame> frame = parser.next())
+            got.push_back(*frame);
     }
     ASSERT_EQ(got.size(), sent.size());
     for (std::size_t i = 0; i < sent.size(); ++i) {
@@ -36,7 +38,8 @@ TEST(BoardProtocol, FramesSurviveSplittingAndNoDamagedFrameIsEverTaken)
     // truncated last frame is never taken.
     std::string noisy = line.substr(0, line.size() - 3);
     for (char& c : noisy)
-        if (random() % 100 == 0) c = char(c ^ (1 << (random() % 8)));
+        if (random() % 100 == 0)
+            c = char(c ^ (1 << (random() % 8)));
     FrameParser damaged;
     damaged.feed(noisy);
     int taken = 0;

@@ -18,8 +18,8 @@ TEST(EditInfoRecord, RowsMatchOnTheFourIdentifyingFieldsCaseSensitively)
     b.itemId = 4;
     EXPECT_TRUE(a.sameRow(b));
 
-    for (auto field : {&EditInfoRecord::fileName, &EditInfoRecord::bodyName, &EditInfoRecord::algoName,
-                       &EditInfoRecord::bitRate}) {
+    for (auto field :
+         {&EditInfoRecord::fileName, &EditInfoRecord::bodyName, &EditInfoRecord::algoName, &EditInfoRecord::bitRate}) {
         EditInfoRecord other = a;
         other.*field = "x";
         EXPECT_FALSE(a.sameRow(other));

@@ -1,7 +1,7 @@
 #include "common/messages.h"
+#include "folder_snapshot.h"
 #include "project/new_project.h"
 #include "project/recent_projects.h"
-#include "folder_snapshot.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"
@@ -13,7 +13,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string str(std::string_view text) { return std::string(text); }
+std::string str(std::string_view text)
+{
+    return std::string(text);
+}
 
 } // namespace
 
@@ -36,10 +39,12 @@ TEST(NewProjectCheck, RefusesInTheDialogsOrderAndEmptiesTheNameOnlyForBadCharact
         {"a|b", "relative", str(msg::kInvalidCharacters), true},
         {"abc", "relative/folder", str(msg::kWrongPath), false},
         {"abc", "C:\\", str(msg::kWrongPath), false}, // no root on this system
-        {"Taken", location, str(msg::kCanNotCreatePrefix) + (temp / "Taken" / "Taken.ptp").string() +
-                                str(msg::kBecauseFileExisted), false},
-        {"Folder", location + "/", str(msg::kCanNotCreatePrefix) + (temp / "Folder" / "Folder.ptp").string() +
-                                       str(msg::kBecauseFolderExisted), false},
+        {"Taken", location,
+         str(msg::kCanNotCreatePrefix) + (temp / "Taken" / "Taken.ptp").string() + str(msg::kBecauseFileExisted),
+         false},
+        {"Folder", location + "/",
+         str(msg::kCanNotCreatePrefix) + (temp / "Folder" / "Folder.ptp").string() + str(msg::kBecauseFolderExisted),
+         false},
         {"abc", location + "/missing", str(msg::kPathNotExisted), false},
     };
     for (const Case& c : cases) {
@@ -92,6 +97,7 @@ TEST(RecentProjects, KeepsFiveMostRecentFirstWithoutRepeatsAndCutsLongPathsAtThe
     EXPECT_EQ(RecentProjects::displayText(longPath), "\xE2\x80\xA6" + longPath.substr(longPath.size() - 29));
     // Characters, not bytes: a cut never splits one.
     std::string accented;
-    for (int i = 0; i < 40; ++i) accented += "\xC3\xA9"; // é
+    for (int i = 0; i < 40; ++i)
+        accented += "\xC3\xA9"; // é
     EXPECT_EQ(RecentProjects::displayText(accented), "\xE2\x80\xA6" + accented.substr(accented.size() - 58));
 }

@@ -67,21 +67,20 @@ TEST(ProjectFileReader, FindsProjectAndFilesByCaseInsensitivePrefix)
     EXPECT_FALSE(Read("# Begin Project\n# End Files\n# Begin Files\n").ok);
     EXPECT_FALSE(Read("# Begin Project\n\n").ok);
     EXPECT_FALSE(Read("# Begin Projec\n# Begin Files\n").ok); // shorter than the keyword
-    EXPECT_TRUE(Read("# Begin Project\n# Begin Files").ok);   // no End Files: the file's end closes it
+    EXPECT_TRUE(Read("# Begin Project\n# Begin Files").ok); // no End Files: the file's end closes it
 }
 
 TEST(ProjectFileReader, GroupLineTakesItsNameAndExactlyTwoMoreLines)
 {
-    Read r(std::string(kHead) +
-           "# Begin Group \"Voices\"\nID=v\nPARAM=4002\n"
-           "# Begin Group \"Voices\n"                  // no closing quote: still loses a character
-           "PARAM=7\n# Begin Source File\n"             // its two lines: no ID= first, no PARAM= second
-           "SOURCE=Files\\swallowed.wav\n# End Source File\n"
-           "# Begin Group \"\"\n# End Group\n# End Group\n" // consumed as its two lines
-           "# Begin Group\n\n\n"                         // too short for a name
-           "# End Group\n# End Group\n# End Group\n# End Group\n# End Group\n"
-           "# Begin Source File\nSOURCE=Files\\top.wav\n# End Source File\n"
-           "# End Files\n");
+    Read r(std::string(kHead) + "# Begin Group \"Voices\"\nID=v\nPARAM=4002\n"
+                                "# Begin Group \"Voices\n" // no closing quote: still loses a character
+                                "PARAM=7\n# Begin Source File\n" // its two lines: no ID= first, no PARAM= second
+                                "SOURCE=Files\\swallowed.wav\n# End Source File\n"
+                                "# Begin Group \"\"\n# End Group\n# End Group\n" // consumed as its two lines
+                                "# Begin Group\n\n\n" // too short for a name
+                                "# End Group\n# End Group\n# End Group\n# End Group\n# End Group\n"
+                                "# Begin Source File\nSOURCE=Files\\top.wav\n# End Source File\n"
+                                "# End Files\n");
     ASSERT_TRUE(r.ok);
     // The swallowed "# Begin Source File" leaves its SOURCE= line outside any block, where it means nothing.
     // The "# End Group" lines after "" were its two lines; surplus ones did no harm.
@@ -152,7 +151,8 @@ TEST(ProjectFileReader, CrLfFilesReadLikeLfFiles)
                            "PARAM=8\n# Begin EditInfo\nBodyName=B\nMultiSelect=1\n# End EditInfo\n"
                            "# End Source File\n# End Group\n# End Files\n";
     std::string crlf;
-    for (char c : lf) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    for (char c : lf)
+        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
     Read a(lf), b(crlf);
     ASSERT_TRUE(b.ok);
     EXPECT_EQ(b.shape(), (Names{"G 3 ^-", "Files\\a.wav 8 ^0"}));
@@ -200,7 +200,8 @@ TEST(ProjectFileReader, MissingSourcesAreAskedAboutOneByOne)
 TEST(ProjectFileReader, RefusesGroupsNestedBeyondTheLimit)
 {
     std::string deep(kHead);
-    for (size_t i = 0; i < kMaxGroupDepth; ++i) deep += "# Begin Group \"g\"\nID=\nPARAM=2\n";
+    for (size_t i = 0; i < kMaxGroupDepth; ++i)
+        deep += "# Begin Group \"g\"\nID=\nPARAM=2\n";
     EXPECT_TRUE(Read(deep).ok);
     Read tooDeep(deep + "# Begin Group \"g\"\nID=\nPARAM=2\n");
     EXPECT_FALSE(tooDeep.ok);
@@ -211,13 +212,12 @@ TEST(ProjectFileReader, RefusesGroupsNestedBeyondTheLimit)
 // 0x, a sign that negates modulo 2^32, saturation past 32 bits.
 TEST(ProjectFileReader, ParamIsReadAsSignedHexadecimal)
 {
-    Read r(std::string(kHead) +
-           "# Begin Source File\nSOURCE=Files\\a.wav\nPARAM=Ab\n# End Source File\n"
-           "# Begin Source File\nSOURCE=Files\\b.wav\nPARAM=-1\n# End Source File\n"
-           "# Begin Source File\nSOURCE=Files\\c.wav\nPARAM=0x1F9\n# End Source File\n"
-           "# Begin Source File\nSOURCE=Files\\d.wav\nPARAM=123456789\n# End Source File\n"
-           "# Begin Source File\nSOURCE=Files\\e.wav\nPARAM=-8\n# End Source File\n"
-           "# End Files\n");
+    Read r(std::string(kHead) + "# Begin Source File\nSOURCE=Files\\a.wav\nPARAM=Ab\n# End Source File\n"
+                                "# Begin Source File\nSOURCE=Files\\b.wav\nPARAM=-1\n# End Source File\n"
+                                "# Begin Source File\nSOURCE=Files\\c.wav\nPARAM=0x1F9\n# End Source File\n"
+                                "# Begin Source File\nSOURCE=Files\\d.wav\nPARAM=123456789\n# End Source File\n"
+                                "# Begin Source File\nSOURCE=Files\\e.wav\nPARAM=-8\n# End Source File\n"
+                                "# End Files\n");
     ASSERT_TRUE(r.ok);
     EXPECT_EQ(r.shape(), (Names{"Files\\a.wav ab ^-", "Files\\b.wav ffffffff ^-", "Files\\c.wav 1f9 ^-",
                                 "Files\\d.wav ffffffff ^-", "Files\\e.wav fffffff8 ^-"}));

@@ -13,16 +13,26 @@ namespace {
 std::string lines(std::initializer_list<std::string_view> all)
 {
     std::string out;
-    for (std::string_view line : all) out.append(line).append(kNativeEol);
+    for (std::string_view line : all)
+        out.append(line).append(kNativeEol);
     return out;
 }
 
 // compressionRate and itemId are never written.
 EditInfoRecord record(const std::string& tag, int multiSelect)
 {
-    return {.fileName = tag + ".wav", .bodyName = "Body " + tag, .algoName = "Algo" + tag, .bitRate = "16000",
-            .encodeSize = "1234", .compressionRate = "12", .decodeSize = "56789", .encodeName = tag + "_e.tmp",
-            .renameEncode = tag + "_export.bin", .decodeName = tag + "_d.dfn", .multiSelect = multiSelect, .itemId = 7};
+    return {.fileName = tag + ".wav",
+            .bodyName = "Body " + tag,
+            .algoName = "Algo" + tag,
+            .bitRate = "16000",
+            .encodeSize = "1234",
+            .compressionRate = "12",
+            .decodeSize = "56789",
+            .encodeName = tag + "_e.tmp",
+            .renameEncode = tag + "_export.bin",
+            .decodeName = tag + "_d.dfn",
+            .multiSelect = multiSelect,
+            .itemId = 7};
 }
 
 RecordingPort keepMissing()
@@ -41,7 +51,7 @@ TEST(ProjectFileWriter, WritesTheLayoutWithBothEditInfoForms)
     group->appendChild(source);
     ProjectItem* loose = doc.createItem("Files\\b.wav", 9, "b.wav");
     ProjectItem* notTop = doc.createItem("Files\\c.wav", 8, "c.wav"); // listed, but not a top-level item
-    ProjectItem* plain = doc.createItem("", 1, "");                    // neither group nor source
+    ProjectItem* plain = doc.createItem("", 1, ""); // neither group nor source
     plain->appendChild(doc.createItem("Files\\d.wav", 8, "d.wav"));
     doc.files() = {group, loose, notTop, plain};
 
@@ -51,22 +61,61 @@ TEST(ProjectFileWriter, WritesTheLayoutWithBothEditInfoForms)
     algo->records().push_back(record("x", -3));
     doc.algorithms() = {algo};
 
-    EXPECT_EQ(doc.serialize(),
-              lines({"# Begin Project", "", "# Begin Files",
-                     "# Begin Group \"My Voices\"", "ID=My Voices", "PARAM=3",
-                     "# Begin Source File", "SOURCE=Files\\a.wav", "ID=a.wav", "PARAM=8",
-                     "# Begin EditInfo", "AlgoName=Algoa", "BodyName=Body a", "EncodeName=a_e.tmp", "EncodeSize=1234",
-                     "RenameEncode=a_export.bin", "DecodeName=a_d.dfn", "DecodeSize=56789", "EncodeBitRate=16000",
-                     "MultiSelect=1", "# End EditInfo",
-                     "# End Source File", "# End Group",
-                     "# Begin Source File", "SOURCE=Files\\b.wav", "ID=b.wav", "PARAM=9", "# End Source File",
-                     "# Begin Source File", "SOURCE=Files\\d.wav", "ID=d.wav", "PARAM=8", "# End Source File",
-                     "# End Files", "", "# Begin Algorithms",
-                     "# Begin Source File", "SOURCE=Algos\\x.dll", "ID=x.dll", "PARAM=a9",
-                     "# Begin EditInfo", "FileName=x.wav", "BodyName=Body x", "EncodeName=x_e.tmp", "EncodeSize=1234",
-                     "RenameEncode=x_export.bin", "DecodeName=x_d.dfn", "DecodeSize=56789", "EncodeBitRate=16000",
-                     "MultiSelect=-3", "# End EditInfo", "# End Source File",
-                     "# End Algorithms", "", "# End Project"}));
+    EXPECT_EQ(doc.serialize(), lines({"# Begin Project",
+                                      "",
+                                      "# Begin Files",
+                                      "# Begin Group \"My Voices\"",
+                                      "ID=My Voices",
+                                      "PARAM=3",
+                                      "# Begin Source File",
+                                      "SOURCE=Files\\a.wav",
+                                      "ID=a.wav",
+                                      "PARAM=8",
+                                      "# Begin EditInfo",
+                                      "AlgoName=Algoa",
+                                      "BodyName=Body a",
+                                      "EncodeName=a_e.tmp",
+                                      "EncodeSize=1234",
+                                      "RenameEncode=a_export.bin",
+                                      "DecodeName=a_d.dfn",
+                                      "DecodeSize=56789",
+                                      "EncodeBitRate=16000",
+                                      "MultiSelect=1",
+                                      "# End EditInfo",
+                                      "# End Source File",
+                                      "# End Group",
+                                      "# Begin Source File",
+                                      "SOURCE=Files\\b.wav",
+                                      "ID=b.wav",
+                                      "PARAM=9",
+                                      "# End Source File",
+                                      "# Begin Source File",
+                                      "SOURCE=Files\\d.wav",
+                                      "ID=d.wav",
+                                      "PARAM=8",
+                                      "# End Source File",
+                                      "# End Files",
+                                      "",
+                                      "# Begin Algorithms",
+                                      "# Begin Source File",
+                                      "SOURCE=Algos\\x.dll",
+                                      "ID=x.dll",
+                                      "PARAM=a9",
+                                      "# Begin EditInfo",
+                                      "FileName=x.wav",
+                                      "BodyName=Body x",
+                                      "EncodeName=x_e.tmp",
+                                      "EncodeSize=1234",
+                                      "RenameEncode=x_export.bin",
+                                      "DecodeName=x_d.dfn",
+                                      "DecodeSize=56789",
+                                      "EncodeBitRate=16000",
+                                      "MultiSelect=-3",
+                                      "# End EditInfo",
+                                      "# End Source File",
+                                      "# End Algorithms",
+                                      "",
+                                      "# End Project"}));
 }
 
 TEST(ProjectFileWriter, RichTreeSurvivesWriteReadWriteByteForByte)

@@ -1,9 +1,9 @@
 #include "common/messages.h"
 #include "common/paths.h"
+#include "folder_snapshot.h"
 #include "project/project_folder_ops.h"
 #include "project/project_session.h"
 #include "project/recent_projects.h"
-#include "folder_snapshot.h"
 #include "support/files.h"
 #include "support/scripted_port.h"
 #include "support/temp_dir.h"
@@ -22,8 +22,14 @@ namespace {
 
 const fs::path kSpeech = "/usr/share/codec2/wav";
 
-std::string str(std::string_view text) { return std::string(text); }
-std::string lib(const std::string& base) { return base + std::string(librarySuffix()); }
+std::string str(std::string_view text)
+{
+    return std::string(text);
+}
+std::string lib(const std::string& base)
+{
+    return base + std::string(librarySuffix());
+}
 
 // Files planted under their own name as content, and where an operation must
 // have put each (paths relative to the two folders).
@@ -31,12 +37,14 @@ using Moves = std::vector<std::pair<std::string, std::string>>;
 
 void plant(const fs::path& from, const Moves& moves)
 {
-    for (const auto& [source, target] : moves) writeBytes(from / source, source);
+    for (const auto& [source, target] : moves)
+        writeBytes(from / source, source);
 }
 
 void expectMoved(const fs::path& to, const Moves& moves)
 {
-    for (const auto& [source, target] : moves) EXPECT_EQ(readBytes(to / target), source) << target;
+    for (const auto& [source, target] : moves)
+        EXPECT_EQ(readBytes(to / target), source) << target;
 }
 
 // A project file with one top-level source per name.
@@ -84,7 +92,8 @@ TEST_F(ProjectSessionTest, NewProjectNeverSavedIsRemovedOnCloseOneSavedIsKept)
     ASSERT_TRUE(session.newProject(temp.path().string() + "/", "Draft"));
     const fs::path draft = temp / "Draft";
     EXPECT_EQ(session.projectFile(), draft / "Draft.ptp");
-    EXPECT_TRUE(fs::is_directory(draft / "Temp") && fs::is_directory(draft / "Files") && fs::is_directory(draft / "Algos"));
+    EXPECT_TRUE(fs::is_directory(draft / "Temp") && fs::is_directory(draft / "Files") &&
+                fs::is_directory(draft / "Algos"));
     EXPECT_EQ(fs::current_path(), draft);
     fs::copy_file(kSpeech / "hts1a.wav", draft / "Files" / "a.wav"); // work done in it is not saved either
     ASSERT_TRUE(session.closeProject());
@@ -102,10 +111,10 @@ TEST_F(ProjectSessionTest, NewProjectNeverSavedIsRemovedOnCloseOneSavedIsKept)
     ASSERT_TRUE(session.closeProject());
     EXPECT_TRUE(fs::exists(temp / "Kept" / "Kept.ptp"));
     EXPECT_FALSE(fs::exists(temp / "Kept" / "Temp"));
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{
-                                str(msg::kCanNotCreatePrefix) + (temp / "Busy" / "Busy.ptp").string() +
-                                    str(msg::kBecauseFolderExisted),
-                                str(msg::kProjectPathNotExisted)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{str(msg::kCanNotCreatePrefix) + (temp / "Busy" / "Busy.ptp").string() +
+                                            str(msg::kBecauseFolderExisted),
+                                        str(msg::kProjectPathNotExisted)}));
     // The draft went with its folder.
     EXPECT_EQ(recent.entries(), std::vector<std::string>{(temp / "Kept" / "Kept.ptp").string()});
 }
@@ -151,10 +160,10 @@ TEST_F(ProjectSessionTest, RefusalsLeaveTheFoldersAsTheyWere)
     EXPECT_TRUE(session.document().isModified());
     EXPECT_EQ(session.projectFile(), file);
     EXPECT_EQ(snapshot(temp.path()), open);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{
-                                str(msg::kProjectIsOpen), str(msg::kCannotCloseWait), str(msg::kCannotSaveWait),
-                                str(msg::kCannotSaveWait), str(msg::kSaveBeforeClose), str(msg::kSaveBeforeClose),
-                                str(msg::kDirectoryAlreadyExisted), str(msg::kSaveAsIntoTemp)}));
+    EXPECT_EQ(port.texts(), (std::vector<std::string>{str(msg::kProjectIsOpen), str(msg::kCannotCloseWait),
+                                                      str(msg::kCannotSaveWait), str(msg::kCannotSaveWait),
+                                                      str(msg::kSaveBeforeClose), str(msg::kSaveBeforeClose),
+                                                      str(msg::kDirectoryAlreadyExisted), str(msg::kSaveAsIntoTemp)}));
 }
 
 TEST_F(ProjectSessionTest, CloseCopiesWorkingFilesBackByExtensionAndDeletesOnlyInsideTheProject)
@@ -165,9 +174,13 @@ TEST_F(ProjectSessionTest, CloseCopiesWorkingFilesBackByExtensionAndDeletesOnlyI
     writeBytes(temp / "outside" / "target.txt", "kept");
     ASSERT_TRUE(session.openProject(file));
     const fs::path work = session.tempFolder();
-    const Moves workingFiles = {{"a.wav", "Files/a.wav"}, {"B.WAV", "Files/B.WAV"}, {"SAF1.tmp", "SAF1.tmp"},
-                                {lib("Codec"), "Algos/" + lib("Codec")}, {"Codec.BDY", "Algos/Codec.BDY"},
-                                {"a.evt", "Files/a.evt"}, {"evt/b.evt", "b.evt"}};
+    const Moves workingFiles = {{"a.wav", "Files/a.wav"},
+                                {"B.WAV", "Files/B.WAV"},
+                                {"SAF1.tmp", "SAF1.tmp"},
+                                {lib("Codec"), "Algos/" + lib("Codec")},
+                                {"Codec.BDY", "Algos/Codec.BDY"},
+                                {"a.evt", "Files/a.evt"},
+                                {"evt/b.evt", "b.evt"}};
     plant(work, workingFiles);
     writeBytes(work / "notes.txt", "not a working file");
     fs::create_symlink(temp / "outside" / "target.txt", work / "link.wav");
@@ -200,9 +213,10 @@ TEST_F(ProjectSessionTest, ACopyBackThatFailsStopsBeforeAnythingIsDeleted)
     EXPECT_FALSE(session.closeProject());
     EXPECT_TRUE(session.isOpen());
     EXPECT_EQ(snapshot(temp.path()), before); // not even a.wav, which could be copied
-    EXPECT_EQ(port.texts(), std::vector<std::string>{str(msg::kCanNotCopyPrefix) + (session.tempFolder() / "c.wav").string() +
-                                                     str(msg::kCopyTo) + (session.filesFolder() / "c.wav").string() +
-                                                     str(msg::kCopyBackFailedSuffix)});
+    EXPECT_EQ(port.texts(),
+              std::vector<std::string>{str(msg::kCanNotCopyPrefix) + (session.tempFolder() / "c.wav").string() +
+                                       str(msg::kCopyTo) + (session.filesFolder() / "c.wav").string() +
+                                       str(msg::kCopyBackFailedSuffix)});
     fs::remove(session.filesFolder() / "c.wav");
     EXPECT_TRUE(session.closeProject());
     EXPECT_EQ(readBytes(temp / "Speech" / "Files" / "c.wav"), readBytes(kSpeech / "morig.wav"));
@@ -252,11 +266,17 @@ TEST_F(ProjectSessionTest, SaveAsCarriesEveryFileAndTheNewProjectStaysOpen)
 {
     const fs::path file = makeProject("Speech");
     const fs::path old = file.parent_path();
-    const Moves saved = {{"Algos/" + lib("Codec"), "Algos/" + lib("Codec")}, {"Algos/Codec.bdy", "Algos/Codec.bdy"},
-                         {"Files/a.evt", "Files/a.evt"}, {"SAF0.tmp", "SAF0.tmp"}, {"SAF0.dfn", "SAF0.dfn"}};
-    const Moves working = {{"Temp/a.wav", "Files/a.wav"}, {"Temp/SAF1.TMP", "SAF1.TMP"},
-                           {"Temp/" + lib("Other"), "Algos/" + lib("Other")}, {"Temp/Other.bdy", "Algos/Other.bdy"},
-                           {"Temp/b.evt", "Files/b.evt"}, {"Temp/evt/a.evt", "a.evt"},
+    const Moves saved = {{"Algos/" + lib("Codec"), "Algos/" + lib("Codec")},
+                         {"Algos/Codec.bdy", "Algos/Codec.bdy"},
+                         {"Files/a.evt", "Files/a.evt"},
+                         {"SAF0.tmp", "SAF0.tmp"},
+                         {"SAF0.dfn", "SAF0.dfn"}};
+    const Moves working = {{"Temp/a.wav", "Files/a.wav"},
+                           {"Temp/SAF1.TMP", "SAF1.TMP"},
+                           {"Temp/" + lib("Other"), "Algos/" + lib("Other")},
+                           {"Temp/Other.bdy", "Algos/Other.bdy"},
+                           {"Temp/b.evt", "Files/b.evt"},
+                           {"Temp/evt/a.evt", "a.evt"},
                            {"Temp/SAF2.dfn", "SAF2.dfn"}};
     plant(old, saved);
     ASSERT_TRUE(session.openProject(file));
@@ -331,7 +351,8 @@ TEST_F(ProjectSessionTest, AProjectHasOneWriterUntilItCloses)
 
     // What a killed run left staged goes at the next open; a user's own ".part" stays.
     const fs::path folder = file.parent_path();
-    for (const char* left : {"SAF1.tmp.kestrelon-copy-3.part", "Files/a.wav.kestrelon-7.part", "Speech.ptp.kestrelon-0.part"})
+    for (const char* left :
+         {"SAF1.tmp.kestrelon-copy-3.part", "Files/a.wav.kestrelon-7.part", "Speech.ptp.kestrelon-0.part"})
         writeBytes(folder / left, "half");
     writeBytes(folder / "Files" / "notes.part", "mine");
     EXPECT_TRUE(second.openProject(file));

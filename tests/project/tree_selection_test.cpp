@@ -81,7 +81,7 @@ TEST(TreeSelection, CollapsingHidesAndDeselectsDescendantsAndPruneForgetsDestroy
     EXPECT_EQ(selection.visibleOrder(), (Items{tree.voices, tree.a1, tree.sub, tree.c}));
     EXPECT_EQ(selection.items(), (Items{tree.a1, tree.c}));
     EXPECT_EQ(selection.focus(), tree.c); // still shown: stays
-    selection.ctrlClick(tree.b1);         // hidden: ignored
+    selection.ctrlClick(tree.b1); // hidden: ignored
     EXPECT_EQ(selection.items(), (Items{tree.a1, tree.c}));
 
     selection.setExpanded(tree.voices, false);

@@ -57,9 +57,9 @@ TEST_F(WorkspaceTreeTest, AddFolderRefusesBadNamesAndMarksFoldersSoTheyAreWritte
     EXPECT_EQ(tree.addFolder(TreeTarget::topLevel(), ""), nullptr);
     EXPECT_EQ(tree.addFolder(TreeTarget::topLevel(), "two\nlines"), nullptr);
     EXPECT_EQ(tree.addFolder(TreeTarget::topLevel(), std::string(WorkspaceTree::kMaxFolderName + 1, 'x')), nullptr);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{std::string(msg::kFolderNameEmpty),
-                                                      std::string(msg::kInvalidCharacters),
-                                                      std::string(msg::kFolderNameTooLong)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{std::string(msg::kFolderNameEmpty), std::string(msg::kInvalidCharacters),
+                                        std::string(msg::kFolderNameTooLong)}));
     EXPECT_EQ(document.itemCount(), 0u);
     EXPECT_FALSE(document.isModified());
     EXPECT_EQ(changes, 0);
@@ -88,7 +88,8 @@ TEST_F(WorkspaceTreeTest, AddFilesCopiesIntoFilesAndRefusesANameUsedInAnotherFol
     ProjectItem* voices = tree.addFolder(TreeTarget::topLevel(), "Voices");
     ProjectItem* deep = tree.addFolder(TreeTarget::under(voices), "Deep");
     changes = 0;
-    const auto added = tree.addFiles(TreeTarget::under(deep), {speech("a.wav", "cross.wav"), speech("b.wav", "hts1a.wav")});
+    const auto added =
+        tree.addFiles(TreeTarget::under(deep), {speech("a.wav", "cross.wav"), speech("b.wav", "hts1a.wav")});
     ASSERT_EQ(added.size(), 2u);
     EXPECT_EQ(added[0].outcome, AddFileOutcome::Added);
     EXPECT_EQ(added[0].item->name(), "Files\\a.wav");
@@ -173,7 +174,8 @@ TEST_F(WorkspaceTreeTest, ReadOnlyTargetIsReplacedAndTheProjectsOwnCopyIsNotCopi
 {
     // A read-only leftover in Files is replaced by the chosen file and ends writable.
     writeBytes(project / "Files" / "r.wav", "old");
-    fs::permissions(project / "Files" / "r.wav", fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+    fs::permissions(project / "Files" / "r.wav",
+                    fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
     EXPECT_EQ(addOne(TreeTarget::topLevel(), speech("r.wav", "cross.wav")).outcome, AddFileOutcome::Added);
     EXPECT_EQ(readBytes(project / "Files" / "r.wav"), readBytes(kSpeech / "cross.wav"));
@@ -198,8 +200,9 @@ TEST_F(WorkspaceTreeTest, ReadOnlyTargetIsReplacedAndTheProjectsOwnCopyIsNotCopi
 TEST_F(WorkspaceTreeTest, DeleteFilesAsksSingularOrPluralAndListsTheFilesForDeletion)
 {
     ProjectItem* voices = tree.addFolder(TreeTarget::topLevel(), "Voices");
-    const auto added = tree.addFiles(TreeTarget::under(voices),
-                                     {speech("a.wav", "cross.wav"), speech("b.wav", "hts1a.wav"), speech("c.wav", "f2400.wav")});
+    const auto added =
+        tree.addFiles(TreeTarget::under(voices),
+                      {speech("a.wav", "cross.wav"), speech("b.wav", "hts1a.wav"), speech("c.wav", "f2400.wav")});
     const auto encodedAs = [](std::string file, std::string interim) {
         EditInfoRecord record;
         record.fileName = std::move(file);
@@ -231,8 +234,8 @@ TEST_F(WorkspaceTreeTest, DeleteFilesAsksSingularOrPluralAndListsTheFilesForDele
     EXPECT_TRUE(document.isModified());
     EXPECT_EQ(changes, 1);
     EXPECT_TRUE(tree.selection().empty());
-    EXPECT_EQ(deletions, (std::vector<fs::path>{project / "Files" / "a.wav", project / "Files" / "a.evt",
-                                                project / "SAF1.tmp"}));
+    EXPECT_EQ(deletions,
+              (std::vector<fs::path>{project / "Files" / "a.wav", project / "Files" / "a.evt", project / "SAF1.tmp"}));
     EXPECT_TRUE(fs::exists(project / "Files" / "a.wav")); // deleted by Save or Close, not now
 
     // Added again before saving: the new copy must survive the next Save.

@@ -29,16 +29,21 @@ struct WindowLog {
         kestrelon_host_window w{};
         w.struct_size = sizeof(w);
         w.context = this;
-        w.set_range = [](void* c, int32_t low, int32_t high) { static_cast<WindowLog*>(c)->ranges.push_back({low, high}); };
+        w.set_range = [](void* c, int32_t low, int32_t high) {
+            static_cast<WindowLog*>(c)->ranges.push_back({low, high});
+        };
         w.set_position = [](void* c, int32_t p) { static_cast<WindowLog*>(c)->positions.push_back(p); };
-        w.post_message = [](void* c, uint32_t m, uintptr_t, intptr_t) { static_cast<WindowLog*>(c)->messages.push_back(m); };
+        w.post_message = [](void* c, uint32_t m, uintptr_t, intptr_t) {
+            static_cast<WindowLog*>(c)->messages.push_back(m);
+        };
         return w;
     }
 };
 
 class CodecDriver {
 public:
-    explicit CodecDriver(const std::string& name) : m_name(name)
+    explicit CodecDriver(const std::string& name)
+        : m_name(name)
     {
         m_mainWindow = m_mainLog.window();
         const std::filesystem::path path = kCodecDir / libraryFileName(name);
@@ -107,10 +112,22 @@ public:
         return m_table->decode(m_codec, utf8FromPath(encoded).c_str(), utf8FromPath(wave).c_str(), &bar, nullptr);
     }
 
-    std::string errorText(uint32_t code) { return text([&](auto sink) { m_table->get_error_text(m_codec, uint16_t(code), sink); }); }
-    std::string extension() { return text([&](auto sink) { m_table->get_output_extension(m_codec, sink); }); }
-    std::string tag() { return text([&](auto sink) { m_table->get_output_tag(m_codec, sink); }); }
-    std::string description() { return text([&](auto sink) { m_table->get_description(m_codec, sink); }); }
+    std::string errorText(uint32_t code)
+    {
+        return text([&](auto sink) { m_table->get_error_text(m_codec, uint16_t(code), sink); });
+    }
+    std::string extension()
+    {
+        return text([&](auto sink) { m_table->get_output_extension(m_codec, sink); });
+    }
+    std::string tag()
+    {
+        return text([&](auto sink) { m_table->get_output_tag(m_codec, sink); });
+    }
+    std::string description()
+    {
+        return text([&](auto sink) { m_table->get_description(m_codec, sink); });
+    }
 
     kestrelon_codec_info info()
     {
@@ -131,7 +148,10 @@ public:
         EXPECT_EQ(m_table->get_version(m_codec, &out), 0u);
         return out;
     }
-    int32_t fileValue(const std::filesystem::path& path) { return m_table->get_file_value(m_codec, utf8FromPath(path).c_str()); }
+    int32_t fileValue(const std::filesystem::path& path)
+    {
+        return m_table->get_file_value(m_codec, utf8FromPath(path).c_str());
+    }
 
     WindowLog& bar() { return m_barLog; }
     WindowLog& mainWindow() { return m_mainLog; }
@@ -141,7 +161,8 @@ private:
     static std::string text(Call call)
     {
         std::string out;
-        const kestrelon_string_sink sink{&out, [](void* c, const char* s, size_t n) { static_cast<std::string*>(c)->append(s, n); }};
+        const kestrelon_string_sink sink{
+            &out, [](void* c, const char* s, size_t n) { static_cast<std::string*>(c)->append(s, n); }};
         call(&sink);
         return out;
     }

@@ -7,9 +7,9 @@
 #include "codec/encoded_header.h"
 #include "plugin_support/speech.h"
 #include "support/event_block.h"
-#include "wave/segmental_snr.h"
 #include "support/files.h"
 #include "support/temp_dir.h"
+#include "wave/segmental_snr.h"
 #include "wave/speech_events.h"
 #include "wave/wave_file.h"
 
@@ -31,12 +31,12 @@ enum class Kind { Waveform, Codec2, Speex };
 struct Case {
     std::string codec;
     std::string bitRate;
-    int rate;             // working rate, Hz
+    int rate; // working rate, Hz
     Kind kind;
-    int bitsPerSample;    // waveform codecs
-    int samplesPerFrame;  // frame codecs
+    int bitsPerSample; // waveform codecs
+    int samplesPerFrame; // frame codecs
     int bitsPerFrame;
-    double floor;         // segmental SNR (dB) for waveform codecs, envelope correlation for the others
+    double floor; // segmental SNR (dB) for waveform codecs, envelope correlation for the others
 };
 
 // The codecs' promises, written down independently of their code. Quality
@@ -72,7 +72,8 @@ const std::vector<Case> kCases = {
 };
 
 // The id each codec puts in header field 22 to know its own files.
-const std::map<std::string, uint16_t> kCodecIds = {{"ImaAdpcm", 1}, {"MuLaw", 2}, {"Pcm", 3}, {"Codec2", 4}, {"Speex", 5}};
+const std::map<std::string, uint16_t> kCodecIds = {
+    {"ImaAdpcm", 1}, {"MuLaw", 2}, {"Pcm", 3}, {"Codec2", 4}, {"Speex", 5}};
 
 // The codec's first (highest) bit rate.
 const Case& firstCase(const std::string& codec)
@@ -87,7 +88,8 @@ std::vector<double> envelopeDb(const std::vector<std::int16_t>& samples, int rat
     std::vector<double> out;
     for (size_t start = 0; start + frame <= samples.size(); start += frame) {
         double energy = 0;
-        for (size_t i = start; i < start + frame; ++i) energy += double(samples[i]) * samples[i];
+        for (size_t i = start; i < start + frame; ++i)
+            energy += double(samples[i]) * samples[i];
         out.push_back(10 * std::log10(energy / double(frame) + 1));
     }
     return out;
@@ -102,7 +104,8 @@ double envelopeCorrelation(const std::vector<std::int16_t>& reference, const std
     const std::vector<double> b = envelopeDb(decoded, rate);
     const size_t n = std::min(a.size(), b.size());
     double meanA = 0, meanB = 0;
-    for (size_t i = 0; i < n; ++i) meanA += a[i], meanB += b[i];
+    for (size_t i = 0; i < n; ++i)
+        meanA += a[i], meanB += b[i];
     meanA /= double(n), meanB /= double(n);
     double ab = 0, aa = 0, bb = 0;
     for (size_t i = 0; i < n; ++i) {
@@ -116,7 +119,8 @@ double envelopeCorrelation(const std::vector<std::int16_t>& reference, const std
 double rmsDb(const std::vector<std::int16_t>& samples)
 {
     double energy = 0;
-    for (std::int16_t s : samples) energy += double(s) * s;
+    for (std::int16_t s : samples)
+        energy += double(s) * s;
     return 10 * std::log10(energy / double(std::max<size_t>(samples.size(), 1)) + 1);
 }
 
@@ -146,7 +150,8 @@ RoundTrip roundTrip(const Case& c, const std::string& source, const TempDir& dir
     RoundTrip result;
     SCOPED_TRACE(c.codec + " " + c.bitRate + " on " + source);
     CodecDriver driver(c.codec);
-    if (!driver.ready()) return result;
+    if (!driver.ready())
+        return result;
     EXPECT_EQ(driver.configure(c.bitRate), 0u);
     EXPECT_EQ(driver.info().sample_rate, c.rate);
     EXPECT_EQ(driver.setEventFile({}), 0u);
@@ -163,7 +168,8 @@ RoundTrip roundTrip(const Case& c, const std::string& source, const TempDir& dir
 
     const auto header = parseEncodedHeader(result.encoded);
     EXPECT_TRUE(header);
-    if (!header) return result;
+    if (!header)
+        return result;
     EXPECT_EQ(header->formatCode, 2);
     EXPECT_EQ(header->field22, kCodecIds.at(c.codec));
     EXPECT_EQ(header->field24, 16);
@@ -224,7 +230,8 @@ TEST(ReferencePlugins, EveryBitRateRoundTripsRealSpeech)
     for (const Case& c : kCases) {
         for (const std::string source : {"hts1a.wav", "wia_16kHz.wav"}) {
             const RoundTrip trip = roundTrip(c, source, dir);
-            if (trip.decoded.empty()) continue;
+            if (trip.decoded.empty())
+                continue;
             SCOPED_TRACE(c.codec + " " + c.bitRate + " on " + source);
             EXPECT_GE(quality(c, trip), c.floor);
             if (c.kind == Kind::Codec2) {
@@ -248,11 +255,16 @@ TEST(ReferencePlugins, SpeechEventsTravelInTheStreamAtTheWorkingRate)
 {
     TempDir dir;
     // Events of the 16 kHz source: two at one position, one past the end.
-    const SpeechEventList events = {{0, 1, false, "start"}, {1601, 2, false, {}}, {8000, 7, false, {}},
-                                    {8000, 9, false, {}}, {999999, 255, false, "late"}};
+    const SpeechEventList events = {{0, 1, false, "start"},
+                                    {1601, 2, false, {}},
+                                    {8000, 7, false, {}},
+                                    {8000, 9, false, {}},
+                                    {999999, 255, false, "late"}};
     ASSERT_TRUE(writeSpeechEvents(dir / "wia.evt", events, false, {}));
-    for (const auto& [codec, bitRate, rate] : {std::tuple{"ImaAdpcm", "16000", 4000}, {"MuLaw", "48000", 6000},
-                                               {"Pcm", "256000", 16000}, {"Codec2", "1300", 8000},
+    for (const auto& [codec, bitRate, rate] : {std::tuple{"ImaAdpcm", "16000", 4000},
+                                               {"MuLaw", "48000", 6000},
+                                               {"Pcm", "256000", 16000},
+                                               {"Codec2", "1300", 8000},
                                                {"Speex", "8000", 8000}}) {
         SCOPED_TRACE(codec);
         CodecDriver driver(codec);
@@ -269,8 +281,11 @@ TEST(ReferencePlugins, SpeechEventsTravelInTheStreamAtTheWorkingRate)
         // position, the later one in the file comes first).
         const uint32_t last = static_cast<uint32_t>(rate) - 1; // wia lasts one second
         const std::vector<support::EncodedEvent> expected = {
-            {0, 1}, {static_cast<uint32_t>(std::lround(1601.0 * rate / 16000)), 2},
-            {static_cast<uint32_t>(rate / 2), 9}, {static_cast<uint32_t>(rate / 2), 7}, {last, 255}};
+            {0, 1},
+            {static_cast<uint32_t>(std::lround(1601.0 * rate / 16000)), 2},
+            {static_cast<uint32_t>(rate / 2), 9},
+            {static_cast<uint32_t>(rate / 2), 7},
+            {last, 255}};
         std::vector<support::EncodedEvent> read;
         const auto blockSize = support::readEventBlock(std::string_view(withEvents).substr(kEncodedHeaderSize), read);
         ASSERT_TRUE(blockSize);
@@ -345,12 +360,16 @@ TEST(ReferencePlugins, RefusesBadSettingsAndDamagedFilesWithATextAndNoOutput)
         EncodedHeaderFields fields = *parseEncodedHeader(good);
         fields.field30 += static_cast<uint32_t>(c.rate);
         const EncodedHeaderBytes longerHeader = makeEncodedHeader(fields);
-        const std::string longer = std::string(longerHeader.begin(), longerHeader.end()) + good.substr(kEncodedHeaderSize);
+        const std::string longer =
+            std::string(longerHeader.begin(), longerHeader.end()) + good.substr(kEncodedHeaderSize);
         const std::string notOurs = readBytes(dir / "good.bin").replace(22, 1, 1, char(99));
         const std::string isDamaged = " is damaged: its encoded data is incomplete or altered !";
         const std::vector<std::pair<std::string, std::string>> damaged = {
-            {good.substr(0, good.size() - 1), isDamaged}, {good + '\0', isDamaged}, {badBlock, isDamaged},
-            {longer, isDamaged}, {good.substr(0, kEncodedHeaderSize), isDamaged},
+            {good.substr(0, good.size() - 1), isDamaged},
+            {good + '\0', isDamaged},
+            {badBlock, isDamaged},
+            {longer, isDamaged},
+            {good.substr(0, kEncodedHeaderSize), isDamaged},
             {good.substr(0, 20), " is not a correct encoded file !"},
             {readBytes(source), " is not a correct encoded file !"},
             {notOurs, " was not encoded by " + codec + " !"},
@@ -368,7 +387,8 @@ TEST(ReferencePlugins, RefusesBadSettingsAndDamagedFilesWithATextAndNoOutput)
         // refuse them, but never crashes or returns a sound of the wrong length.
         std::mt19937 random(11);
         std::string noise = good;
-        for (size_t i = kEncodedHeaderSize + 2; i < noise.size(); ++i) noise[i] = static_cast<char>(random());
+        for (size_t i = kEncodedHeaderSize + 2; i < noise.size(); ++i)
+            noise[i] = static_cast<char>(random());
         writeBytes(dir / "noise.bin", noise);
         code = driver.decode(dir / "noise.bin", dir / "noise.wav");
         if (code == 0) {
@@ -385,8 +405,10 @@ TEST(ReferencePlugins, DescribeThemselvesAndReportProgress)
 {
     TempDir dir;
     const std::map<std::string, std::tuple<std::string, std::string, int, int>> expected = {
-        {"ImaAdpcm", {"adp", "adpcm", 16000, 32000}}, {"MuLaw", {"ulw", "ulaw", 48000, 64000}},
-        {"Pcm", {"pcm", "pcm", 128000, 256000}},      {"Codec2", {"c2", "codec2", 450, 3200}},
+        {"ImaAdpcm", {"adp", "adpcm", 16000, 32000}},
+        {"MuLaw", {"ulw", "ulaw", 48000, 64000}},
+        {"Pcm", {"pcm", "pcm", 128000, 256000}},
+        {"Codec2", {"c2", "codec2", 450, 3200}},
         {"Speex", {"spx", "speex", 2150, 24600}}};
     for (const auto& [codec, facts] : expected) {
         SCOPED_TRACE(codec);
@@ -454,8 +476,8 @@ TEST(ReferencePlugins, BodyFileNarrowsTheOfferAndIsChecked)
     // A body file that does not fit the codec: parameter 0 is taken, but the
     // codec says what is wrong when checked and when asked to encode.
     const std::vector<std::pair<std::string, std::string>> broken = {
-        {"WORKRATE0=6000", "WORKRATE0=8000"},   {"BITRATE0=24000", "BITRATE0=12345"},
-        {"BITRATECOUNT=1", "BITRATECOUNT=x"},   {"SAMPLERATE_MAX=8000", "SAMPLERATE_MAX=100"},
+        {"WORKRATE0=6000", "WORKRATE0=8000"}, {"BITRATE0=24000", "BITRATE0=12345"},
+        {"BITRATECOUNT=1", "BITRATECOUNT=x"}, {"SAMPLERATE_MAX=8000", "SAMPLERATE_MAX=100"},
         {"NAME=ImaAdpcm", "NAME="},
     };
     for (const auto& [good, bad] : broken) {

@@ -16,11 +16,12 @@ namespace kestrelon::test {
 // A simulator for the length of a scope, its device linked at `link`.
 class BoardSimulator {
 public:
-    BoardSimulator(const std::filesystem::path& simulator, const std::filesystem::path& link, const std::filesystem::path& record, std::vector<std::string> options)
+    BoardSimulator(const std::filesystem::path& simulator, const std::filesystem::path& link,
+                   const std::filesystem::path& record, std::vector<std::string> options)
     {
         std::filesystem::create_directories(record);
-        std::vector<std::string> words = {simulator.string(), "--fast", "--link", link.string(), "--record",
-                                          record.string()};
+        std::vector<std::string> words = {simulator.string(), "--fast",   "--link",
+                                          link.string(),      "--record", record.string()};
         words.insert(words.end(), options.begin(), options.end());
         int ready[2];
         EXPECT_EQ(::pipe(ready), 0);
@@ -28,7 +29,8 @@ public:
         if (m_pid == 0) {
             ::dup2(ready[1], STDOUT_FILENO);
             std::vector<char*> argv;
-            for (std::string& word : words) argv.push_back(word.data());
+            for (std::string& word : words)
+                argv.push_back(word.data());
             argv.push_back(nullptr);
             ::execv(argv[0], argv.data());
             ::_exit(127);

@@ -14,16 +14,15 @@ class ScriptedPort : public RecordingPort {
 public:
     ScriptedPort()
         : RecordingPort([this](std::string_view text, Buttons, std::string_view) {
-              if (m_answers.empty()) {
-                  ADD_FAILURE() << "unexpected question: " << text;
-                  return Answer::Cancel;
-              }
-              const Answer next = m_answers.front();
-              m_answers.pop_front();
-              return next;
-          })
-    {
-    }
+            if (m_answers.empty()) {
+                ADD_FAILURE() << "unexpected question: " << text;
+                return Answer::Cancel;
+            }
+            const Answer next = m_answers.front();
+            m_answers.pop_front();
+            return next;
+        })
+    {}
 
     void queue(Answer answer) { m_answers.push_back(answer); }
     size_t pendingAnswers() const { return m_answers.size(); }
@@ -31,7 +30,8 @@ public:
     std::vector<std::string> texts() const
     {
         std::vector<std::string> out;
-        for (const ShownMessage& shown : messages()) out.push_back(shown.text);
+        for (const ShownMessage& shown : messages())
+            out.push_back(shown.text);
         return out;
     }
 

@@ -20,7 +20,8 @@ namespace {
 std::vector<std::pair<std::uint32_t, int>> positions(const SpeechEventList& events)
 {
     std::vector<std::pair<std::uint32_t, int>> out;
-    for (const SpeechEvent& e : events) out.emplace_back(e.samples, e.id);
+    for (const SpeechEvent& e : events)
+        out.emplace_back(e.samples, e.id);
     return out;
 }
 
@@ -39,23 +40,27 @@ TEST(SpeechEventEditor, AddsReplacesDeletesAndWritesOnlyWhenConfirmed)
         EXPECT_TRUE(editor.customLabelChosen());
         EXPECT_EQ(editor.customLabel(), "Greeting");
         EXPECT_EQ(editor.add(5400, 2, "middle"), 1);
-        EXPECT_EQ(positions(editor.events()), (std::vector<std::pair<std::uint32_t, int>>{{1200, 1}, {5400, 2}, {9000, 7}}));
+        EXPECT_EQ(positions(editor.events()),
+                  (std::vector<std::pair<std::uint32_t, int>>{{1200, 1}, {5400, 2}, {9000, 7}}));
 
         port.queue(Answer::No); // ID 7 is taken: keep it, add nothing
         EXPECT_EQ(editor.add(100, 7, {}), -1);
         port.queue(Answer::Yes); // replace: one ID 7, at the new place
         EXPECT_EQ(editor.add(100, 7, {}), 0);
-        EXPECT_EQ(positions(editor.events()), (std::vector<std::pair<std::uint32_t, int>>{{100, 7}, {1200, 1}, {5400, 2}}));
+        EXPECT_EQ(positions(editor.events()),
+                  (std::vector<std::pair<std::uint32_t, int>>{{100, 7}, {1200, 1}, {5400, 2}}));
 
-        for (const int bad : {0, 255, -3}) EXPECT_EQ(editor.add(300, bad, {}), -1);
+        for (const int bad : {0, 255, -3})
+            EXPECT_EQ(editor.add(300, bad, {}), -1);
         EXPECT_TRUE(editor.removeAt(1));
         EXPECT_FALSE(editor.removeAt(7));
         // Edited but never confirmed: what Cancel leaves behind.
     }
     EXPECT_EQ(readBytes(file), before);
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{std::string(msg::kEventIdExists), std::string(msg::kEventIdExists),
-                                                      std::string(msg::kEventIdRange), std::string(msg::kEventIdRange),
-                                                      std::string(msg::kEventIdRange)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{std::string(msg::kEventIdExists), std::string(msg::kEventIdExists),
+                                        std::string(msg::kEventIdRange), std::string(msg::kEventIdRange),
+                                        std::string(msg::kEventIdRange)}));
 
     SpeechEventEditor editor(file, port);
     editor.add(4000, 3, "word");
@@ -75,7 +80,7 @@ TEST(SpeechEventEditor, RowTextPadsWithTwoBlanksPerMissingCharacter)
 {
     SpeechEvent event;
     event.samples = 1200; // "  1200": six characters, ten short of 16
-    event.id = 5;         // "ID5": three characters, five short of 8
+    event.id = 5; // "ID5": three characters, five short of 8
     event.description = "not shown";
     EXPECT_EQ(eventRowText(event), "  1200" + std::string(20, ' ') + "ID5" + std::string(10, ' '));
     event.samples = 4294967295u; // "  4294967295": twelve characters
@@ -88,7 +93,8 @@ TEST(SaveWaveAs, WritesACanonicalMonoFileOfTheRangeOrSaysWhyNot)
     TempDir dir;
     ScriptedPort port;
     std::vector<std::int16_t> samples(1000);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = std::int16_t(i * 31 - 9000);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = std::int16_t(i * 31 - 9000);
 
     ASSERT_TRUE(saveWaveAs(dir / "part.WAV", samples, 11025, 100, 357, port));
     const std::string bytes = readBytes(dir / "part.WAV");
@@ -105,9 +111,8 @@ TEST(SaveWaveAs, WritesACanonicalMonoFileOfTheRangeOrSaysWhyNot)
     EXPECT_FALSE(saveWaveAs(dir / "part.wav", samples, 8000, 10, 1001, port));
     EXPECT_FALSE(saveWaveAs(dir / "part.wav", samples, 0, 0, 10, port));
     EXPECT_FALSE(saveWaveAs(dir / "missing" / "part.wav", samples, 8000, 0, 10, port));
-    EXPECT_EQ(port.texts(), (std::vector<std::string>{std::string(msg::kWaveSaveExtension),
-                                                      std::string(msg::kWaveRangeInvalid),
-                                                      std::string(msg::kWaveWriteError),
-                                                      std::string(msg::kWaveSaveFailed)}));
+    EXPECT_EQ(port.texts(),
+              (std::vector<std::string>{std::string(msg::kWaveSaveExtension), std::string(msg::kWaveRangeInvalid),
+                                        std::string(msg::kWaveWriteError), std::string(msg::kWaveSaveFailed)}));
     EXPECT_FALSE(entryExists(dir / "part.wav"));
 }

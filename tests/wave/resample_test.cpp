@@ -7,7 +7,6 @@
 
 using namespace kestrelon;
 
-
 namespace {
 
 std::vector<std::int16_t> tone(double frequency, int rate, size_t count, double amplitude = 12000)
@@ -81,8 +80,8 @@ TEST(Resample, TonesBelowTheLowerNyquistArriveIntactAndOnTime)
 {
     // Up and down, integer and awkward ratios, up to 90% of the lower Nyquist.
     const ToneCase cases[] = {{16000, 8000, 1000}, {8000, 16000, 1000}, {44100, 8000, 440},
-                          {8000, 44100, 3000}, {8000, 6000, 1700}, {22050, 4000, 1234},
-                          {11025, 8000, 3300}, {16000, 8000, 3600}, {48000, 7999, 2500}};
+                              {8000, 44100, 3000}, {8000, 6000, 1700},  {22050, 4000, 1234},
+                              {11025, 8000, 3300}, {16000, 8000, 3600}, {48000, 7999, 2500}};
     for (const ToneCase& c : cases) {
         SCOPED_TRACE(describe(c));
         const auto out = resample(tone(c.frequency, c.from, size_t(c.from) / 2), c.from, c.to);
@@ -102,8 +101,8 @@ TEST(Resample, RemovesWhatTheNewRateCannotCarry)
 {
     // A tone above the new Nyquist frequency would fold back as an audible
     // alias; the filter takes it out instead.
-    const ToneCase cases[] = {{16000, 8000, 4300}, {16000, 8000, 7000}, {44100, 8000, 5000},
-                          {44100, 8000, 12000}, {8000, 6000, 3500}, {22050, 4000, 2300}};
+    const ToneCase cases[] = {{16000, 8000, 4300},  {16000, 8000, 7000}, {44100, 8000, 5000},
+                              {44100, 8000, 12000}, {8000, 6000, 3500},  {22050, 4000, 2300}};
     for (const ToneCase& c : cases) {
         SCOPED_TRACE(describe(c));
         const auto in = tone(c.frequency, c.from, size_t(c.from) / 2);

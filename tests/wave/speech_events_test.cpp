@@ -97,11 +97,11 @@ TEST(SpeechEvents, WrittenFileReadsBack)
     const std::string eol(kNativeEol);
     const SpeechEventList written{{1200, 1, false, "start"}, {5400, 0, true, ""}, {3000000000u, 255, false, "end"}};
     ASSERT_TRUE(writeSpeechEvents(dir / "w.evt", written, false, "ignored"));
-    EXPECT_EQ(readBytes(dir / "w.evt"),
-              "[TAG_LABEL]" + eol + "LabelName=Default Label" + eol + "[SPEECH_EVNTS]" + eol + "Count=3" + eol +
-                  "[EVENT0]" + eol + "Samples=1200" + eol + "ID=1" + eol + "Description=start" + eol +
-                  "[EVENT1]" + eol + "Samples=5400" + eol + "ID=0" + eol +
-                  "[EVENT2]" + eol + "Samples=-1294967296" + eol + "ID=255" + eol + "Description=end" + eol);
+    EXPECT_EQ(readBytes(dir / "w.evt"), "[TAG_LABEL]" + eol + "LabelName=Default Label" + eol + "[SPEECH_EVNTS]" + eol +
+                                            "Count=3" + eol + "[EVENT0]" + eol + "Samples=1200" + eol + "ID=1" + eol +
+                                            "Description=start" + eol + "[EVENT1]" + eol + "Samples=5400" + eol +
+                                            "ID=0" + eol + "[EVENT2]" + eol + "Samples=-1294967296" + eol + "ID=255" +
+                                            eol + "Description=end" + eol);
 
     SpeechEventList read;
     std::string label;
@@ -114,7 +114,8 @@ TEST(SpeechEvents, WrittenFileReadsBack)
 
     // All events are written, even past what the reader takes back.
     SpeechEventList many(300);
-    for (size_t n = 0; n < many.size(); ++n) many[n].samples = static_cast<std::uint32_t>(n);
+    for (size_t n = 0; n < many.size(); ++n)
+        many[n].samples = static_cast<std::uint32_t>(n);
     ASSERT_TRUE(writeSpeechEvents(dir / "w.evt", many, true, "Mine"));
     const std::string text = readBytes(dir / "w.evt");
     EXPECT_EQ(text.substr(0, text.find("[EVENT0]")),

@@ -22,8 +22,8 @@ const std::filesystem::path kSpeech = "/usr/share/codec2/wav/hts1a.wav";
 
 // Writes a file in another encoding with libsndfile itself, so the reader is
 // checked against an independent writer. Frames are interleaved channels.
-void writeWithSndfile(const std::filesystem::path& path, const std::vector<short>& frames, int rate,
-                      int channels, int format)
+void writeWithSndfile(const std::filesystem::path& path, const std::vector<short>& frames, int rate, int channels,
+                      int format)
 {
     SF_INFO info{};
     info.samplerate = rate;
@@ -75,8 +75,8 @@ TEST(WaveFile, DecodesEveryStoredEncodingTo16BitMono)
         int format;
         int bits;
         WaveEncoding encoding;
-        int maxError;     // for a sample of magnitude 0; -1: no per-sample bound
-        int relative;     // plus magnitude / relative (0: none)
+        int maxError; // for a sample of magnitude 0; -1: no per-sample bound
+        int relative; // plus magnitude / relative (0: none)
         double minSnrDb;
     };
     const Case cases[] = {
@@ -205,7 +205,12 @@ TEST(WaveFile, RefusesWhatIsNotACompleteWaveAndForgetsThePreviousFile)
     // A chunk of odd size before "data" is followed by a pad byte: the data
     // chunk is found after it, whole or cut short.
     const std::string canonical = wav16Bytes(std::vector<std::int16_t>{100, -200, 300, -400}, 8000);
-    std::string padded = canonical.substr(0, 36) + std::string("JUNK\x03\x00\x00\x00" "abc" "\x00", 12) + canonical.substr(36);
+    std::string padded = canonical.substr(0, 36) +
+                         std::string("JUNK\x03\x00\x00\x00"
+                                     "abc"
+                                     "\x00",
+                                     12) +
+                         canonical.substr(36);
     padded[4] = static_cast<char>(static_cast<unsigned char>(padded[4]) + 12); // the RIFF size grows by the chunk
     test::writeBytes(dir / "padded.wav", padded);
     {

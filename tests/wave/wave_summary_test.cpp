@@ -21,7 +21,8 @@ SampleRange scan(const std::vector<std::int16_t>& samples, std::int64_t from, st
 void expectSame(const SampleRange& got, const SampleRange& want, std::int64_t from, std::int64_t to)
 {
     ASSERT_EQ(got.empty, want.empty) << from << ".." << to;
-    if (want.empty) return;
+    if (want.empty)
+        return;
     EXPECT_EQ(got.min, want.min) << from << ".." << to;
     EXPECT_EQ(got.max, want.max) << from << ".." << to;
 }
@@ -34,7 +35,8 @@ TEST(WaveSummary, EveryRangeAndEveryBlockOfEveryLevelMatchesADirectScan)
     std::uniform_int_distribution<int> value(-32768, 32767);
     // Not a multiple of any block, so every level ends in a partial block.
     std::vector<std::int16_t> samples(100'003);
-    for (std::int16_t& s : samples) s = std::int16_t(value(random));
+    for (std::int16_t& s : samples)
+        s = std::int16_t(value(random));
     const WaveSummary summary(samples);
     ASSERT_GE(summary.levelCount(), 5);
 
@@ -47,7 +49,8 @@ TEST(WaveSummary, EveryRangeAndEveryBlockOfEveryLevelMatchesADirectScan)
     for (int i = 0; i < 3000; ++i) {
         std::int64_t a = position(random);
         std::int64_t b = i % 3 == 0 ? a + i % 40 : position(random); // short ranges too
-        if (b < a) std::swap(a, b);
+        if (b < a)
+            std::swap(a, b);
         expectSame(summary.range(a, b), scan(samples, a, b), a, b);
     }
     EXPECT_TRUE(summary.range(10, 10).empty);
@@ -70,7 +73,8 @@ TEST(WaveSummary, EveryRangeAndEveryBlockOfEveryLevelMatchesADirectScan)
         const std::vector<SampleRange> cols = wide.columns(0, std::int64_t(quiet.size()), 1552);
         int showing = 0;
         for (std::size_t c = 0; c < cols.size(); ++c) {
-            if (cols[c].max != 9000) continue;
+            if (cols[c].max != 9000)
+                continue;
             ++showing;
             EXPECT_NEAR(double(c), double(spike) * 1552 / double(quiet.size()), 1.0) << spike;
         }

@@ -17,12 +17,12 @@ extern "C" {
 /* One sound to send: raw encoded data without its 48-byte header. */
 typedef struct kestrelon_board_item {
     uint32_t struct_size;
-    uint8_t port;          /* serial port number */
-    const uint8_t* data;   /* owned by the host, valid until playing ends */
+    uint8_t port; /* serial port number */
+    const uint8_t* data; /* owned by the host, valid until playing ends */
     uint32_t size;
     uint32_t sample_rate;
-    int32_t volume;        /* the body's current volume */
-    const char* name;      /* for the board's log; may be empty */
+    int32_t volume; /* the body's current volume */
+    const char* name; /* for the board's log; may be empty */
 } kestrelon_board_item;
 
 typedef struct kestrelon_board_play_list {

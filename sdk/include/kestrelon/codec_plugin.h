@@ -39,17 +39,17 @@ typedef uint32_t kestrelon_result;
 #define KESTRELON_RESULT_STOPPED KESTRELON_RESULT_SILENT_ERROR
 
 /* Parameter ids of set_parameter, and what the host passes. */
-#define KESTRELON_PARAM_BODY_FILE 0     /* full path of the codec's ".bdy" file */
-#define KESTRELON_PARAM_MAIN_WINDOW 1   /* address of the main window's kestrelon_host_window, in hex */
-#define KESTRELON_PARAM_STEP_MESSAGE 2  /* the progress message number, in hex ("403") */
-#define KESTRELON_PARAM_BIT_RATE 3      /* the chosen bit rate as shown to the user */
+#define KESTRELON_PARAM_BODY_FILE 0 /* full path of the codec's ".bdy" file */
+#define KESTRELON_PARAM_MAIN_WINDOW 1 /* address of the main window's kestrelon_host_window, in hex */
+#define KESTRELON_PARAM_STEP_MESSAGE 2 /* the progress message number, in hex ("403") */
+#define KESTRELON_PARAM_BIT_RATE 3 /* the chosen bit rate as shown to the user */
 
 #define KESTRELON_STEP_MESSAGE 0x403u
 
 typedef struct kestrelon_codec_info {
-    uint32_t struct_size;     /* set by the host before the call */
-    int32_t sample_rate;      /* Hz the codec works at */
-    int32_t resolution_bits;  /* bits per sample of what it decodes to */
+    uint32_t struct_size; /* set by the host before the call */
+    int32_t sample_rate; /* Hz the codec works at */
+    int32_t resolution_bits; /* bits per sample of what it decodes to */
     int32_t channels;
 } kestrelon_codec_info;
 
@@ -69,12 +69,10 @@ typedef struct kestrelon_codec_vtable {
     /* 1: encodes the WAV file at wave_path into output_path. The codec drives
      * the progress bar and text itself; either may be null. */
     kestrelon_result (*encode)(kestrelon_codec* self, const char* wave_path, const char* output_path,
-                               const kestrelon_host_window* progress_bar,
-                               const kestrelon_host_window* progress_text);
+                               const kestrelon_host_window* progress_bar, const kestrelon_host_window* progress_text);
     /* 2: decodes the unpacked encoded file at encoded_path into a WAV file. */
     kestrelon_result (*decode)(kestrelon_codec* self, const char* encoded_path, const char* wave_path,
-                               const kestrelon_host_window* progress_bar,
-                               const kestrelon_host_window* progress_text);
+                               const kestrelon_host_window* progress_bar, const kestrelon_host_window* progress_text);
     /* 3: the codec checks that it can work (called when it is added to a project). */
     kestrelon_result (*check_algorithm)(kestrelon_codec* self);
     /* 4: one step of a step-wise encode; the host ignores the result. */

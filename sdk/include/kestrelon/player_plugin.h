@@ -20,7 +20,7 @@ extern "C" {
 
 /* Events of the play notification. */
 #define KESTRELON_PLAY_POSITION 1u /* value: the sample being played */
-#define KESTRELON_PLAY_ENDED 2u    /* value: 0 */
+#define KESTRELON_PLAY_ENDED 2u /* value: 0 */
 
 /* Called by the player while it plays, possibly from its own audio thread:
  * the host only records the state and never calls back into the player from
@@ -38,8 +38,8 @@ typedef struct kestrelon_player_vtable {
     /* 2 */ kestrelon_reserved_slot reserved2;
     /* 3: starts playing; the host passes 0, 255, its notification and 0.1. The
      * player keeps `notify` and `host_context` until it is destroyed. */
-    void (*play)(kestrelon_player* self, int32_t start, int32_t level, kestrelon_play_notify notify,
-                 void* host_context, float interval_seconds);
+    void (*play)(kestrelon_player* self, int32_t start, int32_t level, kestrelon_play_notify notify, void* host_context,
+                 float interval_seconds);
     /* 4 */ void (*stop)(kestrelon_player* self);
     /* 5: pauses, or resumes a paused sound. */
     void (*pause)(kestrelon_player* self);

@@ -64,7 +64,8 @@ typedef struct kestrelon_host_window {
 /* Whether the host asked to stop; 0 for a host that cannot be asked. */
 static inline int32_t kestrelon_should_stop(const kestrelon_host_window* window)
 {
-    return window && window->struct_size >= offsetof(kestrelon_host_window, should_stop) + sizeof(window->should_stop) &&
+    return window &&
+           window->struct_size >= offsetof(kestrelon_host_window, should_stop) + sizeof(window->should_stop) &&
            window->should_stop && window->should_stop(window->context);
 }
 

@@ -61,7 +61,8 @@ CompareRatesDialog::CompareRatesDialog(Setup setup, AddRow addRow, UserPort& por
     QStringList names;
     for (const std::filesystem::path& wave : m_setup.waves)
         names << qtText(utf8FromPath(wave.filename()));
-    auto* sources = new QLabel(tr("%n source(s): %1", nullptr, int(names.size())).arg(names.join(QStringLiteral(", "))), this);
+    auto* sources =
+        new QLabel(tr("%n source(s): %1", nullptr, int(names.size())).arg(names.join(QStringLiteral(", "))), this);
     sources->setWordWrap(true);
 
     for (const BodyInfo& body : m_setup.bodies)
@@ -146,9 +147,8 @@ void CompareRatesDialog::showAlgorithms()
     for (QCheckBox* box : m_algorithmBoxes)
         delete box;
     m_algorithmBoxes.clear();
-    const auto body = std::find_if(m_setup.bodies.begin(), m_setup.bodies.end(), [this](const BodyInfo& b) {
-        return qtText(b.name) == m_body->currentText();
-    });
+    const auto body = std::find_if(m_setup.bodies.begin(), m_setup.bodies.end(),
+                                   [this](const BodyInfo& b) { return qtText(b.name) == m_body->currentText(); });
     if (body == m_setup.bodies.end())
         return;
     for (const BodyAlgoInfo& algorithm : body->algorithms) {
@@ -204,7 +204,8 @@ void CompareRatesDialog::compare()
     m_stop->setEnabled(true);
     m_progress->setRange(0, 0);
     m_progress->setVisible(true);
-    m_status->setText(tr("Encoding and decoding %n source(s) at every bit rate...", nullptr, int(m_setup.waves.size())));
+    m_status->setText(
+        tr("Encoding and decoding %n source(s) at every bit rate...", nullptr, int(m_setup.waves.size())));
     m_process->start(qtText(utf8FromPath(m_setup.cli)), arguments);
 }
 
@@ -273,8 +274,9 @@ void CompareRatesDialog::showCurves(std::vector<RateCurve> curves)
         for (const RatePoint& point : curve.points) {
             const int row = m_table->rowCount();
             m_table->insertRow(row);
-            const QStringList cells = {qtText(point.algorithm), qtText(point.bitRate), QString::number(point.totalBytes),
-                                       measure(point.meanSegmentalSnrDb), measure(point.meanMelDistanceDb)};
+            const QStringList cells = {qtText(point.algorithm), qtText(point.bitRate),
+                                       QString::number(point.totalBytes), measure(point.meanSegmentalSnrDb),
+                                       measure(point.meanMelDistanceDb)};
             for (int column = 0; column < cells.size(); ++column) {
                 auto* item = new QTableWidgetItem(cells[column]);
                 if (column > 0)
@@ -308,7 +310,8 @@ void CompareRatesDialog::addChosen()
     if (!chosen || !m_addRow)
         return;
     m_addRow(m_body->currentText().toStdString(), chosen->algorithm, chosen->bitRate);
-    m_status->setText(tr("Added %1 at %2 bps for each source.").arg(qtText(chosen->algorithm), qtText(chosen->bitRate)));
+    m_status->setText(
+        tr("Added %1 at %2 bps for each source.").arg(qtText(chosen->algorithm), qtText(chosen->bitRate)));
 }
 
 } // namespace kestrelon

@@ -30,9 +30,9 @@ class CompareRatesDialog : public QDialog {
 public:
     struct Setup {
         std::vector<BodyInfo> bodies;
-        std::string body;                       // chosen at first
+        std::string body; // chosen at first
         std::vector<std::filesystem::path> waves; // the sources to compare
-        std::filesystem::path cli;              // the program that sweeps
+        std::filesystem::path cli; // the program that sweeps
         std::filesystem::path bodySettingsFile; // what it reads the bodies from; empty: its own choice
     };
     // What "Add as Row" does with the chosen setting.

@@ -42,7 +42,8 @@ constexpr double kPickRadius = 12;
 
 } // namespace
 
-RateChart::RateChart(QWidget* parent) : QWidget(parent)
+RateChart::RateChart(QWidget* parent)
+    : QWidget(parent)
 {
     setMinimumSize(360, 240);
     setBackgroundRole(QPalette::Base);
@@ -143,8 +144,7 @@ void RateChart::paintEvent(QPaintEvent*)
             const double x = decade * factor;
             if (x > r.xMax * 1.0001)
                 break;
-            const double at =
-                area.left() + area.width() * (logOf(x) - logOf(r.xMin)) / (logOf(r.xMax) - logOf(r.xMin));
+            const double at = area.left() + area.width() * (logOf(x) - logOf(r.xMin)) / (logOf(r.xMax) - logOf(r.xMin));
             painter.setPen(QPen(grid, 0, factor == 1.0 ? Qt::DashLine : Qt::DotLine));
             painter.drawLine(QPointF(at, area.top()), QPointF(at, area.bottom()));
             painter.setPen(ink);
@@ -204,8 +204,8 @@ void RateChart::paintEvent(QPaintEvent*)
             painter.drawEllipse(*at, 8, 8);
             const RatePoint& p = *chosen();
             painter.drawText(*at + QPointF(10, -10),
-                             QStringLiteral("%1 %2 bps").arg(QString::fromStdString(p.algorithm),
-                                                            QString::fromStdString(p.bitRate)));
+                             QStringLiteral("%1 %2 bps")
+                                 .arg(QString::fromStdString(p.algorithm), QString::fromStdString(p.bitRate)));
         }
 }
 

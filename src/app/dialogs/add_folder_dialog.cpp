@@ -7,7 +7,8 @@
 
 namespace kestrelon {
 
-AddFolderDialog::AddFolderDialog(QWidget* parent) : QDialog(parent)
+AddFolderDialog::AddFolderDialog(QWidget* parent)
+    : QDialog(parent)
 {
     setWindowTitle(QStringLiteral("Add Folder"));
     auto* frame = new QGroupBox(QStringLiteral(" Folder Name "), this);
@@ -26,6 +27,9 @@ AddFolderDialog::AddFolderDialog(QWidget* parent) : QDialog(parent)
     setMinimumWidth(300);
 }
 
-std::string AddFolderDialog::folderName() const { return m_name->text().toStdString(); }
+std::string AddFolderDialog::folderName() const
+{
+    return m_name->text().toStdString();
+}
 
 } // namespace kestrelon

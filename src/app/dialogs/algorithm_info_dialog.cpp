@@ -10,7 +10,8 @@
 
 namespace kestrelon {
 
-AlgorithmInfoDialog::AlgorithmInfoDialog(const AlgorithmInfo& info, QWidget* parent) : QDialog(parent)
+AlgorithmInfoDialog::AlgorithmInfoDialog(const AlgorithmInfo& info, QWidget* parent)
+    : QDialog(parent)
 {
     setWindowTitle(tr("Configuration of %1").arg(QString::fromStdString(info.name)));
     auto* form = new ReadOnlyForm;

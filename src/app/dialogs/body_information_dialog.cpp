@@ -169,7 +169,8 @@ void BodyInformationDialog::selectBody(int index)
 void BodyInformationDialog::onCurrentItemChanged(QTreeWidgetItem* current)
 {
     // A value item stands for the body that holds it.
-    while (current && (itemValue(current) & kBodyItem) == 0) current = current->parent();
+    while (current && (itemValue(current) & kBodyItem) == 0)
+        current = current->parent();
     if (!current)
         return;
     const int index = static_cast<int>(itemValue(current) & kIndexMask);
@@ -236,7 +237,8 @@ void BodyInformationDialog::onSliderValueChanged(int value)
 int BodyInformationDialog::leadingInteger(const QString& text)
 {
     qsizetype i = 0;
-    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t')) ++i;
+    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t'))
+        ++i;
     bool negative = false;
     if (i < text.size() && (text[i] == u'+' || text[i] == u'-')) {
         negative = text[i] == u'-';
@@ -283,13 +285,15 @@ void BodyInformationDialog::applyTypedVolume()
 
 void BodyInformationDialog::accept()
 {
-    for (BodyInfo& body : m_bodies) body.confirmedVolume = body.currentVolume;
+    for (BodyInfo& body : m_bodies)
+        body.confirmedVolume = body.currentVolume;
     QDialog::accept();
 }
 
 void BodyInformationDialog::reject()
 {
-    for (BodyInfo& body : m_bodies) body.currentVolume = body.confirmedVolume;
+    for (BodyInfo& body : m_bodies)
+        body.currentVolume = body.confirmedVolume;
     QDialog::reject();
 }
 
@@ -308,7 +312,8 @@ void BodyInformationDialog::setBoardPort(const QString& device, const QStringLis
     m_port0->setEditText(device);
     m_port0->setEnabled(true);
     connect(m_port0, &QComboBox::currentTextChanged, this, [chosen = std::move(chosen)](const QString& text) {
-        if (chosen) chosen(text.trimmed());
+        if (chosen)
+            chosen(text.trimmed());
     });
 }
 

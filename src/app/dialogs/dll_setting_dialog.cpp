@@ -78,7 +78,8 @@ DllSettingDialog::DllSettingDialog(std::vector<AlgoRegEntry>& registry, std::fil
 void DllSettingDialog::fillAlgorithms()
 {
     m_algorithms->clear();
-    for (const AlgoRegEntry& entry : m_registry) m_algorithms->addItem(QString::fromStdString(entry.name));
+    for (const AlgoRegEntry& entry : m_registry)
+        m_algorithms->addItem(QString::fromStdString(entry.name));
     m_remove->setEnabled(!m_projectFolder.empty() && m_algorithms->count() > 0);
 }
 

@@ -33,8 +33,8 @@ class DllSettingDialog : public QDialog {
 public:
     // `registry` is the open project's algorithm list, `projectFolder` its
     // folder (empty when no project is open); `editorPath` is changed on OK.
-    DllSettingDialog(std::vector<AlgoRegEntry>& registry, std::filesystem::path projectFolder,
-                     std::string& editorPath, UserPort& port, QWidget* parent = nullptr);
+    DllSettingDialog(std::vector<AlgoRegEntry>& registry, std::filesystem::path projectFolder, std::string& editorPath,
+                     UserPort& port, QWidget* parent = nullptr);
 
     QComboBox* algorithmBox() const { return m_algorithms; }
     QPushButton* removeButton() const { return m_remove; }

@@ -34,13 +34,15 @@ EncodeInfoDialog::EncodeInfoDialog(const EditInfoRecord& record, const RowEncode
     auto* rowForm = new ReadOnlyForm;
     rowForm->addField(tr("File Name:"), record.fileName);
     rowForm->addField(tr("Algorithm:"), record.algoName);
-    rowForm->addField(tr("Bit Rate:"), record.bitRate.empty() ? QString() : QString::fromStdString(record.bitRate) + tr(" bps"));
+    rowForm->addField(tr("Bit Rate:"),
+                      record.bitRate.empty() ? QString() : QString::fromStdString(record.bitRate) + tr(" bps"));
     rowForm->addField(tr("Interim File:"), QString::fromStdString(utf8FromPath(file.interimFile)));
     rowForm->addField(tr("Packed Size:"), bytes(file.packedSize));
     rowForm->addField(tr("Encode Size:"), bytes(file.encoded.fileSize));
     rowForm->addField(tr("Speech Data:"), bytes(file.encoded.dataSize()));
-    rowForm->addField(tr("Compression Rate:"),
-                      record.compressionRate.empty() ? QString() : QString::fromStdString(record.compressionRate) + " %");
+    rowForm->addField(tr("Compression Rate:"), record.compressionRate.empty()
+                                                   ? QString()
+                                                   : QString::fromStdString(record.compressionRate) + " %");
     row->setLayout(rowForm);
 
     const EncodedHeaderFields& header = file.encoded.header;

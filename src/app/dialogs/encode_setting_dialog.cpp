@@ -75,7 +75,8 @@ EncodeSettingDialog::EncodeSettingDialog(const std::vector<BodyInfo>& bodies, co
     layout->addWidget(m_applyToAll);
     layout->addWidget(buttons);
 
-    for (const BodyInfo& body : m_bodies) m_body->addItem(qText(body.name));
+    for (const BodyInfo& body : m_bodies)
+        m_body->addItem(qText(body.name));
     choose(m_body, qText(last.bodyName));
     fillAlgorithms(qText(last.algName));
     fillBitRates(qText(last.bitRate));
@@ -110,8 +111,10 @@ void EncodeSettingDialog::fillAlgorithms(const QString& preferred)
     m_name->clear();
     if (const BodyInfo* body = currentBody()) {
         // The body's algorithms up to its ALGOCOUNT, as the settings file counts them.
-        const std::size_t count = std::min(body->algorithms.size(), static_cast<std::size_t>(std::max(0, body->algoCount)));
-        for (std::size_t i = 0; i < count; ++i) m_name->addItem(qText(body->algorithms[i].name));
+        const std::size_t count =
+            std::min(body->algorithms.size(), static_cast<std::size_t>(std::max(0, body->algoCount)));
+        for (std::size_t i = 0; i < count; ++i)
+            m_name->addItem(qText(body->algorithms[i].name));
     }
     choose(m_name, preferred);
     fillBitRates(m_bitRate->currentText());
@@ -122,7 +125,8 @@ void EncodeSettingDialog::fillBitRates(const QString& preferred)
     const QSignalBlocker quiet(m_bitRate);
     m_bitRate->clear();
     if (const BodyAlgoInfo* algorithm = currentAlgorithm())
-        for (const std::string& rate : algorithm->bitRates) m_bitRate->addItem(qText(rate));
+        for (const std::string& rate : algorithm->bitRates)
+            m_bitRate->addItem(qText(rate));
     choose(m_bitRate, preferred);
 }
 

@@ -57,9 +57,9 @@ private:
 class EncodeSettingDialogChooser : public EncodeSettingChooser {
 public:
     EncodeSettingDialogChooser(const std::vector<BodyInfo>& bodies, QWidget* parent)
-        : m_bodies(bodies), m_parent(parent)
-    {
-    }
+        : m_bodies(bodies)
+        , m_parent(parent)
+    {}
     EncodeSettingAnswer choose(const ProjectItem& source, const LastEncodeSetting& last) override;
 
 private:

@@ -129,14 +129,15 @@ void ExportDialog::updateFormatControls()
 {
     const auto format = static_cast<FirmwareFormat>(m_format->currentData().toInt());
     m_name->setEnabled(format != FirmwareFormat::Raw);
-    for (QWidget* control : {static_cast<QWidget*>(m_alignment), static_cast<QWidget*>(m_byteOrder),
-                             static_cast<QWidget*>(m_pad)})
+    for (QWidget* control :
+         {static_cast<QWidget*>(m_alignment), static_cast<QWidget*>(m_byteOrder), static_cast<QWidget*>(m_pad)})
         control->setEnabled(format == FirmwareFormat::Image);
 
     std::vector<std::uintmax_t> lengths;
     std::uintmax_t data = 0;
     for (std::uintmax_t size : m_sizes) {
-        const std::uintmax_t kept = m_header->isChecked() || size < kEncodedHeaderSize ? size : size - kEncodedHeaderSize;
+        const std::uintmax_t kept =
+            m_header->isChecked() || size < kEncodedHeaderSize ? size : size - kEncodedHeaderSize;
         lengths.push_back(kept);
         data += kept;
     }

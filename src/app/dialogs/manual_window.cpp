@@ -10,7 +10,8 @@
 namespace kestrelon {
 
 ManualWindow::ManualWindow(const std::filesystem::path& index, QWidget* parent)
-    : QWidget(parent, Qt::Window), m_browser(new QTextBrowser(this))
+    : QWidget(parent, Qt::Window)
+    , m_browser(new QTextBrowser(this))
 {
     setWindowTitle(tr("Kestrelon user manual"));
     setAttribute(Qt::WA_DeleteOnClose);

@@ -14,7 +14,9 @@ namespace kestrelon {
 
 NewProjectDialog::NewProjectDialog(UserPort& port, FileChooser& chooser, const std::filesystem::path& startLocation,
                                    QWidget* parent)
-    : QDialog(parent), m_port(port), m_chooser(chooser)
+    : QDialog(parent)
+    , m_port(port)
+    , m_chooser(chooser)
 {
     setWindowTitle(QStringLiteral("New Project"));
     m_name = new QLineEdit(this);
@@ -49,15 +51,22 @@ NewProjectDialog::NewProjectDialog(UserPort& port, FileChooser& chooser, const s
     m_name->setFocus();
 }
 
-std::string NewProjectDialog::name() const { return m_name->text().toStdString(); }
+std::string NewProjectDialog::name() const
+{
+    return m_name->text().toStdString();
+}
 
-std::string NewProjectDialog::location() const { return m_path->text().toStdString(); }
+std::string NewProjectDialog::location() const
+{
+    return m_path->text().toStdString();
+}
 
 void NewProjectDialog::accept()
 {
     const NewProjectCheck check = checkNewProject(name(), location(), m_port);
     if (!check.ok) {
-        if (check.clearName) m_name->clear();
+        if (check.clearName)
+            m_name->clear();
         m_name->setFocus();
         return;
     }

@@ -82,7 +82,12 @@ private:
 class ProgressPort : public UserPort {
 public:
     // A new port starts a new batch: an earlier stop request is forgotten.
-    ProgressPort(UserPort& inner, ProgressDialog& dialog) : m_inner(inner), m_dialog(dialog) { m_dialog.startBatch(); }
+    ProgressPort(UserPort& inner, ProgressDialog& dialog)
+        : m_inner(inner)
+        , m_dialog(dialog)
+    {
+        m_dialog.startBatch();
+    }
     ~ProgressPort() override { m_dialog.finishBatch(); }
     ProgressPort(const ProgressPort&) = delete;
     ProgressPort& operator=(const ProgressPort&) = delete;

@@ -13,7 +13,9 @@
 namespace kestrelon {
 
 PropertyDialog::PropertyDialog(EditInfoRecord& record, UserPort& port, QWidget* parent)
-    : QDialog(parent), m_record(record), m_port(port)
+    : QDialog(parent)
+    , m_record(record)
+    , m_port(port)
 {
     setWindowTitle(tr("Property"));
     auto* form = new ReadOnlyForm;

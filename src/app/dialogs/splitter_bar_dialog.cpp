@@ -16,10 +16,18 @@ namespace {
 bool g_splitView = false;
 }
 
-bool splitViewEnabled() { return g_splitView; }
-void setSplitViewEnabled(bool enabled) { g_splitView = enabled; }
+bool splitViewEnabled()
+{
+    return g_splitView;
+}
+void setSplitViewEnabled(bool enabled)
+{
+    g_splitView = enabled;
+}
 
-SplitterBarDialog::SplitterBarDialog(bool current, UserPort& port, QWidget* parent) : QDialog(parent), m_port(port)
+SplitterBarDialog::SplitterBarDialog(bool current, UserPort& port, QWidget* parent)
+    : QDialog(parent)
+    , m_port(port)
 {
     setWindowTitle(QStringLiteral("Show Splitter Bar"));
     m_code = new QLineEdit(this);
@@ -36,7 +44,8 @@ SplitterBarDialog::SplitterBarDialog(bool current, UserPort& port, QWidget* pare
     // Return in the edit means "Enter", not OK.
     m_enter->setDefault(true);
     for (QAbstractButton* button : buttons->buttons())
-        if (auto* push = qobject_cast<QPushButton*>(button)) push->setAutoDefault(false);
+        if (auto* push = qobject_cast<QPushButton*>(button))
+            push->setAutoDefault(false);
     connect(buttons, &QDialogButtonBox::accepted, this, &SplitterBarDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &SplitterBarDialog::reject);
     connect(m_enter, &QPushButton::clicked, this, &SplitterBarDialog::enter);
@@ -48,11 +57,15 @@ SplitterBarDialog::SplitterBarDialog(bool current, UserPort& port, QWidget* pare
     setMinimumWidth(280);
 }
 
-bool SplitterBarDialog::showChecked() const { return m_show->isChecked(); }
+bool SplitterBarDialog::showChecked() const
+{
+    return m_show->isChecked();
+}
 
 void SplitterBarDialog::enter()
 {
-    const bool match = m_code->text() == QLatin1String(kSplitterAccessCode.data(), qsizetype(kSplitterAccessCode.size()));
+    const bool match =
+        m_code->text() == QLatin1String(kSplitterAccessCode.data(), qsizetype(kSplitterAccessCode.size()));
     m_code->clear();
     if (!match) {
         m_port.showMessage(msg::kKeycodeError);

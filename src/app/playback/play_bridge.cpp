@@ -7,7 +7,10 @@
 namespace kestrelon {
 
 PlayBridge::PlayBridge(UserPort& port, QObject* parent)
-    : QObject(parent), m_host(port), m_controller(m_host, port), m_board(port)
+    : QObject(parent)
+    , m_host(port)
+    , m_controller(m_host, port)
+    , m_board(port)
 {
     m_board.onNotified = [this] {
         QMetaObject::invokeMethod(
@@ -20,7 +23,8 @@ PlayBridge::PlayBridge(UserPort& port, QObject* parent)
     };
     // Called on the player's thread: only a queued call crosses over.
     m_host.onNotified = [this] {
-        QMetaObject::invokeMethod(this, [this] { m_controller.follow(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { m_controller.follow(); }, Qt::QueuedConnection);
     };
     m_following = m_controller.changed.subscribe([this](const PlayStatus&) { emit playStateChanged(); });
 }

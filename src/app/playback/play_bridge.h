@@ -4,9 +4,9 @@
 // player's notifications (from its audio thread) to the user-interface thread
 // as a queued call, where the controller follows the player. Views learn the
 // play state from playStateChanged; nothing here blocks painting.
-#include "playback/playback_controller.h"
 #include "host/board_player_host.h"
 #include "host/pc_player_host.h"
+#include "playback/playback_controller.h"
 
 #include <QObject>
 

@@ -16,7 +16,12 @@ namespace kestrelon {
 
 PlayCommands::PlayCommands(UserPort& port, ProjectSession& session, MainView& view, QStatusBar& statusBar,
                            QObject* parent)
-    : QObject(parent), m_session(session), m_view(view), m_statusBar(statusBar), m_bridge(port), m_port(port)
+    : QObject(parent)
+    , m_session(session)
+    , m_view(view)
+    , m_statusBar(statusBar)
+    , m_bridge(port)
+    , m_port(port)
 {
     connect(&m_bridge, &PlayBridge::playStateChanged, this, &PlayCommands::follow);
     connect(&m_bridge, &PlayBridge::boardStateChanged, this, [this] {
@@ -71,8 +76,7 @@ void PlayCommands::playRow(const ListRow& row, int column, int loops)
         return;
     }
     const PlayWhat what = column == int(ListColumn::DecodePlay) ? PlayWhat::Decoded : PlayWhat::Original;
-    m_bridge.controller().playRow(m_session, row.record(), what,
-                                  rowKey(row) + "@" + std::to_string(column), loops);
+    m_bridge.controller().playRow(m_session, row.record(), what, rowKey(row) + "@" + std::to_string(column), loops);
 }
 
 void PlayCommands::loadBoardPlayer(BodySettings& bodies)

@@ -3,8 +3,8 @@
 #include "app/playback/play_commands.h"
 #include "bodies/body_settings.h"
 #include "playback/board_items.h"
-#include "playback/sentence.h"
 #include "playback/play_list_edit.h"
+#include "playback/sentence.h"
 #include "project/project_session.h"
 
 #include <QDialogButtonBox>
@@ -48,12 +48,20 @@ constexpr std::uint32_t kAllPlayed = 16;
 
 PlaySentenceDialog::PlaySentenceDialog(ProjectSession& session, PlayList& list, PlayCommands& playing,
                                        BodySettings* bodies, UserPort& port, QWidget* parent)
-    : QDialog(parent), m_session(session), m_playList(list), m_playing(playing), m_bodies(bodies), m_port(port),
-      m_rowsList(MainList::fromDocument(session.document())), m_rows(listWidget(this)), m_list(listWidget(this)),
-      m_original(new QRadioButton(QStringLiteral("Original Play"), this)),
-      m_encoded(new QRadioButton(QStringLiteral("Encode Play"), this)),
-      m_decoded(new QRadioButton(QStringLiteral("Decode Play"), this)), m_progress(new QProgressBar(this)),
-      m_line(new QLabel(this))
+    : QDialog(parent)
+    , m_session(session)
+    , m_playList(list)
+    , m_playing(playing)
+    , m_bodies(bodies)
+    , m_port(port)
+    , m_rowsList(MainList::fromDocument(session.document()))
+    , m_rows(listWidget(this))
+    , m_list(listWidget(this))
+    , m_original(new QRadioButton(QStringLiteral("Original Play"), this))
+    , m_encoded(new QRadioButton(QStringLiteral("Encode Play"), this))
+    , m_decoded(new QRadioButton(QStringLiteral("Decode Play"), this))
+    , m_progress(new QProgressBar(this))
+    , m_line(new QLabel(this))
 {
     setWindowTitle(QStringLiteral("Play Sentence"));
     auto* layout = new QVBoxLayout(this);
@@ -104,10 +112,12 @@ PlaySentenceDialog::PlaySentenceDialog(ProjectSession& session, PlayList& list, 
         m_session.markModified();
     showList();
     connect(&m_playing, &PlayCommands::stateChanged, this, [this] {
-        if (m_next >= 0 && !m_playing.playing()) playNext();
+        if (m_next >= 0 && !m_playing.playing())
+            playNext();
         // On the board, the line follows the item the board reports.
         const BoardReport& last = m_playing.board().lastReport();
-        if (m_encoded->isChecked() && last.index >= 0) showPlaying(last.index);
+        if (m_encoded->isChecked() && last.index >= 0)
+            showPlaying(last.index);
         if (m_encoded->isChecked() && last.index == -1 && last.status == kAllPlayed)
             showPlaying(int(m_playList.size()) - 1);
     });
@@ -132,21 +142,24 @@ void PlaySentenceDialog::addSelected()
 {
     std::vector<std::size_t> rows;
     for (int i = 0; i < m_rows->topLevelItemCount(); ++i)
-        if (m_rows->topLevelItem(i)->isSelected()) rows.push_back(std::size_t(i));
+        if (m_rows->topLevelItem(i)->isSelected())
+            rows.push_back(std::size_t(i));
     add(rows);
 }
 
 void PlaySentenceDialog::addAll()
 {
     std::vector<std::size_t> rows(m_rowsList.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = i;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i] = i;
     add(rows);
 }
 
 void PlaySentenceDialog::removeSelected()
 {
     for (int i = m_list->topLevelItemCount() - 1; i >= 0; --i)
-        if (m_list->topLevelItem(i)->isSelected()) m_playList.erase(m_playList.begin() + i);
+        if (m_list->topLevelItem(i)->isSelected())
+            m_playList.erase(m_playList.begin() + i);
     m_session.markModified();
     showList();
 }
@@ -165,7 +178,8 @@ void PlaySentenceDialog::setMode(Mode mode)
 
 void PlaySentenceDialog::showPlaying(int index)
 {
-    if (index < 0 || index >= int(m_playList.size())) return;
+    if (index < 0 || index >= int(m_playList.size()))
+        return;
     m_progress->setRange(0, 100);
     m_progress->setValue(int((index + 1) * 100 / m_playList.size()));
     m_line->setText(QStringLiteral("%1 / %2 %3 is playing")
@@ -187,16 +201,19 @@ std::vector<const EditInfoRecord*> PlaySentenceDialog::entryRecords() const
 void PlaySentenceDialog::play()
 {
     stop();
-    if (m_playList.empty()) return;
+    if (m_playList.empty())
+        return;
     const std::vector<const EditInfoRecord*> records = entryRecords();
     if (!m_encoded->isChecked()) {
-        if (m_decoded->isChecked() && !everyEntryDecoded(m_session, records, m_port)) return;
+        if (m_decoded->isChecked() && !everyEntryDecoded(m_session, records, m_port))
+            return;
         m_next = 0;
         playNext();
         return;
     }
     // The board takes the whole list at once and reports the item it plays.
-    if (!m_bodies || !m_playing.board().isLoaded()) return;
+    if (!m_bodies || !m_playing.board().isLoaded())
+        return;
     std::optional<std::vector<BoardItem>> items = boardItemsFor(m_session, records, *m_bodies, m_port);
     if (items && m_playing.board().play(0, std::uint32_t(m_bodies->baudRate()), std::move(*items)))
         showPlaying(0);
@@ -210,8 +227,8 @@ void PlaySentenceDialog::playNext()
         const int index = m_next++;
         showPlaying(index);
         const bool last = index + 1 == int(records.size());
-        switch (startSentenceEntry(m_playing.controller(), m_session, *records[std::size_t(index)], what, last,
-                                   m_port)) {
+        switch (
+            startSentenceEntry(m_playing.controller(), m_session, *records[std::size_t(index)], what, last, m_port)) {
         case EntryStart::Playing: return;
         case EntryStart::Skipped: continue;
         case EntryStart::Ended: m_next = -1; return;

@@ -14,9 +14,11 @@ namespace kestrelon {
 class StateStep : public QUndoCommand {
 public:
     StateStep(const QString& text, ProjectUndo::SharedState before, ProjectUndo::SharedState after, ProjectUndo& owner)
-        : QUndoCommand(text), m_before(std::move(before)), m_after(std::move(after)), m_owner(owner)
-    {
-    }
+        : QUndoCommand(text)
+        , m_before(std::move(before))
+        , m_after(std::move(after))
+        , m_owner(owner)
+    {}
 
     void undo() override { m_owner.apply(*m_before); }
     // The stack redoes a step as it is pushed; the edit itself did that work.
@@ -38,7 +40,9 @@ private:
 };
 
 ProjectUndo::ProjectUndo(ProjectSession& session, UserPort& port, QObject* parent)
-    : QObject(parent), m_session(session), m_port(port)
+    : QObject(parent)
+    , m_session(session)
+    , m_port(port)
 {
     m_stack.setUndoLimit(kStepLimit);
     connect(&m_stack, &QUndoStack::indexChanged, this, &ProjectUndo::historyChanged);

@@ -20,7 +20,8 @@ QString withUnit(const std::string& value, const char* unit)
 
 } // namespace
 
-InfoPanels::InfoPanels(QWidget* parent) : QWidget(parent)
+InfoPanels::InfoPanels(QWidget* parent)
+    : QWidget(parent)
 {
     const auto makeGroup = [this](const QString& title, std::initializer_list<std::pair<Field, const char*>> rows) {
         auto* group = new QGroupBox(title, this);
@@ -45,21 +46,21 @@ InfoPanels::InfoPanels(QWidget* parent) : QWidget(parent)
     };
 
     QGroupBox* file = makeGroup(tr("File Information"), {{FileName, "Name:"},
-                                                          {FileSampleRate, "Sample Rate:"},
-                                                          {FileChannels, "Channels:"},
-                                                          {FileResolution, "Resolution:"},
-                                                          {FileSize, "File Size:"},
-                                                          {FileTime, "Time:"}});
+                                                         {FileSampleRate, "Sample Rate:"},
+                                                         {FileChannels, "Channels:"},
+                                                         {FileResolution, "Resolution:"},
+                                                         {FileSize, "File Size:"},
+                                                         {FileTime, "Time:"}});
     QGroupBox* algorithm = makeGroup(tr("Algorithm Information"), {{AlgoName, "Name:"},
-                                                                    {AlgoVersion, "Version:"},
-                                                                    {AlgoSampleRate, "Sample Rate:"},
-                                                                    {AlgoResolution, "Resolution:"},
-                                                                    {AlgoCreator, "Creator:"},
-                                                                    {AlgoDescription, "Description:"},
-                                                                    {AlgoConfiguration, "Configuration:"}});
-    QGroupBox* summary = makeGroup(QString(), {{EncodeSize, "Encode Size:"},
-                                               {DecodeSize, "Decode Size:"},
-                                               {CompressionRate, "Compression Rate:"}});
+                                                                   {AlgoVersion, "Version:"},
+                                                                   {AlgoSampleRate, "Sample Rate:"},
+                                                                   {AlgoResolution, "Resolution:"},
+                                                                   {AlgoCreator, "Creator:"},
+                                                                   {AlgoDescription, "Description:"},
+                                                                   {AlgoConfiguration, "Configuration:"}});
+    QGroupBox* summary =
+        makeGroup(QString(),
+                  {{EncodeSize, "Encode Size:"}, {DecodeSize, "Decode Size:"}, {CompressionRate, "Compression Rate:"}});
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -30,8 +30,8 @@ public:
         AlgoVersion,
         AlgoSampleRate,
         AlgoResolution,
-        AlgoCreator,       // present but hidden
-        AlgoDescription,   // present but hidden
+        AlgoCreator, // present but hidden
+        AlgoDescription, // present but hidden
         AlgoConfiguration, // present but hidden
         EncodeSize,
         DecodeSize,

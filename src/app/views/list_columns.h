@@ -8,18 +8,18 @@
 namespace kestrelon {
 
 enum class ListColumn : int {
-    Marker = 0,          // row marker: on the play list or not
+    Marker = 0, // row marker: on the play list or not
     FileName = 1,
     Body = 2,
     Algorithm = 3,
     BitRate = 4,
-    OriginalPlay = 5,    // play cell (PC)
-    EncodePlay = 6,      // play cell (board)
+    OriginalPlay = 5, // play cell (PC)
+    EncodePlay = 6, // play cell (board)
     EncodeSize = 7,
-    DecodePlay = 8,      // play cell (PC)
+    DecodePlay = 8, // play cell (PC)
     CompressionRate = 9,
     DecodeSize = 10,
-    SegmentalSnr = 11,   // quality of the decode against its source
+    SegmentalSnr = 11, // quality of the decode against its source
     MelDistance = 12,
     DurationRatio = 13,
 };
@@ -57,18 +57,15 @@ constexpr SortKind sortKindOf(int column)
     switch (static_cast<ListColumn>(column)) {
     case ListColumn::FileName:
     case ListColumn::Body:
-    case ListColumn::Algorithm:
-        return SortKind::Text;
+    case ListColumn::Algorithm: return SortKind::Text;
     case ListColumn::BitRate:
     case ListColumn::EncodeSize:
     case ListColumn::CompressionRate:
     case ListColumn::DecodeSize:
     case ListColumn::SegmentalSnr:
     case ListColumn::MelDistance:
-    case ListColumn::DurationRatio:
-        return SortKind::Number;
-    default:
-        return SortKind::ListOrder; // the marker and the play cells keep the project's order
+    case ListColumn::DurationRatio: return SortKind::Number;
+    default: return SortKind::ListOrder; // the marker and the play cells keep the project's order
     }
 }
 

@@ -1,12 +1,12 @@
 #include "app/views/main_view.h"
 
-#include "app/undo/project_undo.h"
 #include "app/dialogs/algorithm_info_dialog.h"
 #include "app/dialogs/encode_info_dialog.h"
 #include "app/dialogs/encode_setting_dialog.h"
 #include "app/dialogs/export_dialog.h"
 #include "app/dialogs/progress_dialog.h"
 #include "app/dialogs/property_dialog.h"
+#include "app/undo/project_undo.h"
 #include "app/views/info_panels.h"
 #include "app/views/list_columns.h"
 #include "app/views/record_sort_proxy.h"
@@ -18,20 +18,20 @@
 #include "common/messages.h"
 #include "common/paths.h"
 #include "common/recording_port.h"
+#include "export/export.h"
 #include "host/algorithm_info.h"
 #include "host/codec_host.h"
 #include "project/project_session.h"
-#include "export/export.h"
 #include "settings/settings_store.h"
 
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QLabel>
-#include <QStackedLayout>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMenu>
+#include <QStackedLayout>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -49,9 +49,9 @@ namespace {
 class ViewProgressPort : public ProgressPort {
 public:
     ViewProgressPort(UserPort& inner, ProgressDialog& dialog, RecordTableModel& model)
-        : ProgressPort(inner, dialog), m_model(model)
-    {
-    }
+        : ProgressPort(inner, dialog)
+        , m_model(model)
+    {}
     void endProgress() override
     {
         m_model.recordsChanged();
@@ -65,7 +65,10 @@ private:
 // Delete in the list deletes rows; everything else is the table's.
 class DeleteKeyFilter : public QObject {
 public:
-    DeleteKeyFilter(MainView* view) : QObject(view), m_view(view) {}
+    DeleteKeyFilter(MainView* view)
+        : QObject(view)
+        , m_view(view)
+    {}
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -84,8 +87,7 @@ private:
 
 // "Multiple" is the record's columns' widths against their sum at scale 1.0;
 // the quality columns, which may be hidden, follow the scale but do not set it.
-constexpr int kBaseWidthSum =
-    std::accumulate(kListBaseWidths.begin(), kListBaseWidths.begin() + kRecordColumnCount, 0);
+constexpr int kBaseWidthSum = std::accumulate(kListBaseWidths.begin(), kListBaseWidths.begin() + kRecordColumnCount, 0);
 
 } // namespace
 
@@ -219,16 +221,19 @@ void MainView::buildContextMenu()
     m_menu->addSeparator();
     add(tr("Encode"), &MainView::encodeSelected, selection);
     add(tr("&Decode"), &MainView::decodeSelected, selection);
-    add(tr("Duplicate"), &MainView::duplicateSelected, [this, selection] { return selection() && m_project && m_project->bodies(); });
+    add(tr("Duplicate"), &MainView::duplicateSelected,
+        [this, selection] { return selection() && m_project && m_project->bodies(); });
     add(tr("Clear"), &MainView::clearSelected, selection);
-    add(tr("Compare &Bit Rates..."), &MainView::compareBitRatesRequested, [this, selection] { return selection() && m_project && m_project->bodies(); });
+    add(tr("Compare &Bit Rates..."), &MainView::compareBitRatesRequested,
+        [this, selection] { return selection() && m_project && m_project->bodies(); });
     m_menu->addSeparator();
     add(tr("E&xport"), &MainView::exportSelected, selection);
     add(tr("&Property"), &MainView::showProperty, current);
     add(tr("Encode &Info"), &MainView::showEncodeInfo, current);
     add(tr("Show configuration"), &MainView::showConfiguration, current);
     connect(m_menu, &QMenu::aboutToShow, this, [this, rules] {
-        for (std::size_t i = 0; i < m_contextActions.size(); ++i) m_contextActions[i]->setEnabled(rules[i]());
+        for (std::size_t i = 0; i < m_contextActions.size(); ++i)
+            m_contextActions[i]->setEnabled(rules[i]());
     });
 }
 
@@ -238,8 +243,8 @@ void MainView::setProject(Project* project)
 {
     m_project = project;
     m_factsHost.reset(); // it ran the codecs of the program folder it was made for
-    m_projectHeard = project ? project->changed.subscribe([this](const ProjectChange& change) { heard(change); })
-                             : Subscription();
+    m_projectHeard =
+        project ? project->changed.subscribe([this](const ProjectChange& change) { heard(change); }) : Subscription();
     m_model->setQuality(project ? &project->quality() : nullptr);
     refresh();
 }
@@ -316,8 +321,8 @@ void MainView::chooseQualityColumns(const QPoint& at)
             if (!m_settings)
                 return;
             const int bit = 1 << (column - kFirstQualityColumn);
-            m_settings->hiddenQualityColumns = show ? m_settings->hiddenQualityColumns & ~bit
-                                                    : m_settings->hiddenQualityColumns | bit;
+            m_settings->hiddenQualityColumns =
+                show ? m_settings->hiddenQualityColumns & ~bit : m_settings->hiddenQualityColumns | bit;
         });
     }
     menu.exec(m_table->horizontalHeader()->mapToGlobal(at));
@@ -338,7 +343,8 @@ void MainView::storeColumnScale()
     // Dragging a column edge changes the scale of the whole list: the sum of
     // the widths against the sum at scale 1.0.
     int total = 0;
-    for (int column = 0; column < kRecordColumnCount; ++column) total += m_table->horizontalHeader()->sectionSize(column);
+    for (int column = 0; column < kRecordColumnCount; ++column)
+        total += m_table->horizontalHeader()->sectionSize(column);
     m_settings->columnScale = static_cast<float>(total) / static_cast<float>(kBaseWidthSum);
 }
 
@@ -570,7 +576,9 @@ QString MainView::batchSummary(const BatchResult& batch, bool encode)
     const int failed = int(batch.count(RowOutcome::Failed) + batch.count(RowOutcome::Unreadable));
     const int passed = int(batch.count(RowOutcome::Invalid));
     const int notReached = int(batch.count(RowOutcome::NotReached));
-    const auto rows = [](int n) { return QString::number(n) + (n == 1 ? QStringLiteral(" row") : QStringLiteral(" rows")); };
+    const auto rows = [](int n) {
+        return QString::number(n) + (n == 1 ? QStringLiteral(" row") : QStringLiteral(" rows"));
+    };
     QString text = (encode ? tr("Encoded ") : tr("Decoded ")) + rows(done);
     QStringList notes;
     if (failed > 0)
@@ -646,9 +654,10 @@ void MainView::duplicateSelected()
 {
     if (!readyForCommand() || !m_project->bodies() || !hasSelection())
         return;
-    runWithEncodeSetting([this](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
-        m_project->duplicate(shownList(), chooser, last, autoDecode, port);
-    });
+    runWithEncodeSetting(
+        [this](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
+            m_project->duplicate(shownList(), chooser, last, autoDecode, port);
+        });
 }
 
 void MainView::showConfiguration()
@@ -700,8 +709,8 @@ void MainView::runExport(bool all)
     m_lastExportHeader = options.addHeader;
     m_lastFirmware = dialog.firmwareOptions();
 
-    const ExportOutcome outcome = exportRows(m_project->session(), shown, options,
-                                             all ? ExportKind::All : ExportKind::Selected, m_port);
+    const ExportOutcome outcome =
+        exportRows(m_project->session(), shown, options, all ? ExportKind::All : ExportKind::Selected, m_port);
     if (outcome.indexFile.empty())
         return;
     const FirmwareOutcome firmware =
@@ -742,11 +751,9 @@ void MainView::addEncodeRows(const std::vector<ProjectItem*>& sources, const std
     if (!readyForCommand() || !m_project->bodies() || sources.empty())
         return;
     FixedEncodeSetting fixed(body, algorithm, bitRate);
-    runWithEncodeSetting(
-        [&](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode, UserPort& port) {
-            m_project->addEncodeData(sources, chooser, last, autoDecode, port);
-        },
-        &fixed);
+    runWithEncodeSetting([&](EncodeSettingChooser& chooser, LastEncodeSetting& last, bool autoDecode,
+                             UserPort& port) { m_project->addEncodeData(sources, chooser, last, autoDecode, port); },
+                         &fixed);
 }
 
 void MainView::runWithEncodeSetting(const EncodeSettingCommand& command, EncodeSettingChooser* fixed)

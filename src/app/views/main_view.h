@@ -194,7 +194,7 @@ private:
     int m_playingColumn = -1;
     bool m_playingPaused = false;
     InfoPanels* m_panels;
-    QLabel* m_start = nullptr;         // what to do with no project open
+    QLabel* m_start = nullptr; // what to do with no project open
     QStackedLayout* m_pages = nullptr; // that, or the panels and the list
     ProgressDialog* m_progress;
     QMenu* m_menu = nullptr;

@@ -5,7 +5,8 @@
 
 namespace kestrelon {
 
-RecordSortProxy::RecordSortProxy(QObject* parent) : QSortFilterProxyModel(parent)
+RecordSortProxy::RecordSortProxy(QObject* parent)
+    : QSortFilterProxyModel(parent)
 {
     setSortRole(RecordTableModel::kSortRole);
     // Records change under the model (encode, rates); a re-sort then would
@@ -31,8 +32,7 @@ bool RecordSortProxy::lessThan(const QModelIndex& left, const QModelIndex& right
         if (a.isValid() && a.toDouble() != b.toDouble())
             return a.toDouble() < b.toDouble();
         break;
-    case SortKind::ListOrder:
-        break;
+    case SortKind::ListOrder: break;
     }
     return left.row() < right.row();
 }

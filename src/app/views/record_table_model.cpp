@@ -22,7 +22,9 @@ QString text(const std::string& value)
 
 } // namespace
 
-RecordTableModel::RecordTableModel(QObject* parent) : QAbstractTableModel(parent) {}
+RecordTableModel::RecordTableModel(QObject* parent)
+    : QAbstractTableModel(parent)
+{}
 
 void RecordTableModel::setList(MainList list)
 {
@@ -69,7 +71,8 @@ QVariant RecordTableModel::sortNumber(const std::string& value)
     // from_chars, not strtod: the user's locale must not change how "5.3K" reads.
     const char* begin = value.data();
     const char* const last = value.data() + value.size();
-    while (begin != last && (*begin == ' ' || *begin == '\t')) ++begin;
+    while (begin != last && (*begin == ' ' || *begin == '\t'))
+        ++begin;
     double number = 0.0;
     const auto [end, error] = std::from_chars(begin, last, number);
     if (error != std::errc())
@@ -96,28 +99,17 @@ QVariant RecordTableModel::display(const ListRow& row, int column) const
 {
     const EditInfoRecord& record = row.record();
     switch (static_cast<ListColumn>(column)) {
-    case ListColumn::Marker:
-        return record.multiSelect == 1 ? kOnPlayListGlyph : QString();
-    case ListColumn::FileName:
-        return fileNameOf(row);
-    case ListColumn::Body:
-        return text(record.bodyName);
-    case ListColumn::Algorithm:
-        return text(record.algoName);
-    case ListColumn::BitRate:
-        return text(record.bitRate);
-    case ListColumn::OriginalPlay:
-        return kPlayGlyph;
-    case ListColumn::EncodePlay:
-        return record.encodeName.empty() ? QString() : kPlayGlyph;
-    case ListColumn::EncodeSize:
-        return text(record.encodeSize);
-    case ListColumn::DecodePlay:
-        return record.decodeName.empty() ? QString() : kPlayGlyph;
-    case ListColumn::CompressionRate:
-        return text(record.compressionRate);
-    case ListColumn::DecodeSize:
-        return text(record.decodeSize);
+    case ListColumn::Marker: return record.multiSelect == 1 ? kOnPlayListGlyph : QString();
+    case ListColumn::FileName: return fileNameOf(row);
+    case ListColumn::Body: return text(record.bodyName);
+    case ListColumn::Algorithm: return text(record.algoName);
+    case ListColumn::BitRate: return text(record.bitRate);
+    case ListColumn::OriginalPlay: return kPlayGlyph;
+    case ListColumn::EncodePlay: return record.encodeName.empty() ? QString() : kPlayGlyph;
+    case ListColumn::EncodeSize: return text(record.encodeSize);
+    case ListColumn::DecodePlay: return record.decodeName.empty() ? QString() : kPlayGlyph;
+    case ListColumn::CompressionRate: return text(record.compressionRate);
+    case ListColumn::DecodeSize: return text(record.decodeSize);
     case ListColumn::SegmentalSnr:
     case ListColumn::MelDistance:
     case ListColumn::DurationRatio:
@@ -147,25 +139,19 @@ QVariant RecordTableModel::sortValue(const ListRow& row, int rowIndex, int colum
 {
     const EditInfoRecord& record = row.record();
     switch (sortKindOf(column)) {
-    case SortKind::Text:
-        return display(row, column);
+    case SortKind::Text: return display(row, column);
     case SortKind::Number:
         switch (static_cast<ListColumn>(column)) {
-        case ListColumn::BitRate:
-            return sortNumber(record.bitRate);
-        case ListColumn::EncodeSize:
-            return sortNumber(record.encodeSize);
-        case ListColumn::CompressionRate:
-            return sortNumber(record.compressionRate);
-        case ListColumn::DecodeSize:
-            return sortNumber(record.decodeSize);
+        case ListColumn::BitRate: return sortNumber(record.bitRate);
+        case ListColumn::EncodeSize: return sortNumber(record.encodeSize);
+        case ListColumn::CompressionRate: return sortNumber(record.compressionRate);
+        case ListColumn::DecodeSize: return sortNumber(record.decodeSize);
         default:
             if (const std::optional<double> value = qualityValue(record, column))
                 return *value;
             return {};
         }
-    case SortKind::ListOrder:
-        return rowIndex;
+    case SortKind::ListOrder: return rowIndex;
     }
     return {};
 }
@@ -180,8 +166,7 @@ QVariant RecordTableModel::data(const QModelIndex& index, int role) const
         if (index.row() == m_playingRow && index.column() == m_playingColumn)
             return m_playingPaused ? kPausedGlyph : kPlayingGlyph;
         return display(row, index.column());
-    case kSortRole:
-        return sortValue(row, index.row(), index.column());
+    case kSortRole: return sortValue(row, index.row(), index.column());
     case Qt::ToolTipRole:
         if (m_toolTip)
             if (const QString tip = m_toolTip(row); !tip.isEmpty())
@@ -195,8 +180,7 @@ QVariant RecordTableModel::data(const QModelIndex& index, int role) const
             return QVariant::fromValue(Qt::AlignCenter);
         return QVariant::fromValue(Qt::AlignLeft | Qt::AlignVCenter);
     }
-    default:
-        return {};
+    default: return {};
     }
 }
 

@@ -25,10 +25,17 @@ constexpr double kAutoZoomSeconds = 0.05;
 
 SpeechEventDialog::SpeechEventDialog(const std::filesystem::path& eventFile, WavePane* pane, UserPort& port,
                                      QWidget* parent)
-    : QDialog(parent), m_editor(eventFile, port), m_pane(pane), m_port(port), m_list(new QListWidget(this)),
-      m_label(new QLineEdit(this)), m_defaultLabel(new QRadioButton(QStringLiteral("Use default label"), this)),
-      m_customLabel(new QRadioButton(QStringLiteral("Use custom label"), this)), m_description(new QLineEdit(this)),
-      m_id(new QLineEdit(this)), m_autoZoom(new QCheckBox(QStringLiteral("Auto Zoom In"), this))
+    : QDialog(parent)
+    , m_editor(eventFile, port)
+    , m_pane(pane)
+    , m_port(port)
+    , m_list(new QListWidget(this))
+    , m_label(new QLineEdit(this))
+    , m_defaultLabel(new QRadioButton(QStringLiteral("Use default label"), this))
+    , m_customLabel(new QRadioButton(QStringLiteral("Use custom label"), this))
+    , m_description(new QLineEdit(this))
+    , m_id(new QLineEdit(this))
+    , m_autoZoom(new QCheckBox(QStringLiteral("Auto Zoom In"), this))
 {
     setWindowTitle(QStringLiteral("Speech Event "));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -61,10 +68,12 @@ SpeechEventDialog::SpeechEventDialog(const std::filesystem::path& eventFile, Wav
         buttons->addWidget(b);
     };
     button("Play", [this] {
-        if (m_pane) m_pane->play(false);
+        if (m_pane)
+            m_pane->play(false);
     });
     button("Stop", [this] {
-        if (m_pane) m_pane->stop();
+        if (m_pane)
+            m_pane->stop();
     });
     button("Add", [this] { add(); });
     button("Del", [this] { deleteSelected(); });
@@ -116,13 +125,14 @@ void SpeechEventDialog::suggestId()
 
 void SpeechEventDialog::add()
 {
-    if (!m_pane) return;
+    if (!m_pane)
+        return;
     bool number = false;
     const int id = m_id->text().trimmed().toInt(&number);
     const std::int64_t cursor = m_pane->view().viewport().cursor();
-    const int index =
-        m_editor.add(std::uint32_t(cursor), number ? id : -1, m_description->text().toStdString());
-    if (index < 0) return;
+    const int index = m_editor.add(std::uint32_t(cursor), number ? id : -1, m_description->text().toStdString());
+    if (index < 0)
+        return;
     fillList();
     const QSignalBlocker quiet(m_list);
     m_list->setCurrentRow(index);
@@ -132,7 +142,8 @@ void SpeechEventDialog::add()
 
 void SpeechEventDialog::deleteSelected()
 {
-    if (!m_editor.removeAt(m_list->currentRow())) return;
+    if (!m_editor.removeAt(m_list->currentRow()))
+        return;
     const int row = m_list->currentRow();
     fillList();
     m_list->setCurrentRow(std::min(row, m_list->count() - 1));
@@ -140,7 +151,8 @@ void SpeechEventDialog::deleteSelected()
 
 void SpeechEventDialog::showEvent(int row)
 {
-    if (!m_pane || row < 0 || row >= int(m_editor.events().size())) return;
+    if (!m_pane || row < 0 || row >= int(m_editor.events().size()))
+        return;
     const std::int64_t at = m_editor.events()[std::size_t(row)].samples;
     WaveView& view = m_pane->view();
     view.setCursorSample(at);
@@ -154,7 +166,8 @@ void SpeechEventDialog::showEvent(int row)
 
 void SpeechEventDialog::confirm()
 {
-    if (m_pane) m_pane->stop();
+    if (m_pane)
+        m_pane->stop();
     if (!m_editor.write()) {
         m_port.showMessage(std::string(msg::kEventFileNotWrittenPrefix) + utf8FromPath(m_editor.eventFile()) + " !");
         return;

@@ -24,7 +24,8 @@ class WavePane;
 class SpeechEventDialog : public QDialog {
     Q_OBJECT
 public:
-    SpeechEventDialog(const std::filesystem::path& eventFile, WavePane* pane, UserPort& port, QWidget* parent = nullptr);
+    SpeechEventDialog(const std::filesystem::path& eventFile, WavePane* pane, UserPort& port,
+                      QWidget* parent = nullptr);
 
     const SpeechEventEditor& editor() const { return m_editor; }
     QListWidget* list() const { return m_list; }

@@ -15,12 +15,14 @@ namespace {
 // What each colour of the record paints, in the record's order.
 constexpr std::array<const char*, kWaveColorSlots.size()> kSlotTitles = {
     "Wave", "Center line", "Boundary lines", "Grid lines", "Horizontal ruler", "Vertical ruler",
-    "Text", "Background", "Sample points", "Cursor", "Play position",
+    "Text", "Background",  "Sample points",  "Cursor",     "Play position",
 };
 
 } // namespace
 
-WaveColorsDialog::WaveColorsDialog(const WaveColors& colors, QWidget* parent) : QDialog(parent), m_colors(colors)
+WaveColorsDialog::WaveColorsDialog(const WaveColors& colors, QWidget* parent)
+    : QDialog(parent)
+    , m_colors(colors)
 {
     setWindowTitle(QStringLiteral("Colors"));
     auto* layout = new QVBoxLayout(this);
@@ -32,7 +34,8 @@ WaveColorsDialog::WaveColorsDialog(const WaveColors& colors, QWidget* parent) : 
         connect(swatch, &QPushButton::clicked, this, [this, i] {
             const QColor chosen = QColorDialog::getColor(qColorFromRecord(m_colors.*kWaveColorSlots[i].member), this,
                                                          QString::fromLatin1(kSlotTitles[i]));
-            if (chosen.isValid()) setColor(i, recordFromQColor(chosen));
+            if (chosen.isValid())
+                setColor(i, recordFromQColor(chosen));
         });
         m_swatches[i] = swatch;
         form->addRow(QString::fromLatin1(kSlotTitles[i]), swatch);
@@ -49,7 +52,8 @@ WaveColorsDialog::WaveColorsDialog(const WaveColors& colors, QWidget* parent) : 
 
 void WaveColorsDialog::setColor(std::size_t slot, std::uint32_t value)
 {
-    if (slot >= kWaveColorSlots.size()) return;
+    if (slot >= kWaveColorSlots.size())
+        return;
     m_colors.*kWaveColorSlots[slot].member = value;
     paintSwatches();
 }

@@ -14,13 +14,21 @@ namespace kestrelon {
 
 namespace {
 
-QString seconds(std::int64_t samples, int rate) { return QString::number(double(samples) / std::max(rate, 1), 'f', 3); }
+QString seconds(std::int64_t samples, int rate)
+{
+    return QString::number(double(samples) / std::max(rate, 1), 'f', 3);
+}
 
 } // namespace
 
 WavePane::WavePane(QString title, UserPort& port, PlaybackController* player, QWidget* parent)
-    : QWidget(parent), m_port(port), m_player(player), m_view(new WaveView(this)),
-      m_scroll(new QScrollBar(Qt::Horizontal, this)), m_title(new QLabel(title, this)), m_info(new QLabel(this))
+    : QWidget(parent)
+    , m_port(port)
+    , m_player(player)
+    , m_view(new WaveView(this))
+    , m_scroll(new QScrollBar(Qt::Horizontal, this))
+    , m_title(new QLabel(title, this))
+    , m_info(new QLabel(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
@@ -87,11 +95,15 @@ QString WavePane::infoText() const
         .arg(v.viewEnd());
 }
 
-void WavePane::updateInfo() { m_info->setText(infoText()); }
+void WavePane::updateInfo()
+{
+    m_info->setText(infoText());
+}
 
 void WavePane::play(bool looped)
 {
-    if (!m_player || m_file.empty()) return;
+    if (!m_player || m_file.empty())
+        return;
     const WaveViewport& v = m_view->viewport();
     std::filesystem::path file = m_file;
     m_playedOffset = 0;
@@ -100,24 +112,28 @@ void WavePane::play(bool looped)
         file = pathFromUtf8(m_scratch.path().toStdString()) / "temp.wav";
         const std::vector<std::int16_t>& samples = m_view->samples();
         if (!m_scratch.isValid() ||
-            !writeWav16(file, std::span(samples).subspan(std::size_t(v.selectionStart()),
-                                                         std::size_t(v.selectionEnd() - v.selectionStart())),
+            !writeWav16(file,
+                        std::span(samples).subspan(std::size_t(v.selectionStart()),
+                                                   std::size_t(v.selectionEnd() - v.selectionStart())),
                         m_view->sampleRate()))
             file.clear();
         m_playedOffset = v.selectionStart();
     }
     m_playedFile = file;
-    if (file.empty() || !m_player->playFile(file, true, looped ? 0 : 1)) m_playedFile.clear();
+    if (file.empty() || !m_player->playFile(file, true, looped ? 0 : 1))
+        m_playedFile.clear();
 }
 
 void WavePane::stop()
 {
-    if (playing()) m_player->stop();
+    if (playing())
+        m_player->stop();
 }
 
 void WavePane::pause()
 {
-    if (playing()) m_player->pause();
+    if (playing())
+        m_player->pause();
 }
 
 bool WavePane::playing() const

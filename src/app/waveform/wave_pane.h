@@ -58,9 +58,9 @@ private:
     QScrollBar* m_scroll;
     QLabel* m_title;
     QLabel* m_info;
-    QTemporaryDir m_scratch;             // the selection's sound while it plays
-    std::filesystem::path m_playedFile;  // what this pane handed the player
-    std::int64_t m_playedOffset = 0;     // where in the wave that file begins
+    QTemporaryDir m_scratch; // the selection's sound while it plays
+    std::filesystem::path m_playedFile; // what this pane handed the player
+    std::int64_t m_playedOffset = 0; // where in the wave that file begins
     Subscription m_following;
 };
 

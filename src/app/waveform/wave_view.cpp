@@ -21,7 +21,8 @@ constexpr double kMarkReach = 4.0;
 } // namespace
 
 WaveView::WaveView(QWidget* parent)
-    : QWidget(parent), m_samples(std::make_shared<const std::vector<std::int16_t>>())
+    : QWidget(parent)
+    , m_samples(std::make_shared<const std::vector<std::int16_t>>())
 {
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(kLeftRulerWidth + 40, kTopRulerHeight + kBottomRulerHeight + 40);
@@ -55,7 +56,8 @@ void WaveView::setEvents(SpeechEventList events)
 
 void WaveView::setPlayPosition(std::int64_t sample)
 {
-    if (sample == m_playPosition) return;
+    if (sample == m_playPosition)
+        return;
     m_playPosition = sample;
     update();
 }
@@ -92,7 +94,8 @@ void WaveView::zoomAll()
 
 void WaveView::zoomToSelection()
 {
-    if (!m_viewport.hasSelection()) return;
+    if (!m_viewport.hasSelection())
+        return;
     zoomTo(m_viewport.selectionStart(), m_viewport.selectionEnd());
 }
 
@@ -104,7 +107,8 @@ void WaveView::zoomTo(std::int64_t from, std::int64_t to)
 
 void WaveView::scrollTo(std::int64_t start)
 {
-    if (start == m_viewport.viewStart()) return;
+    if (start == m_viewport.viewStart())
+        return;
     m_viewport.scrollTo(start);
     changedView();
 }
@@ -121,7 +125,10 @@ void WaveView::select(std::int64_t from, std::int64_t to)
     changedCursor();
 }
 
-std::int64_t WaveView::sampleAtX(double x) const { return m_viewport.sampleAt(x - waveArea(rect()).left()); }
+std::int64_t WaveView::sampleAtX(double x) const
+{
+    return m_viewport.sampleAt(x - waveArea(rect()).left());
+}
 
 void WaveView::paintEvent(QPaintEvent*)
 {
@@ -158,13 +165,15 @@ void WaveView::mousePressEvent(QMouseEvent* event)
 
 void WaveView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (event->buttons() & Qt::LeftButton) setCursorSample(sampleAtX(event->position().x()), true);
+    if (event->buttons() & Qt::LeftButton)
+        setCursorSample(sampleAtX(event->position().x()), true);
 }
 
 void WaveView::wheelEvent(QWheelEvent* event)
 {
     const double notches = event->angleDelta().y() / 120.0;
-    if (notches == 0) return;
+    if (notches == 0)
+        return;
     if (event->modifiers() & Qt::ShiftModifier) {
         scrollTo(m_viewport.viewStart() - std::int64_t(notches * double(m_viewport.viewLength()) / 8));
     } else {
@@ -204,14 +213,16 @@ void WaveView::keyPressEvent(QKeyEvent* event)
 
 bool WaveView::event(QEvent* event)
 {
-    if (event->type() != QEvent::ToolTip) return QWidget::event(event);
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
     const auto* help = static_cast<QHelpEvent*>(event);
     const double x = help->pos().x() - waveArea(rect()).left();
     for (const SpeechEvent& mark : m_events) {
         if (std::abs(m_viewport.xOf(mark.samples) - x) <= kMarkReach) {
-            const QString text = QStringLiteral("ID %1 at %2").arg(mark.id).arg(mark.samples) +
-                                 (mark.description.empty() ? QString()
-                                                           : QStringLiteral(": ") + QString::fromStdString(mark.description));
+            const QString text =
+                QStringLiteral("ID %1 at %2").arg(mark.id).arg(mark.samples) +
+                (mark.description.empty() ? QString()
+                                          : QStringLiteral(": ") + QString::fromStdString(mark.description));
             QToolTip::showText(help->globalPos(), text, this);
             return true;
         }

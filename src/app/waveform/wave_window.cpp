@@ -22,9 +22,14 @@ namespace kestrelon {
 
 WaveWindow::WaveWindow(const std::filesystem::path& source, WaveColors& colors, UserPort& port,
                        PlaybackController* player, QWidget* parent)
-    : QMainWindow(parent), m_colors(colors), m_port(port), m_player(player), m_eventFile(eventFilePath(source)),
-      m_tabs(new QTabBar(this)), m_splitter(new QSplitter(Qt::Vertical, this)),
-      m_original(new WavePane(QStringLiteral("Original"), port, player, m_splitter))
+    : QMainWindow(parent)
+    , m_colors(colors)
+    , m_port(port)
+    , m_player(player)
+    , m_eventFile(eventFilePath(source))
+    , m_tabs(new QTabBar(this))
+    , m_splitter(new QSplitter(Qt::Vertical, this))
+    , m_original(new WavePane(QStringLiteral("Original"), port, player, m_splitter))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(QString::fromStdString(utf8FromPath(source.filename())) + QStringLiteral(" - Waveform"));
@@ -48,10 +53,14 @@ WaveWindow::WaveWindow(const std::filesystem::path& source, WaveColors& colors, 
 WaveWindow::~WaveWindow()
 {
     m_original->stop();
-    if (m_decoded) m_decoded->stop();
+    if (m_decoded)
+        m_decoded->stop();
 }
 
-std::filesystem::path WaveWindow::scratchFolder() const { return pathFromUtf8(m_scratch.path().toStdString()); }
+std::filesystem::path WaveWindow::scratchFolder() const
+{
+    return pathFromUtf8(m_scratch.path().toStdString());
+}
 
 bool WaveWindow::loadDecoded(const std::filesystem::path& decoded)
 {
@@ -74,14 +83,17 @@ bool WaveWindow::loadDecoded(const std::filesystem::path& decoded)
 
 WavePane* WaveWindow::activePane() const
 {
-    if (!m_decoded) return m_original;
-    if (m_split) return m_focused;
+    if (!m_decoded)
+        return m_original;
+    if (m_split)
+        return m_focused;
     return m_tabs->currentIndex() == 1 ? m_decoded : m_original;
 }
 
 void WaveWindow::showPane(int index)
 {
-    if (!m_decoded) return;
+    if (!m_decoded)
+        return;
     m_original->setVisible(m_split || index == 0);
     m_decoded->setVisible(m_split || index == 1);
     m_focused = index == 1 ? m_decoded : m_original;
@@ -94,13 +106,15 @@ void WaveWindow::setSplit(bool on)
     m_split = on;
     m_tabs->setVisible(!on);
     showPane(m_tabs->currentIndex());
-    if (on) mirror(*activePane(), activePane() == m_original ? *m_decoded : *m_original);
+    if (on)
+        mirror(*activePane(), activePane() == m_original ? *m_decoded : *m_original);
     updateCommands();
 }
 
 void WaveWindow::mirror(WavePane& from, WavePane& to)
 {
-    if (!m_split || m_mirroring) return;
+    if (!m_split || m_mirroring)
+        return;
     m_mirroring = true;
     const WaveViewport& v = from.view().viewport();
     const double ratio = double(to.view().sampleRate()) / double(std::max(from.view().sampleRate(), 1));
@@ -116,7 +130,10 @@ void WaveWindow::reloadEvents()
     m_original->view().setEvents(std::move(events));
 }
 
-SpeechEventDialog* WaveWindow::eventDialog() const { return m_eventDialog; }
+SpeechEventDialog* WaveWindow::eventDialog() const
+{
+    return m_eventDialog;
+}
 
 void WaveWindow::openEventDialog()
 {
@@ -134,30 +151,35 @@ void WaveWindow::applyColors(const WaveColors& colors)
 {
     m_colors = colors;
     activePane()->view().setColors(colors);
-    if (m_split && m_decoded) (activePane() == m_original ? m_decoded : m_original)->view().setColors(colors);
+    if (m_split && m_decoded)
+        (activePane() == m_original ? m_decoded : m_original)->view().setColors(colors);
 }
 
 void WaveWindow::chooseColors()
 {
     m_colors = activePane()->view().colors();
     WaveColorsDialog dialog(m_colors, this);
-    if (dialog.exec() == QDialog::Accepted) applyColors(dialog.colors());
+    if (dialog.exec() == QDialog::Accepted)
+        applyColors(dialog.colors());
 }
 
 void WaveWindow::saveAs()
 {
     WavePane* pane = activePane();
     const std::filesystem::path file = pane->file();
-    const QString suggested = QString::fromStdString(utf8FromPath(file.parent_path() / (file.stem().string() + "_part.wav")));
+    const QString suggested =
+        QString::fromStdString(utf8FromPath(file.parent_path() / (file.stem().string() + "_part.wav")));
     const QString chosen =
         QFileDialog::getSaveFileName(this, QStringLiteral("Save As"), suggested, qtFileFilter(kWaveFilter));
-    if (!chosen.isEmpty()) pane->saveTo(pathFromUtf8(chosen.toStdString()));
+    if (!chosen.isEmpty())
+        pane->saveTo(pathFromUtf8(chosen.toStdString()));
 }
 
 QAction* WaveWindow::action(const QString& text) const
 {
     for (QAction* a : findChildren<QAction*>())
-        if (a->text() == text) return a;
+        if (a->text() == text)
+            return a;
     return nullptr;
 }
 
@@ -182,7 +204,8 @@ void WaveWindow::addCommands()
     bar->addSeparator();
     menu->addSeparator();
     add(QStringLiteral("Zoom &In"), QKeySequence(Qt::CTRL | Qt::Key_Plus), [this] { activePane()->view().zoomIn(); });
-    add(QStringLiteral("Zoom &Out"), QKeySequence(Qt::CTRL | Qt::Key_Minus), [this] { activePane()->view().zoomOut(); });
+    add(QStringLiteral("Zoom &Out"), QKeySequence(Qt::CTRL | Qt::Key_Minus),
+        [this] { activePane()->view().zoomOut(); });
     add(QStringLiteral("Zoom to Se&lection"), QKeySequence(Qt::CTRL | Qt::Key_E),
         [this] { activePane()->view().zoomToSelection(); });
     add(QStringLiteral("Zoom &All"), QKeySequence(Qt::CTRL | Qt::Key_0), [this] { activePane()->view().zoomAll(); });
@@ -214,10 +237,14 @@ void WaveWindow::updateCommands()
 {
     const bool player = m_player != nullptr;
     const bool playing = activePane()->playing();
-    if (QAction* a = action(QStringLiteral("&Play"))) a->setEnabled(player && m_loaded);
-    if (QAction* a = action(QStringLiteral("Play &Looped"))) a->setEnabled(player && m_loaded);
-    if (QAction* a = action(QStringLiteral("&Stop"))) a->setEnabled(playing);
-    if (QAction* a = action(QStringLiteral("Pa&use"))) a->setEnabled(playing);
+    if (QAction* a = action(QStringLiteral("&Play")))
+        a->setEnabled(player && m_loaded);
+    if (QAction* a = action(QStringLiteral("Play &Looped")))
+        a->setEnabled(player && m_loaded);
+    if (QAction* a = action(QStringLiteral("&Stop")))
+        a->setEnabled(playing);
+    if (QAction* a = action(QStringLiteral("Pa&use")))
+        a->setEnabled(playing);
     if (QAction* a = action(QStringLiteral("Split &View"))) {
         a->setEnabled(splitViewEnabled() && m_decoded);
         a->setChecked(m_split);
