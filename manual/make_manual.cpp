@@ -32,7 +32,8 @@ bool writePage(const QFileInfo& markdown, const QDir& out)
     document.setMarkdown(QString::fromUtf8(in.readAll()));
     QString html = document.toHtml();
     // Pages link to each other as Markdown files; the manual has them as HTML.
-    html.replace(QRegularExpression(QStringLiteral("href=\"([A-Za-z0-9_-]+)\\.md\"")), QStringLiteral("href=\"\\1.html\""));
+    html.replace(QRegularExpression(QStringLiteral("href=\"([A-Za-z0-9_-]+)\\.md\"")),
+                 QStringLiteral("href=\"\\1.html\""));
     html.replace(QStringLiteral("href=\"manual.html\""), QStringLiteral("href=\"index.html\""));
     // Screenshots are wider than a reading window: shown at a width that fits.
     html.replace(QStringLiteral("<img src="), QStringLiteral("<img width=\"720\" src="));
