@@ -107,27 +107,6 @@ TEST(SplitterBarDialog, OnlyTheExactCodeUnlocksTheSwitch)
 
 using FrameCommands = test::FrameFixture;
 
-TEST_F(FrameCommands, WindowSizeAndTheWorkspaceBarComeBackAtTheNextStart)
-{
-    const FrameOptions options{m_dir / "program", m_dir / "config", &m_port, &m_chooser};
-    m_frame->show();
-    m_frame->resize(820, 610);
-    m_frame->action(cmd::kWorkspace)->setChecked(false);
-    m_frame->runCommand(cmd::kWorkspace);
-    m_frame->workspaceBar()->setFloating(false);
-    ASSERT_FALSE(m_frame->workspaceBar()->isVisible());
-    ASSERT_TRUE(m_frame->close());
-    m_frame.reset();
-
-    MainWindow again(options);
-    again.show();
-    EXPECT_EQ(again.size(), QSize(820, 610));
-    EXPECT_FALSE(again.workspaceBar()->isVisible());
-    EXPECT_FALSE(again.action(cmd::kWorkspace)->isChecked()) << "the menu's tick follows the bar";
-
-    ASSERT_TRUE(again.close());
-}
-
 TEST_F(FrameCommands, ADamagedLayoutInTheSettingsIsPassedOver)
 {
     const FrameOptions options{m_dir / "program", m_dir / "config", &m_port, &m_chooser};
@@ -148,7 +127,6 @@ TEST_F(FrameCommands, ADamagedLayoutInTheSettingsIsPassedOver)
 TEST_F(FrameCommands, AddFolderWithAnEmptyNameAddsNothing)
 {
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Folders"));
-    m_frame->sessionChanged();
     m_frame->workspaceBar()->selectItems({}, /*root=*/true);
 
     std::string offered;
@@ -182,7 +160,6 @@ TEST_F(FrameCommands, HelpAndEditorSayWhatIsMissingAndTheEditorGetsOneArgument)
     // A project with one selected source whose name holds a blank, and an
     // editor that is not there.
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Edit"));
-    m_frame->sessionChanged();
     test::writeBytes(m_dir / "src" / "my a.wav", wav16Bytes(std::vector<std::int16_t>(80, 3), 8000));
     const auto added = m_frame->workspaceTree()->addFiles(TreeTarget::topLevel(), {m_dir / "src" / "my a.wav"});
     ASSERT_EQ(added.size(), 1u);

@@ -194,7 +194,6 @@ TEST_F(FrameSession, TheWindowsSizeAndDocksComeBackAtTheNextStart)
 TEST_F(FrameSession, WaveFilesDroppedOnTheTreeAreAddedWhereTheyFall)
 {
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Drop"));
-    m_frame->sessionChanged();
     test::whenModal<AddFolderDialog>([](AddFolderDialog* dialog) {
         dialog->nameEdit()->setText(QStringLiteral("Greetings"));
         dialog->accept();
@@ -237,7 +236,6 @@ TEST_F(FrameSession, CloseWithoutSavingRemovesTheCopiesTheSessionMade)
 {
     ASSERT_TRUE(m_frame->session().newProject(m_dir.path().string(), "Keep"));
     ASSERT_TRUE(m_frame->session().saveProject());
-    m_frame->sessionChanged();
     const fs::path files = m_dir / "Keep" / "Files";
     fs::create_directories(files);
     fs::copy_file(kWaves / "hts2a.wav", files / "inplace.wav");
