@@ -5,7 +5,7 @@
 #include "common/paths.h"
 #include "export/export.h"
 #include "export/firmware_export.h"
-#include "project/project_session.h"
+#include "model/project.h"
 
 #include <algorithm>
 #include <iostream>
@@ -80,19 +80,17 @@ Result projectExport(Context& ctx)
     ExportOutcome outcome;
     FirmwareOutcome firmwareOutcome;
     std::string error;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        MainList list = MainList::fromDocument(session.document());
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        MainList list = project.rows();
         if (chosen && !list.selectRows(*chosen)) {
             const size_t bad = *std::max_element(chosen->begin(), chosen->end());
             error = "no row " + std::to_string(bad) + ": the project has " + std::to_string(list.size()) + " row(s)";
             return false;
         }
-        outcome =
-            exportRows(session, list, {outFolder, header}, chosen ? ExportKind::Selected : ExportKind::All, ctx.port);
-        if (outcome.indexFile.empty())
-            return false;
-        firmwareOutcome =
-            writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, header, firmware, ctx.port);
+        const ExportResult written = project.exportRows(
+            list, {outFolder, header}, chosen ? ExportKind::Selected : ExportKind::All, firmware, ctx.port);
+        outcome = written.rows;
+        firmwareOutcome = written.firmware;
         if (!firmwareOutcome.ok)
             error = firmwareOutcome.error;
         return outcome.ok && firmwareOutcome.ok;

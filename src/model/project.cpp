@@ -137,4 +137,15 @@ std::size_t Project::clearRows(MainList& rows)
     return cleared;
 }
 
+ExportResult Project::exportRows(const MainList& rows, const ExportOptions& options, ExportKind kind,
+                                 const FirmwareOptions& firmware, UserPort& port) const
+{
+    ExportResult result;
+    result.rows = kestrelon::exportRows(m_session, rows, options, kind, port);
+    if (!result.rows.indexFile.empty())
+        result.firmware = writeFirmwareFiles(result.rows.indexFile.parent_path(), result.rows.files, options.addHeader,
+                                             firmware, port);
+    return result;
+}
+
 } // namespace kestrelon

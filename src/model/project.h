@@ -10,6 +10,8 @@
 #include "codec/row_codec.h"
 #include "codec/row_quality.h"
 #include "common/observer.h"
+#include "export/export.h"
+#include "export/firmware_export.h"
 #include "playback/project_companions.h"
 #include "project/project_session.h"
 
@@ -23,6 +25,13 @@ namespace kestrelon {
 class BodySettings;
 class RecentProjects;
 class UserPort;
+
+// What an export wrote: the rows' files with their index, then the firmware's
+// form of them (not tried when the index was not written).
+struct ExportResult {
+    ExportOutcome rows;
+    FirmwareOutcome firmware;
+};
 
 struct ProjectChange {
     enum class Kind {
@@ -93,6 +102,11 @@ public:
     bool deleteRows(MainList& rows, bool all);
     // The results of the selected rows dropped; how many rows had any.
     std::size_t clearRows(MainList& rows);
+
+    // Export of the selected rows of `rows` (all of them for ExportKind::All).
+    // It changes nothing of the project: nobody is told.
+    ExportResult exportRows(const MainList& rows, const ExportOptions& options, ExportKind kind,
+                            const FirmwareOptions& firmware, UserPort& port) const;
 
     // For edits made elsewhere (the Files tree, a row's properties, the
     // registry's dialog, Undo): the project is told, and tells its views.

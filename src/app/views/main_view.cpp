@@ -709,14 +709,13 @@ void MainView::runExport(bool all)
     m_lastExportHeader = options.addHeader;
     m_lastFirmware = dialog.firmwareOptions();
 
-    const ExportOutcome outcome =
-        exportRows(m_project->session(), shown, options, all ? ExportKind::All : ExportKind::Selected, m_port);
+    const ExportResult written =
+        m_project->exportRows(shown, options, all ? ExportKind::All : ExportKind::Selected, m_lastFirmware, m_port);
+    const ExportOutcome& outcome = written.rows;
     if (outcome.indexFile.empty())
         return;
-    const FirmwareOutcome firmware =
-        writeFirmwareFiles(outcome.indexFile.parent_path(), outcome.files, options.addHeader, m_lastFirmware, m_port);
-    if (!firmware.ok)
-        m_port.showMessage(firmware.error + " !");
+    if (!written.firmware.ok)
+        m_port.showMessage(written.firmware.error + " !");
     const int files = int(outcome.exported.size());
     emit finished(tr("Exported %1 %2 to %3")
                       .arg(files)
