@@ -386,7 +386,7 @@ void MainWindow::createStatusBar()
 
 std::vector<ProjectItem*> MainWindow::selectedSources() const
 {
-    return m_tree ? m_tree->selection().sources() : std::vector<ProjectItem*>{};
+    return m_project.tree() ? m_project.tree()->selection().sources() : std::vector<ProjectItem*>{};
 }
 
 FrameState MainWindow::frameState() const
@@ -396,8 +396,8 @@ FrameState MainWindow::frameState() const
     state.busy = m_project.session().busy();
     state.editorRunning = m_editorRunning;
     state.recentCount = int(m_recent.size());
-    if (m_tree) {
-        const TreeSelection& selection = m_tree->selection();
+    if (m_project.tree()) {
+        const TreeSelection& selection = m_project.tree()->selection();
         state.filesTreeEmpty = m_project.session().document().topLevelFiles().empty();
         state.hasTarget = m_workspace->target().has_value();
         state.selectedItems = int(selection.items().size());
@@ -412,7 +412,7 @@ FrameState MainWindow::frameState() const
     state.listHasRows = m_view->hasRows();
     state.listHasSelection = m_view->hasSelection();
     state.listHasCurrentRow = m_view->hasCurrentRow();
-    state.algorithmSelected = m_tree && !m_workspace->selectedAlgorithm().empty();
+    state.algorithmSelected = m_project.tree() && !m_workspace->selectedAlgorithm().empty();
     state.capsLock = capsLockOn().value_or(false);
     state.playerLoaded = m_playing && m_playing->playerLoaded();
     state.playing = m_playing && m_playing->playing();
@@ -477,19 +477,13 @@ void MainWindow::updateRecentMenu()
 
 void MainWindow::sessionChanged()
 {
-    // The old tree's selection refers to the project that just closed: the
-    // frame stops seeing it before the bar lets go of it (which updates the
-    // commands), and it goes only after that.
+    // The project keeps the old tree until everyone has heard: the bar lets
+    // go of it here (which updates the commands from the new one).
     closeWaveWindows();
-    const std::unique_ptr<WorkspaceTree> closedTree = std::move(m_tree);
     m_workspace->setProject(nullptr, nullptr, {}, nullptr);
-    if (m_project.session().isOpen()) {
-        m_tree = std::make_unique<WorkspaceTree>(m_project.session().document(), m_project.session().projectFolder(),
-                                                 m_project.session().deletionList(), *m_port);
-        m_tree->onChanged = [this] { m_project.treeEdited(); };
-        m_tree->setCopyRecord(&m_project.session().copiedIn());
-        m_workspace->setProject(m_tree.get(), &m_project.session().document(),
-                                qtPath(m_project.session().projectFile().stem()), &m_project.companions().algorithms());
+    if (WorkspaceTree* tree = m_project.tree()) {
+        m_workspace->setProject(tree, &m_project.session().document(), qtPath(m_project.session().projectFile().stem()),
+                                &m_project.companions().algorithms());
         // Add Files and Add Folder work at once: the project's root is where
         // they go until the user picks another node.
         m_workspace->selectItems({}, /*root=*/true);
@@ -508,8 +502,8 @@ void MainWindow::connectUndo()
     // The project's items are made anew: nothing may keep pointing at the old ones.
     connect(m_undo, &ProjectUndo::aboutToRestore, this, [this] {
         m_playing->stop();
-        if (m_tree)
-            m_tree->selection().forgetItems();
+        if (m_project.tree())
+            m_project.tree()->selection().forgetItems();
     });
     connect(m_undo, &ProjectUndo::restored, this, [this] {
         m_project.treeEdited();
@@ -612,8 +606,8 @@ bool MainWindow::runListCommand(int id)
     case kExportAll: m_view->exportAll(); return true;
     case kAddEncodeData:
         // Groups among the selected items are passed over by the view.
-        if (m_tree)
-            m_view->addEncodeData(m_tree->selection().items());
+        if (m_project.tree())
+            m_view->addEncodeData(m_project.tree()->selection().items());
         return true;
     default: return false;
     }
@@ -684,7 +678,7 @@ void MainWindow::onRecentProject(int index)
 void MainWindow::onAddFiles()
 {
     const auto target = m_workspace->target();
-    if (!m_tree || !target)
+    if (!m_project.tree() || !target)
         return;
     const std::vector<fs::path> chosen = m_chooser->waveFiles(startFolder(m_settings.lastFilePath));
     if (chosen.empty())
@@ -697,7 +691,7 @@ void MainWindow::addFilesRecorded(const TreeTarget& target, const std::vector<fs
 {
     bool overwrote = false;
     m_undo->record(tr("Add Files"), [&] {
-        for (const AddedFile& added : m_tree->addFiles(target, files))
+        for (const AddedFile& added : m_project.tree()->addFiles(target, files))
             overwrote = overwrote || added.outcome == AddFileOutcome::Overwritten;
     });
     // The overwritten wave's old samples are not the project's to give back.
@@ -708,7 +702,7 @@ void MainWindow::addFilesRecorded(const TreeTarget& target, const std::vector<fs
 void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs::path>& files)
 {
     // As Add Files, with every check and question, but for what was dropped.
-    if (!m_tree || m_project.session().busy())
+    if (!m_project.tree() || m_project.session().busy())
         return;
     m_settings.lastFilePath = utf8FromPath(files.front().parent_path());
     addFilesRecorded(target, files);
@@ -718,56 +712,56 @@ void MainWindow::addDroppedFiles(const TreeTarget& target, const std::vector<fs:
 void MainWindow::onAddFolder()
 {
     const auto target = m_workspace->target();
-    if (!m_tree || !target)
+    if (!m_project.tree() || !target)
         return;
     AddFolderDialog dialog(this);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_undo->record(tr("Add Folder"), [&] { m_tree->addFolder(*target, dialog.folderName()); });
+    m_undo->record(tr("Add Folder"), [&] { m_project.tree()->addFolder(*target, dialog.folderName()); });
 }
 
 void MainWindow::onDeleteAll()
 {
-    if (m_tree)
-        m_undo->record(tr("Delete All"), [this] { m_tree->deleteAll(); });
+    if (m_project.tree())
+        m_undo->record(tr("Delete All"), [this] { m_project.tree()->deleteAll(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolderFiles()
 {
-    if (m_tree)
-        m_undo->record(tr("Delete Folder Files"), [this] { m_tree->deleteFolderFiles(); });
+    if (m_project.tree())
+        m_undo->record(tr("Delete Folder Files"), [this] { m_project.tree()->deleteFolderFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFiles()
 {
-    if (m_tree)
-        m_undo->record(tr("Delete Files"), [this] { m_tree->deleteFiles(); });
+    if (m_project.tree())
+        m_undo->record(tr("Delete Files"), [this] { m_project.tree()->deleteFiles(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onDeleteFolders()
 {
-    if (m_tree)
-        m_undo->record(tr("Delete Folder"), [this] { m_tree->deleteFolders(); });
+    if (m_project.tree())
+        m_undo->record(tr("Delete Folder"), [this] { m_project.tree()->deleteFolders(); });
     m_workspace->filesView()->setFocus();
 }
 
 void MainWindow::onShowProperty()
 {
-    if (!m_tree)
+    if (!m_project.tree())
         return;
-    if (ProjectItem* item = m_tree->selection().primary())
-        showItemProperty(this, *item, item->isSource() ? m_tree->sourcePath(*item) : fs::path());
+    if (ProjectItem* item = m_project.tree()->selection().primary())
+        showItemProperty(this, *item, item->isSource() ? m_project.tree()->sourcePath(*item) : fs::path());
 }
 
 void MainWindow::onSelectAllTree()
 {
-    if (!m_tree)
+    if (!m_project.tree())
         return;
-    m_tree->selection().selectAll();
-    m_workspace->selectItems(m_tree->selection().items());
+    m_project.tree()->selection().selectAll();
+    m_workspace->selectItems(m_project.tree()->selection().items());
 }
 
 void MainWindow::onDllSetting()
@@ -840,13 +834,13 @@ void MainWindow::onExternalEditor()
         return;
     }
     const std::vector<ProjectItem*> sources = selectedSources();
-    if (!m_tree || sources.empty())
+    if (!m_project.tree() || sources.empty())
         return;
-    ProjectItem* primary = m_tree->selection().primary();
+    ProjectItem* primary = m_project.tree()->selection().primary();
     const ProjectItem* source = primary && primary->isSource() ? primary : sources.front();
     m_editorRunning = true;
     updateCommands();
-    runExternalEditor(editor, m_tree->sourcePath(*source), this);
+    runExternalEditor(editor, m_project.tree()->sourcePath(*source), this);
     m_editorRunning = false;
 }
 

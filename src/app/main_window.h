@@ -75,7 +75,7 @@ public:
     QAction* action(int id) const { return m_commands->action(id); }
     WorkspaceBar* workspaceBar() const { return m_workspace; }
     // The Files tree's commands on the open project; null when none is open.
-    WorkspaceTree* workspaceTree() const { return m_tree.get(); }
+    WorkspaceTree* workspaceTree() { return m_project.tree(); }
     MainView* mainView() const { return m_view; }
     PlayCommands* playCommands() const { return m_playing; }
     // Loads the PC player the body settings name: once the frame is shown.
@@ -173,7 +173,6 @@ private:
     FileChooser* m_chooser;
     Project m_project;
     Subscription m_projectHeard; // after the project: it goes first
-    std::unique_ptr<WorkspaceTree> m_tree;
     bool m_editorRunning = false;
 
     CommandTable* m_commands = nullptr;

@@ -5,7 +5,8 @@
 #include "cli/spooled_array.h"
 #include "common/messages.h"
 #include "common/paths.h"
-#include "playback/project_companions.h"
+#include "common/platform.h"
+#include "model/project.h"
 #include "project/new_project.h"
 #include "project/project_document.h"
 #include "project/project_session.h"
@@ -58,8 +59,8 @@ Result projectNew(Context& ctx)
         return {false, {{"files", Json::array()}}};
 
     std::error_code ec;
-    ProjectCompanionFiles companions(ctx.port);
-    ProjectSession session(ctx.port, &companions, nullptr, std::filesystem::current_path(ec));
+    Project project(ctx.port, {ctx.programFolder, userConfigFolder(), std::filesystem::current_path(ec)});
+    ProjectSession& session = project.session();
     bool ok = session.newProject(location, name) && session.saveProject();
     const std::filesystem::path file = session.projectFile();
     std::shared_ptr<SpooledArray> files = filesJson(session.document());
@@ -156,19 +157,13 @@ bool itemsForIds(const WorkspaceTree& tree, const std::vector<std::string>& ids,
     return true;
 }
 
-// The tree's commands on the session's project.
-WorkspaceTree treeOf(ProjectSession& session, UserPort& port)
-{
-    return WorkspaceTree(session.document(), session.projectFolder(), session.deletionList(), port);
-}
-
 Result projectAddFolder(Context& ctx)
 {
     const std::optional<std::string> parentId = ctx.args.takeOption("--parent");
     const auto words = ctx.args.expect(2);
     std::string error;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        WorkspaceTree tree = treeOf(session, ctx.port);
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        WorkspaceTree& tree = *project.tree();
         TreeTarget target = TreeTarget::topLevel();
         if (parentId) {
             target.folder = itemForId(tree, *parentId, ItemKind::Folder, error);
@@ -198,8 +193,8 @@ Result projectAddFiles(Context& ctx)
     std::string error;
     bool allAdded = true;
     Json added = Json::array();
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        WorkspaceTree tree = treeOf(session, ctx.port);
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        WorkspaceTree& tree = *project.tree();
         TreeTarget target = TreeTarget::topLevel();
         if (folderId) {
             target.folder = itemForId(tree, *folderId, ItemKind::Folder, error);
@@ -231,8 +226,8 @@ Result deleteSelected(Context& ctx, ItemKind kind)
     const std::vector<std::string> ids(words.begin() + 1, words.end());
     std::string error;
     CommandOutcome outcome = CommandOutcome::NothingToDo;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        WorkspaceTree tree = treeOf(session, ctx.port);
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        WorkspaceTree& tree = *project.tree();
         std::vector<ProjectItem*> items;
         if (!itemsForIds(tree, ids, kind, items, error))
             return false;
@@ -258,8 +253,8 @@ Result projectDeleteAll(Context& ctx)
 {
     const auto words = ctx.args.expect(1);
     CommandOutcome outcome = CommandOutcome::NothingToDo;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        outcome = treeOf(session, ctx.port).deleteAll();
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        outcome = project.tree()->deleteAll();
         return true;
     });
     result.fields["outcome"] = outcomeName(outcome);
@@ -271,8 +266,8 @@ Result projectRenameFolder(Context& ctx)
     const auto words = ctx.args.expect(3);
     std::string error;
     CommandOutcome outcome = CommandOutcome::NothingToDo;
-    Result result = runProjectOperation(ctx, words[0], [&](ProjectSession& session) {
-        WorkspaceTree tree = treeOf(session, ctx.port);
+    Result result = runProjectOperation(ctx, words[0], [&](Project& project) {
+        WorkspaceTree& tree = *project.tree();
         ProjectItem* folder = itemForId(tree, words[1], ItemKind::Folder, error);
         if (!folder)
             return false;

@@ -22,12 +22,21 @@ void Project::heard(SessionChange change)
 {
     switch (change) {
     case SessionChange::Opened:
-    case SessionChange::Closed:
+    case SessionChange::Closed: {
         // Another project's measures, or the same file as it may be now.
         m_quality = QualityFile();
-        changed.publish(
-            {change == SessionChange::Opened ? ProjectChange::Kind::Opened : ProjectChange::Kind::Closed, {}});
+        // The views let go of the old tree when they hear of the new one.
+        const std::unique_ptr<WorkspaceTree> previous = std::move(m_tree);
+        const bool opened = change == SessionChange::Opened;
+        if (opened) {
+            m_tree = std::make_unique<WorkspaceTree>(m_session.document(), m_session.projectFolder(),
+                                                     m_session.deletionList(), m_port);
+            m_tree->onChanged = [this] { treeEdited(); };
+            m_tree->setCopyRecord(&m_session.copiedIn());
+        }
+        changed.publish({opened ? ProjectChange::Kind::Opened : ProjectChange::Kind::Closed, {}});
         break;
+    }
     case SessionChange::Saved: changed.publish({ProjectChange::Kind::Saved, {}}); break;
     case SessionChange::Busy: changed.publish({ProjectChange::Kind::Busy, {}}); break;
     }

@@ -14,9 +14,11 @@
 #include "export/firmware_export.h"
 #include "playback/project_companions.h"
 #include "project/project_session.h"
+#include "project/workspace_tree.h"
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -75,6 +77,11 @@ public:
     const std::filesystem::path& programFolder() const { return m_places.program; }
     const std::filesystem::path& configFolder() const { return m_places.config; }
 
+    // The Files tree of the open project, null when none: Add Files, Add
+    // Folder, the deletes and a folder's new name. Its edits are published as
+    // Tree changes. A tree made anew (open, Save As) outlives the message.
+    WorkspaceTree* tree() const { return m_tree.get(); }
+
     // The measures of the open project's decoded rows, read when first asked for.
     QualityFile& quality();
 
@@ -127,6 +134,7 @@ private:
     QualityFile m_quality;
     ProjectCompanionFiles m_companions;
     ProjectSession m_session;
+    std::unique_ptr<WorkspaceTree> m_tree;
     Subscription m_sessionHeard;
 };
 

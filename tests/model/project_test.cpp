@@ -32,10 +32,12 @@ protected:
         following = model->changed.subscribe([this](const ProjectChange& change) {
             heard.push_back({change.kind, change.rows, model->session().busy()});
         });
-        WorkspaceTree tree(model->session().document(), model->session().projectFolder(),
-                           model->session().deletionList(), port);
-        for (const char* name : {"hts1a.wav", "hts2a.wav"})
-            sources.push_back(tree.addFiles(TreeTarget{}, {kSpeech / name}).at(0).item);
+        // Add Files through the project's own tree is heard as one edit of the tree.
+        for (const AddedFile& added :
+             model->tree()->addFiles(TreeTarget{}, {kSpeech / "hts1a.wav", kSpeech / "hts2a.wav"}))
+            sources.push_back(added.item);
+        ASSERT_EQ(sources.size(), 2u);
+        ASSERT_EQ(take(), (std::vector<Heard>{{Kind::Tree, {}, false}}));
     }
 
     void TearDown() override
