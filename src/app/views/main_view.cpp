@@ -257,9 +257,7 @@ void MainView::heard(const ProjectChange& change)
     case ProjectChange::Kind::Tree:
     case ProjectChange::Kind::Algorithms: refresh(); break;
     case ProjectChange::Kind::Rows:
-        // A batch's rows: the sizes of the sources are read again once, for every row's rate.
-        m_originalSizes = originalSizesOf(m_project->session().document(), m_project->session().filesFolder());
-        m_waveFacts.clear();
+        // The engine gave the rows their sizes and rates itself.
         rowsRewritten();
         break;
     case ProjectChange::Kind::Saved:
@@ -376,14 +374,12 @@ void MainView::refresh()
 
     m_algorithmFacts.clear();
     m_waveFacts.clear();
-    m_originalSizes.clear();
     MainList list;
     if (hasProject()) {
         ProjectSession& session = m_project->session();
         m_project->quality(); // read now: the list shows its measures
         list = MainList::fromDocument(session.document());
-        m_originalSizes = originalSizesOf(session.document(), session.filesFolder());
-        updateCompressionRates(list, m_originalSizes);
+        updateCompressionRates(list, originalSizesOf(session.document(), session.filesFolder()));
     }
     m_rowKeys.clear();
     m_rowKeys.reserve(list.size());

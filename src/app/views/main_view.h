@@ -203,7 +203,6 @@ private:
     // Each model row's key, kept apart from the rows: an undo destroys the
     // items the rows point at before the list hears of it.
     std::vector<std::string> m_rowKeys;
-    OriginalSizes m_originalSizes;
     // The panels ask codecs and waves once per refresh, not on every click.
     std::map<std::string, std::optional<AlgorithmFacts>> m_algorithmFacts;
     std::map<std::string, std::optional<WaveFacts>> m_waveFacts;
