@@ -479,7 +479,6 @@ void MainWindow::sessionChanged()
 {
     // The project keeps the old tree until everyone has heard: the bar lets
     // go of it here (which updates the commands from the new one).
-    closeWaveWindows();
     m_workspace->setProject(nullptr, nullptr, {}, nullptr);
     if (WorkspaceTree* tree = m_project.tree()) {
         m_workspace->setProject(tree, &m_project.session().document(), qtPath(m_project.session().projectFile().stem()),
@@ -887,7 +886,7 @@ void MainWindow::onShowWaveform()
         if (!decoded.empty())
             window->loadDecoded(decoded);
     }
-    m_waveWindows.emplace_back(window);
+    window->closeWith(m_project);
     window->show();
 }
 
@@ -897,15 +896,6 @@ void MainWindow::onPlaySentence()
                               this);
     dialog.exec();
     dialog.stop();
-}
-
-void MainWindow::closeWaveWindows()
-{
-    // Their files are the project's: they go with it.
-    for (const QPointer<WaveWindow>& window : m_waveWindows)
-        if (window)
-            window->close();
-    m_waveWindows.clear();
 }
 
 void MainWindow::onSplitterBar()

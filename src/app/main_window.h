@@ -39,7 +39,6 @@ class ProjectUndo;
 class QtUserPort;
 class WorkspaceBar;
 class ManualWindow;
-class WaveWindow;
 class WorkspaceTree;
 
 struct FrameOptions {
@@ -131,7 +130,6 @@ public slots:
     void onAbout();
     void addDroppedFiles(const TreeTarget& target, const std::vector<std::filesystem::path>& files);
     void onPlaySentence();
-    void closeWaveWindows();
     void onAutoDecode();
     void onCodecWorkers();
 
@@ -166,7 +164,6 @@ private:
     SettingsStore m_settings;
     RecentProjects m_recent;
     std::unique_ptr<QtUserPort> m_ownPort;
-    std::vector<QPointer<WaveWindow>> m_waveWindows; // open waveform windows of the project
     QPointer<ManualWindow> m_manual; // the user manual, once F1 opened it
     UserPort* m_port;
     std::unique_ptr<FileChooser> m_ownChooser;

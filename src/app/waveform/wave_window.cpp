@@ -7,6 +7,7 @@
 #include "app/waveform/wave_pane.h"
 #include "common/paths.h"
 #include "common/user_port.h"
+#include "model/project.h"
 #include "playback/playback_controller.h"
 #include "wave/speech_events.h"
 
@@ -55,6 +56,14 @@ WaveWindow::~WaveWindow()
     m_original->stop();
     if (m_decoded)
         m_decoded->stop();
+}
+
+void WaveWindow::closeWith(Project& project)
+{
+    m_projectHeard = project.changed.subscribe([this](const ProjectChange& change) {
+        if (change.kind == ProjectChange::Kind::Opened || change.kind == ProjectChange::Kind::Closed)
+            close();
+    });
 }
 
 std::filesystem::path WaveWindow::scratchFolder() const

@@ -5,6 +5,7 @@
 // View" shows both, one above the other, and zooming, scrolling and colour
 // changes on one are repeated on the other (by time, as the two may differ in
 // rate).
+#include "common/observer.h"
 #include "settings/wave_colors.h"
 
 #include <QMainWindow>
@@ -21,6 +22,7 @@ class QTabBar;
 namespace kestrelon {
 
 class PlaybackController;
+class Project;
 class SpeechEventDialog;
 class UserPort;
 class WavePane;
@@ -33,6 +35,10 @@ public:
     WaveWindow(const std::filesystem::path& source, WaveColors& colors, UserPort& port, PlaybackController* player,
                QWidget* parent = nullptr);
     ~WaveWindow() override;
+
+    // The window shows files of `project`: it closes when that project closes
+    // or another one opens.
+    void closeWith(Project& project);
 
     // False (nothing shown) when the source wave cannot be read.
     bool loaded() const { return m_loaded; }
@@ -57,6 +63,7 @@ public:
     void saveAs();
 
 private:
+    Subscription m_projectHeard;
     void addCommands();
     void attachPane(WavePane& pane);
     void showPane(int index);
