@@ -886,7 +886,7 @@ void MainWindow::onShowWaveform()
         if (!decoded.empty())
             window->loadDecoded(decoded);
     }
-    window->closeWith(m_project);
+    window->closeWith(m_project, record.fileName);
     window->show();
 }
 

@@ -161,6 +161,31 @@ TEST_F(PlayingInTheWorkbench, AWaveformWindowPlaysItsSelectionAndFollowsIt)
     EXPECT_TRUE(frame.findChildren<WaveWindow*>().empty()); // the project's windows go with it
 }
 
+// A waveform window follows the project by itself: deleting its source from
+// the Files tree closes it, and a No to the question leaves it open.
+TEST_F(PlayingInTheWorkbench, AWaveformWindowClosesWhenItsSourceLeavesTheTree)
+{
+    ASSERT_NO_FATAL_FAILURE(openProject(std::vector<std::int16_t>(4000, 300)));
+    MainWindow& frame = *m_frame;
+    QTableView* table = frame.mainView()->table();
+    table->setCurrentIndex(table->model()->index(0, 0));
+    frame.runCommand(cmd::kShowWaveform);
+    ASSERT_EQ(frame.findChildren<WaveWindow*>().size(), 1);
+
+    WorkspaceTree& tree = *frame.workspaceTree();
+    const auto deleteSource = [&](Answer answer) {
+        tree.selection().selectOnly(tree.itemsWithId("hello.wav"));
+        port.queue(answer);
+        frame.runCommand(cmd::kDeleteFiles);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    deleteSource(Answer::No);
+    EXPECT_EQ(frame.findChildren<WaveWindow*>().size(), 1);
+    deleteSource(Answer::Yes);
+    EXPECT_TRUE(frame.findChildren<WaveWindow*>().empty());
+    EXPECT_EQ(table->model()->rowCount(), 0);
+}
+
 TEST_F(PlayingInTheWorkbench, TheBoardCellSendsTheRowsEncodingToTheBoard)
 {
     const std::filesystem::path link = dir / "board0";

@@ -58,10 +58,13 @@ WaveWindow::~WaveWindow()
         m_decoded->stop();
 }
 
-void WaveWindow::closeWith(Project& project)
+void WaveWindow::closeWith(Project& project, std::string sourceId)
 {
-    m_projectHeard = project.changed.subscribe([this](const ProjectChange& change) {
-        if (change.kind == ProjectChange::Kind::Opened || change.kind == ProjectChange::Kind::Closed)
+    m_projectHeard = project.changed.subscribe([this, &project, id = std::move(sourceId)](const ProjectChange& change) {
+        using Kind = ProjectChange::Kind;
+        const bool gone = change.kind == Kind::Opened || change.kind == Kind::Closed ||
+                          (change.kind == Kind::Tree && (!project.tree() || project.tree()->itemsWithId(id).empty()));
+        if (gone)
             close();
     });
 }

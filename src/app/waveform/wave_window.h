@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 
 #include <filesystem>
+#include <string>
 
 class QAction;
 class QMenu;
@@ -36,9 +37,9 @@ public:
                QWidget* parent = nullptr);
     ~WaveWindow() override;
 
-    // The window shows files of `project`: it closes when that project closes
-    // or another one opens.
-    void closeWith(Project& project);
+    // The window shows the source `sourceId` of `project`: it closes when
+    // that project closes, another one opens, or the source leaves its tree.
+    void closeWith(Project& project, std::string sourceId);
 
     // False (nothing shown) when the source wave cannot be read.
     bool loaded() const { return m_loaded; }
