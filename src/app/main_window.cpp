@@ -169,16 +169,12 @@ void MainWindow::heard(const ProjectChange& change)
         updateTitle();
         break;
     case Kind::Tree:
-        // What plays may be a removed item's: it stops.
+        // What plays may be a removed item's: it stops. The title and the
+        // commands follow the list, which tells once it has its new rows.
         m_playing->stop();
-        updateTitle();
-        updateCommands();
         break;
     case Kind::Rows:
-        updateTitle();
-        updateCommands();
-        break;
-    case Kind::Algorithms:
+    case Kind::Algorithms: break;
     case Kind::Busy: updateCommands(); break;
     }
 }

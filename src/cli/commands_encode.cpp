@@ -9,8 +9,6 @@
 #include "codec/project_algorithms.h"
 #include "codec/results.h"
 #include "codec/row_codec.h"
-#include "codec/row_quality.h"
-#include "common/messages.h"
 #include "common/paths.h"
 #include "common/platform.h"
 #include "common/user_port.h"
